@@ -1,0 +1,30 @@
+# Installation: the shared library, the public headers, a CMake package
+# (find_package(msg CONFIG)) and a pkg-config file.
+
+include(CMakePackageConfigHelpers)
+
+set(MSG_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/msg)
+
+install(TARGETS msg EXPORT msgTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/msg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/msg
+  FILES_MATCHING PATTERN "*.xsd")
+
+install(EXPORT msgTargets NAMESPACE msg:: DESTINATION ${MSG_CMAKE_DIR})
+configure_package_config_file(cmake/msgConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/msgConfig.cmake
+  INSTALL_DESTINATION ${MSG_CMAKE_DIR})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/msgConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cmake
+  DESTINATION ${MSG_CMAKE_DIR})
+
+configure_file(cmake/msg.pc.in ${CMAKE_CURRENT_BINARY_DIR}/msg.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/msg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

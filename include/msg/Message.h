@@ -1,0 +1,134 @@
+// Message: one message on its way to the output.
+
+#ifndef MSG_MESSAGE_H_
+#define MSG_MESSAGE_H_
+
+#include <cstdint>
+
+#include "msg/Language.h"
+#include "msg/SeverityLevel.h"
+#include "msg/export.h"
+
+namespace msg {
+
+class MessageHandler;
+
+// A record of one message: its key (namespace, identifier), severity,
+// language, the catalogue text with its placeholders, and the text as far as
+// it has been filled in.
+//
+// Placeholders are "&" followed by 1 to 22 decimal digits; the number is the
+// value of the digits, so &0, &00 and &000 are all placeholder 0 and &10 is
+// placeholder 10. A "&" without digits, or with more than 22, is plain text.
+// There is no escape for "&".
+//
+// substitute() replaces the leftmost placeholder of a number, in place, in two
+// working buffers that the record keeps across substitutions and clear(), so
+// a record that is written again and again allocates only when its text grows
+// beyond all before it.
+//
+// A record made by key borrows the strings of its catalogue entry and must
+// not outlive that entry (its replacement or the end of its table). A record
+// made from strings owns copies of them. Records cannot be copied.
+//
+// A record belongs to one thread at a time.
+class MSG_EXPORT Message {
+ public:
+  // Words for a boolean argument.
+  enum BoolOption : std::int32_t {
+    trueFalse = 0,  // "true"/"false" (every value other than yesNo acts so)
+    yesNo = 1,      // "yes"/"no"
+  };
+
+  // A record with its own copies of the three strings. A null or empty
+  // string gives a null pointer in the record, not an empty string.
+  Message(const char* nameSpace, const char* identifier, SeverityLevel severity, Language language,
+          const char* text);
+
+  // The record of a catalogue key, in the best language that `handler` (or
+  // its parents) offers. If the key is not found, the record shows the
+  // not-found message ("msg", "notfound") with the asked namespace and
+  // identifier filled in as &0 and &1; its own key is then msg:notfound.
+  // Throws MessageHandlerError if `handler` is null, and MessageNotFound if
+  // neither the key nor the not-found message is acceptable.
+  Message(const MessageHandler* handler, const char* nameSpace, const char* identifier);
+
+  Message(const Message&) = delete;
+  Message& operator=(const Message&) = delete;
+
+  ~Message();
+
+  const char* getNamespace() const { return nameSpace; }
+  const char* getIdentifier() const { return identifier; }
+  SeverityLevel getSeverityLevel() const { return severity; }
+  Language getLanguage() const { return language; }
+
+  // The text with its placeholders. Never changes, whatever is substituted.
+  const char* getText() const { return text; }
+
+  // The text as shown: the filled-in text once substitute() has run,
+  // otherwise getText(). May be null for a record made from an empty text.
+  // The pointer stays valid until the next substitute(), clear() or clean()
+  // on this record, or its destruction.
+  const char* getMessage() const;
+
+  // Takes back all substitutions and keeps the buffers: until the next
+  // substitute(), getMessage() gives "" if buffers exist.
+  void clear();
+
+  // Takes back all substitutions and frees the buffers: getMessage() gives
+  // getText() again.
+  void clean();
+
+  // Replaces the leftmost placeholder `number` with `value`. Returns true if
+  // one was found. A null value returns false and changes nothing. The value
+  // goes into the working text unchanged, so a placeholder inside a value is
+  // found by a later call.
+  bool substitute(unsigned int number, const char* value);
+
+  // The value in decimal ("%d").
+  bool substitute(unsigned int number, int value);
+
+  // The value in fixed notation with `precision` decimals: 1 to 16 as
+  // given, above 16 as 16, 0 or below as none (0.0 shows as "0.0").
+  bool substitute(unsigned int number, double value, int precision);
+
+  // A word for the value in the language of the process-wide handler's list,
+  // from the catalogue keys msg:true/false/yes/no, or, if the catalogue has
+  // none, a built-in English or German word by this record's language.
+  bool substitute(unsigned int number, bool value, BoolOption option);
+
+  // Capacity in bytes of each working buffer; 0 when there are none.
+  unsigned int getBufferSize() const { return bufferSize; }
+
+ private:
+  friend class MessageHandler;
+
+  // Borrows (copyStrings false) or copies (true) the three strings.
+  Message(const char* nameSpace, const char* identifier, SeverityLevel severity, Language language,
+          const char* text, bool copyStrings);
+
+  // Finds the leftmost placeholder `number` in workBuffer; on success `first`
+  // is the index of its "&" and `last` that of its last digit.
+  bool findPlaceholder(unsigned int number, unsigned int& first, unsigned int& last) const;
+
+  // The word for a boolean, see substitute(unsigned int, bool, BoolOption).
+  const char* boolText(bool value, BoolOption option) const;
+
+  const char* nameSpace;
+  const char* identifier;
+  const char* text;
+  SeverityLevel severity;
+  Language language;
+  bool ownsStrings;
+  char* ownNamespace;
+  char* ownIdentifier;
+  char* ownText;
+  char* resultBuffer;  // what getMessage() shows once it exists
+  char* workBuffer;    // what the placeholder scanner reads
+  std::uint32_t bufferSize;
+};
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_H_

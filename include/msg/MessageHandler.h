@@ -1,0 +1,134 @@
+// MessageHandler: turns keys into messages and messages into output.
+
+#ifndef MSG_MESSAGEHANDLER_H_
+#define MSG_MESSAGEHANDLER_H_
+
+#include "msg/LanguageList.h"
+#include "msg/SeverityLevel.h"
+#include "msg/export.h"
+
+namespace msg {
+
+class MTE;
+class Message;
+class MessageChannel;
+class MessageTable;
+
+// The centre of the library. A handler owns one catalogue (its message
+// table), the list of languages its reader accepts, a severity threshold and
+// up to two output channels. getMessage() turns a key into a Message in the
+// best language on offer; writeMessage() hands a record that is severe
+// enough to the channels.
+//
+// Most applications use the one process-wide handler of object(). A handler
+// built on a parent has its own table and asks the parent for what that
+// table lacks; the parent, and channels it shares with the child, must
+// outlive the child.
+//
+// Ownership: the handler owns its table (and every entry made with copied
+// strings) and each channel passed with `owned` true. It never owns its
+// parent.
+//
+// Thread safety: none. One thread at a time may use a handler and anything
+// reached from it.
+class MSG_EXPORT MessageHandler {
+ public:
+  // Root handler: threshold info, language list ["en"], a default
+  // MessageChannel of its own as the first channel, no second channel and an
+  // empty table.
+  MessageHandler();
+
+  // Child handler: copies the parent's threshold and language list as they
+  // stand now, shares (does not own) its two channels, and starts with an
+  // empty table. Later changes to either handler are not seen by the other.
+  // REQUIRES: parent is not null and outlives this handler.
+  explicit MessageHandler(const MessageHandler* parent);
+
+  MessageHandler(const MessageHandler&) = delete;
+  MessageHandler& operator=(const MessageHandler&) = delete;
+
+  // The process-wide handler, created on first use (by the library itself
+  // while it loads). It is never destroyed; do not delete it.
+  static MessageHandler* object();
+
+  // Deletes the owned channels and the table with its owned entries. The
+  // parent is left alone.
+  virtual ~MessageHandler();
+
+  // Records below `level` are not written; records at or above it are.
+  virtual void setSeverityLevel(SeverityLevel level);
+  virtual SeverityLevel getSeverityLevel() const;
+
+  // The accepted languages, best first (a deep copy either way).
+  virtual void setLanguageList(LanguageList list);
+  virtual LanguageList getLanguageList() const;
+
+  // Replaces the first channel, deleting the old one if it was owned. A null
+  // channel switches this output off. With `owned` true the handler deletes
+  // the channel later; it must then have been made with `new`.
+  // REQUIRES: channel is not the channel the handler already owns.
+  virtual void setMessageChannel(MessageChannel* channel, bool owned);
+  virtual const MessageChannel* getMessageChannel() const;
+  virtual bool getMessageChannelOwnership() const;
+
+  // The same for the second channel.
+  virtual void setMessageChannel2(MessageChannel* channel, bool owned);
+  virtual const MessageChannel* getMessageChannel2() const;
+  virtual bool getMessageChannel2Ownership() const;
+
+  // A new record of the key in the language this handler's list ranks best,
+  // or, if this table has no acceptable entry, what the parent gives; null
+  // if nobody has one. The caller owns the record (delete it); it borrows the
+  // entry's strings.
+  // REQUIRES: nameSpace and identifier are not null.
+  virtual Message* getMessage(const char* nameSpace, const char* identifier) const;
+
+  // getMessage("msg", "notfound"), placeholders unfilled; null if no
+  // acceptable language has it.
+  virtual Message* getMessageNotFound() const;
+
+  // Hands `message` to the first and then the second channel, unless its
+  // severity is below the threshold. Substitutes nothing.
+  virtual void writeMessage(Message& message);
+
+  // Clear the record, fill &0, &1, ... with the arguments in order, then
+  // writeMessage(). Arguments without a placeholder are ignored.
+  virtual void writeMessage1(Message& message, const char* arg0);
+  virtual void writeMessage2(Message& message, const char* arg0, const char* arg1);
+  virtual void writeMessage3(Message& message, const char* arg0, const char* arg1,
+                             const char* arg2);
+  virtual void writeMessage4(Message& message, const char* arg0, const char* arg1, const char* arg2,
+                             const char* arg3);
+  virtual void writeMessageN(Message& message, unsigned int count, const char* args[]);
+
+  // The handler asked when this one has no acceptable entry; null for a root.
+  const MessageHandler* getParent() const { return parent; }
+
+ protected:
+  // For handlers that stack themselves in front of another (MessageHandlerX).
+  void setParent(const MessageHandler* newParent) { parent = newParent; }
+
+  // The process-wide slot behind object(); zero until first used.
+  static MessageHandler*& singletonSlot();
+
+ private:
+  friend class MTE;
+
+  // Links `entry` into the table, growing the table first if its chains
+  // have become long. Throws MessageExists for a duplicate if
+  // `throwOnDuplicate`, otherwise replaces the duplicate in its place.
+  void addEntry(MTE* entry, bool throwOnDuplicate);
+
+  const MessageHandler* parent;
+  SeverityLevel severityLevel;
+  LanguageList languageList;
+  MessageChannel* messageChannel;
+  MessageChannel* messageChannel2;
+  bool messageChannelOwned;
+  bool messageChannel2Owned;
+  MessageTable* messageTable;  // owned, never null after construction
+};
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGEHANDLER_H_

@@ -1,0 +1,16 @@
+// The whole public interface of the msg library.
+
+#ifndef MSG_MSG_H_
+#define MSG_MSG_H_
+
+#include "msg/Language.h"
+#include "msg/LanguageList.h"
+#include "msg/MTE.h"
+#include "msg/Message.h"
+#include "msg/MessageChannel.h"
+#include "msg/MessageExceptions.h"
+#include "msg/MessageHandler.h"
+#include "msg/SeverityLevel.h"
+#include "msg/structured_exception.h"
+
+#endif  // MSG_MSG_H_
