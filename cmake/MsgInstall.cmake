@@ -26,5 +26,21 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cmake
   DESTINATION ${MSG_CMAKE_DIR})
 
+# msg.pc derives its prefix from its own place (${pcfiledir}), so it stays
+# right when the package is installed with `cmake --install --prefix` into
+# another prefix than the configured one, or moved. Absolute install
+# directories cannot move and are written as they are.
+set(MSG_PC_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(MSG_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+  set(MSG_PC_LIBDIR "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set(MSG_PC_INCLUDEDIR "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
+else()
+  file(RELATIVE_PATH MSG_PC_UP "/${MSG_PC_DIR}" "/")
+  string(REGEX REPLACE "/$" "" MSG_PC_UP "${MSG_PC_UP}")
+  set(MSG_PC_PREFIX "\${pcfiledir}/${MSG_PC_UP}")
+  set(MSG_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+  set(MSG_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
 configure_file(cmake/msg.pc.in ${CMAKE_CURRENT_BINARY_DIR}/msg.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/msg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/msg.pc DESTINATION ${MSG_PC_DIR})

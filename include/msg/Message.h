@@ -3,6 +3,7 @@
 #ifndef MSG_MESSAGE_H_
 #define MSG_MESSAGE_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include "msg/Language.h"
@@ -20,7 +21,9 @@ class MessageHandler;
 // Placeholders are "&" followed by 1 to 22 decimal digits; the number is the
 // value of the digits, so &0, &00 and &000 are all placeholder 0 and &10 is
 // placeholder 10. A "&" without digits, or with more than 22, is plain text.
-// There is no escape for "&".
+// There is no escape for "&". A run of digits whose value exceeds INT_MAX
+// (2147483647), such as &99999999999, names no number: no call of
+// substitute() replaces it, so it stays in the text as it stands.
 //
 // substitute() replaces the leftmost placeholder of a number, in place, in two
 // working buffers that the record keeps across substitutions and clear(), so
@@ -51,6 +54,7 @@ class MSG_EXPORT Message {
   // identifier filled in as &0 and &1; its own key is then msg:notfound.
   // Throws MessageHandlerError if `handler` is null, and MessageNotFound if
   // neither the key nor the not-found message is acceptable.
+  // REQUIRES: nameSpace and identifier are not null.
   Message(const MessageHandler* handler, const char* nameSpace, const char* identifier);
 
   Message(const Message&) = delete;
@@ -83,7 +87,15 @@ class MSG_EXPORT Message {
   // Replaces the leftmost placeholder `number` with `value`. Returns true if
   // one was found. A null value returns false and changes nothing. The value
   // goes into the working text unchanged, so a placeholder inside a value is
-  // found by a later call.
+  // found by a later call. `value` may point into this record itself (say,
+  // the result of getMessage()); it is copied before the buffers change.
+  //
+  // The working buffers grow when the shown text plus the value plus a NUL
+  // do not fit: the first pair gets that room but at least 100 bytes, a
+  // later pair twice the old capacity or the room if that is more.
+  //
+  // A record without text (made from a null or empty text) substitutes into
+  // the empty text: the result is false and getMessage() then gives "".
   bool substitute(unsigned int number, const char* value);
 
   // The value in decimal ("%d").
@@ -91,6 +103,10 @@ class MSG_EXPORT Message {
 
   // The value in fixed notation with `precision` decimals: 1 to 16 as
   // given, above 16 as 16, 0 or below as none (0.0 shows as "0.0").
+  // The number is formed in 32 bytes; a value whose fixed text would not fit
+  // (more than 31 characters, e.g. 1e20 with 16 decimals) is shown in
+  // exponential notation with the same decimals instead ("1.00e+30" for
+  // 1e30 with precision 2), which always fits. It is never cut short.
   bool substitute(unsigned int number, double value, int precision);
 
   // A word for the value in the language of the process-wide handler's list,
@@ -114,6 +130,10 @@ class MSG_EXPORT Message {
 
   // The word for a boolean, see substitute(unsigned int, bool, BoolOption).
   const char* boolText(bool value, BoolOption option) const;
+
+  // Makes both working buffers anew with room for at least `room` bytes and
+  // moves the working text over (or puts `text` in if there were none).
+  void growBuffers(std::size_t room);
 
   const char* nameSpace;
   const char* identifier;

@@ -111,6 +111,12 @@ class MSG_EXPORT MessageHandler {
   // The process-wide slot behind object(); zero until first used.
   static MessageHandler*& singletonSlot();
 
+  // The table of `handler`, for derived handlers and the library's own tests.
+  // MessageTable is private to the library; outside it this is opaque.
+  static MessageTable* messageTableOf(const MessageHandler& handler) {
+    return handler.messageTable;
+  }
+
  private:
   friend class MTE;
 

@@ -75,6 +75,10 @@ class MSG_EXPORT structured_exception : public std::exception {
   // Copies `arguments` into ownedArguments, or drops the list as a whole.
   void cloneArguments();
 
+  // Frees every owned buffer; used by the destructor and when a
+  // constructor fails half-way.
+  void releaseOwned() noexcept;
+
   char* whatText;  // new[], owned
   std::uint64_t exceptionAddress;
   std::uint32_t exceptionCode;

@@ -1,0 +1,115 @@
+# Proves that an application can use an installed msg. Run in script mode:
+#
+#   cmake -DMSG_BINARY_DIR=<build tree> -DMSG_SOURCE_DIR=<source tree>
+#         -DWORK_DIR=<scratch directory> -DCXX_COMPILER=<c++ compiler>
+#         [-DGENERATOR=<CMake generator>] [-DSANITIZE_FLAGS="<flags>"]
+#         -P RunConsumerTest.cmake
+#
+# 1. Installs the build tree with `cmake --install` into WORK_DIR/prefix.
+# 2. Configures, builds and runs examples/consumer against that prefix
+#    (find_package(msg CONFIG) through CMAKE_PREFIX_PATH).
+# 3. Compiles the same main.cpp with `pkg-config --cflags --libs msg`
+#    (PKG_CONFIG_PATH into the prefix) and runs it.
+# Both programs must exit with 0 and print the expected line.
+#
+# SANITIZE_FLAGS are the flags the library was built with when it was built
+# with sanitizers; a program that loads such a libmsg.so needs the sanitizer
+# runtime, so the consumer is compiled and linked with the same flags.
+
+foreach(required MSG_BINARY_DIR MSG_SOURCE_DIR WORK_DIR CXX_COMPILER)
+  if(NOT DEFINED ${required} OR "${${required}}" STREQUAL "")
+    message(FATAL_ERROR "RunConsumerTest.cmake: -D${required}=... is required")
+  endif()
+endforeach()
+if(NOT DEFINED GENERATOR OR GENERATOR STREQUAL "")
+  set(GENERATOR "Ninja")
+endif()
+separate_arguments(sanitize_list UNIX_COMMAND "${SANITIZE_FLAGS}")
+
+set(prefix "${WORK_DIR}/prefix")
+set(consumer_source "${MSG_SOURCE_DIR}/examples/consumer")
+set(expected_line "consumer:greeting: Hello, world! You have 3 new messages.")
+
+# Runs a command and stops the test with its output if it fails. The
+# standard error of the command is left in `run_stderr`.
+function(run_step description)
+  execute_process(COMMAND ${ARGN}
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${description} failed (${result}):\n${ARGN}\n${output}\n${errors}")
+  endif()
+  set(run_stderr "${errors}" PARENT_SCOPE)
+endfunction()
+
+# Stops the test unless a program printed the consumer's line.
+function(expect_greeting program_description stderr_text)
+  string(FIND "${stderr_text}" "${expected_line}\n" found)
+  if(found EQUAL -1)
+    message(FATAL_ERROR "${program_description} did not print \"${expected_line}\"; "
+                        "its standard error was:\n${stderr_text}")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE "${WORK_DIR}")
+file(MAKE_DIRECTORY "${WORK_DIR}")
+
+# 1. Install.
+run_step("Installing msg" "${CMAKE_COMMAND}" --install "${MSG_BINARY_DIR}" --prefix "${prefix}")
+
+# 2. find_package.
+set(consumer_build "${WORK_DIR}/consumer-build")
+run_step("Configuring examples/consumer" "${CMAKE_COMMAND}"
+  -S "${consumer_source}" -B "${consumer_build}" -G "${GENERATOR}"
+  -DCMAKE_BUILD_TYPE=Debug
+  "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
+  "-DCMAKE_PREFIX_PATH=${prefix}"
+  "-DCMAKE_CXX_FLAGS=${SANITIZE_FLAGS}"
+  "-DCMAKE_EXE_LINKER_FLAGS=${SANITIZE_FLAGS}")
+
+# The package must come from the scratch prefix, not from some other install.
+file(STRINGS "${consumer_build}/CMakeCache.txt" msg_dir_line REGEX "^msg_DIR:")
+string(REGEX REPLACE "^msg_DIR:[A-Z]+=" "" msg_dir "${msg_dir_line}")
+file(REAL_PATH "${prefix}" real_prefix)
+file(REAL_PATH "${msg_dir}" real_msg_dir)
+string(FIND "${real_msg_dir}" "${real_prefix}/" prefix_position)
+if(NOT prefix_position EQUAL 0)
+  message(FATAL_ERROR "find_package(msg) used ${msg_dir}, not the package in ${prefix}")
+endif()
+
+run_step("Building examples/consumer" "${CMAKE_COMMAND}" --build "${consumer_build}")
+run_step("Running the find_package consumer" "${consumer_build}/app")
+expect_greeting("The find_package consumer" "${run_stderr}")
+
+# 3. pkg-config.
+file(GLOB_RECURSE pc_files "${prefix}/*/msg.pc")
+if(NOT pc_files)
+  message(FATAL_ERROR "No msg.pc was installed under ${prefix}")
+endif()
+list(GET pc_files 0 pc_file)
+get_filename_component(pc_dir "${pc_file}" DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} "${pc_dir}")
+
+find_program(PKG_CONFIG_EXECUTABLE NAMES pkg-config pkgconf REQUIRED)
+execute_process(COMMAND "${PKG_CONFIG_EXECUTABLE}" --cflags --libs msg
+  RESULT_VARIABLE result OUTPUT_VARIABLE pc_flags ERROR_VARIABLE pc_errors
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "pkg-config --cflags --libs msg failed:\n${pc_errors}")
+endif()
+execute_process(COMMAND "${PKG_CONFIG_EXECUTABLE}" --variable=libdir msg
+  OUTPUT_VARIABLE pc_libdir OUTPUT_STRIP_TRAILING_WHITESPACE)
+execute_process(COMMAND "${PKG_CONFIG_EXECUTABLE}" --variable=includedir msg
+  OUTPUT_VARIABLE pc_includedir OUTPUT_STRIP_TRAILING_WHITESPACE)
+file(REAL_PATH "${pc_includedir}" real_includedir)
+string(FIND "${real_includedir}" "${real_prefix}/" prefix_position)
+if(NOT prefix_position EQUAL 0 OR NOT EXISTS "${real_includedir}/msg/msg.h")
+  message(FATAL_ERROR "msg.pc points at ${pc_includedir}, not at the headers in ${prefix}")
+endif()
+
+separate_arguments(pc_flag_list UNIX_COMMAND "${pc_flags}")
+set(pkgconfig_app "${WORK_DIR}/pkgconfig-app")
+run_step("Compiling main.cpp with pkg-config's flags" "${CXX_COMPILER}" ${sanitize_list}
+  "${consumer_source}/main.cpp" -o "${pkgconfig_app}" ${pc_flag_list})
+run_step("Running the pkg-config consumer"
+  "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${pc_libdir}" "${pkgconfig_app}")
+expect_greeting("The pkg-config consumer" "${run_stderr}")

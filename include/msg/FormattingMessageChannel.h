@@ -1,0 +1,124 @@
+// FormattingMessageChannel: lays messages out for a text terminal.
+
+#ifndef MSG_FORMATTINGMESSAGECHANNEL_H_
+#define MSG_FORMATTINGMESSAGECHANNEL_H_
+
+#include "msg/MessageChannel.h"
+#include "msg/export.h"
+
+namespace msg {
+
+// An output channel that renders each message by a header format, breaks
+// the result into lines between a left and a right margin, and hands every
+// finished line to onMessageLine(). By default the lines go to std::cerr;
+// derive and override onMessageLine() to send them elsewhere.
+//
+// Header format: copied character by character, except
+//   &n  the namespace of the message
+//   &i  the identifier of the message
+//   &t  the text of the message, as Message::getMessage() gives it
+//   &   followed by any other character: the "&" alone; reading goes on at
+//       that character, which may itself start a sequence ("&&n" gives "&"
+//       and the namespace). A "&" at the very end gives the "&" alone.
+// A null or empty value gives nothing. The default "&n:&i: &t " ends in a
+// blank, which comes after the text.
+//
+// Columns count from 0, one byte of text each. The first line of a message
+// starts in column leftMargin + indent (clamped to 0 .. rightMargin), every
+// further line in column leftMargin; a line holds at most rightMargin + 1
+// characters. Columns left of the start hold blanks ("margin fill").
+//
+// Wrapping: a line is broken when the character behind a full line arrives
+// (so a line that fills up exactly at the end of the output stays whole).
+// It is broken after the last word on it: the text up to the last blank
+// goes out, that one blank is dropped, and the word behind it is carried to
+// the next line. A blank in column 0 is no break point. Without a break
+// point the word is cut: the full line goes out and the next line goes on
+// with the arriving character. Only the blank (character 32) is a break
+// point; a tab or a line feed takes one column like a letter.
+//
+// Negative indent: the first line may then start left of leftMargin, so a
+// blank on it can stand left of leftMargin. The word behind such a blank is
+// longer than a continuation line can hold next to the arriving character,
+// so that blank is no break point: the line is cut there, blank included,
+// as if it had no blank. No character is lost and nothing is written
+// outside the line buffer.
+//
+// Settings outside their limits (a negative rightMargin; a leftMargin that
+// is negative or greater than rightMargin) are not rejected by the setters;
+// onMessage() lays the message out as if they were clamped to those limits.
+// A null format prints an empty line.
+//
+// Ownership: the channel does not own its format string; the caller keeps
+// it alive while the channel may print. onMessage() allocates one line
+// buffer per message and builds every line, including a carried word, in
+// place in it.
+//
+// Thread safety: onMessage() keeps working state in the object. One thread
+// at a time per channel, and onMessageLine() must not write through the same
+// channel.
+class MSG_EXPORT FormattingMessageChannel : public MessageChannel {
+ public:
+  // leftMargin 0, rightMargin 59 (60 characters a line), indent 0, format
+  // "&n:&i: &t ".
+  FormattingMessageChannel();
+
+  // Copies the four settings (the format pointer, not the string).
+  FormattingMessageChannel(const FormattingMessageChannel& other);
+  FormattingMessageChannel& operator=(const FormattingMessageChannel&) = delete;
+
+  ~FormattingMessageChannel() override;
+
+  // First column of every line but the first of a message.
+  // REQUIRES: 0 <= margin <= getRightMargin() (see above for other values).
+  void setLeftMargin(int margin) { leftMargin = margin; }
+  int getLeftMargin() const { return leftMargin; }
+
+  // Last usable column (the width is rightMargin + 1).
+  // REQUIRES: margin >= 0.
+  void setRightMargin(int margin) { rightMargin = margin; }
+  int getRightMargin() const { return rightMargin; }
+
+  // Added to leftMargin for the first line of a message; may be negative.
+  void setIndent(int newIndent) { indent = newIndent; }
+  int getIndent() const { return indent; }
+
+  // Stores the pointer itself, which must stay valid while the channel may
+  // print. A change takes effect with the next message.
+  void setTextHeaderFormat(const char* format) { textHeaderFormat = format; }
+  const char* getTextHeaderFormat() const { return textHeaderFormat; }
+
+  // Renders one message and calls onMessageLine() for each of its lines,
+  // at least once, also when the format produces nothing.
+  void onMessage(const Message& message) override;
+
+  // Takes one finished line: zero-terminated, without a line end, valid
+  // only during the call. The flags are (true, true) for a message of one
+  // line; otherwise (true, false) for the first line, (false, false) for
+  // those between and (false, true) for the last. By default writes the line
+  // and a line feed to std::cerr (no flush) and ignores the flags.
+  virtual void onMessageLine(bool firstLine, bool lastLine, const char* line);
+
+ private:
+  // Puts `c` at `column` of `buffer`, breaking the line first if it is full.
+  void appendCharacter(char c, char* buffer);
+
+  // Every output character of `value` through appendCharacter().
+  void appendText(const char* value, char* buffer);
+
+  int leftMargin;
+  int rightMargin;
+  int indent;
+  const char* textHeaderFormat;
+
+  // Working state of one onMessage() call.
+  int column;      // where the next character goes = length of the line
+  int lastBlank;   // column of the last blank on the line, -1 if none
+  bool firstLine;  // the current line is the message's first
+  int lineLeft;    // leftMargin clamped to 0 .. lineRight
+  int lineRight;   // rightMargin, at least 0
+};
+
+}  // namespace msg
+
+#endif  // MSG_FORMATTINGMESSAGECHANNEL_H_

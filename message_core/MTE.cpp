@@ -1,0 +1,79 @@
+#include "msg/MTE.h"
+
+#include <cstring>
+#include <memory>
+
+#include "msg/MessageHandler.h"
+
+namespace msg {
+
+namespace {
+
+// A NUL-terminated copy of `s`, made with new[].
+std::unique_ptr<char[]> copyOf(const char* s) {
+  std::size_t length = std::strlen(s);
+  std::unique_ptr<char[]> copy(new char[length + 1]);
+  std::memcpy(copy.get(), s, length + 1);
+  return copy;
+}
+
+}  // namespace
+
+MTE::MTE(short severity, const char* language, const char* nameSpace, const char* identifier,
+         const char* text, MessageHandler* handler, bool throwOnDuplicate, bool copyStrings)
+    : next(nullptr),
+      severity(severity),
+      language(language),
+      nameSpace(nameSpace),
+      identifier(identifier),
+      text(text),
+      cachedHash(0),
+      ownsStrings(false) {
+  if (!copyStrings) {
+    link(handler, throwOnDuplicate);
+    return;
+  }
+  // The copies are made before linking but adopted only after it: while the
+  // entry is being linked it points at the caller's strings, so a
+  // MessageExists carries the caller's pointers, and a failed link leaves no
+  // copy behind. Copying first also keeps the caller's strings safe to read
+  // when they belong to the very entry that linking replaces and deletes.
+  std::unique_ptr<char[]> ownNamespace = copyOf(nameSpace);
+  std::unique_ptr<char[]> ownIdentifier = copyOf(identifier);
+  std::unique_ptr<char[]> ownText = copyOf(text);
+  link(handler, throwOnDuplicate);
+  // The hash depends only on the contents, so the entry stays valid in its
+  // chain when its pointers change.
+  ownsStrings = true;
+  this->nameSpace = ownNamespace.release();
+  this->identifier = ownIdentifier.release();
+  this->text = ownText.release();
+}
+
+MTE::MTE(short severity, int language, const char* nameSpace, const char* identifier,
+         const char* text, MessageHandler* handler, bool throwOnDuplicate)
+    : next(nullptr),
+      severity(severity),
+      language(language == 2 ? Language("de") : Language("en")),
+      nameSpace(nameSpace),
+      identifier(identifier),
+      text(text),
+      cachedHash(0),
+      ownsStrings(false) {
+  link(handler, throwOnDuplicate);
+}
+
+MTE::~MTE() {
+  if (ownsStrings) {
+    delete[] nameSpace;
+    delete[] identifier;
+    delete[] text;
+  }
+}
+
+void MTE::link(MessageHandler* handler, bool throwOnDuplicate) {
+  MessageHandler* target = handler != nullptr ? handler : MessageHandler::object();
+  target->addEntry(this, throwOnDuplicate);
+}
+
+}  // namespace msg

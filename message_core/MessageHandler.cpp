@@ -1,0 +1,199 @@
+#include "msg/MessageHandler.h"
+
+#include <memory>
+
+#include "message_core/MessageTable.h"
+#include "msg/MTE.h"
+#include "msg/Message.h"
+#include "msg/MessageChannel.h"
+#include "msg/MessageExceptions.h"
+
+namespace msg {
+
+namespace {
+
+// A chain is allowed to grow past this average length before the table is
+// rebuilt with about twice the buckets.
+constexpr std::uint32_t kMaxAverageChainLength = 50;
+
+}  // namespace
+
+MessageHandler::MessageHandler()
+    : parent(nullptr),
+      severityLevel(info),
+      languageList(Language("en")),
+      messageChannel(nullptr),
+      messageChannel2(nullptr),
+      messageChannelOwned(false),
+      messageChannel2Owned(false),
+      messageTable(nullptr) {
+  // The channel is held until the table exists, so a failed allocation
+  // gives it back.
+  std::unique_ptr<MessageChannel> channel(new MessageChannel());
+  messageTable = new MessageTable();
+  messageChannel = channel.release();
+  messageChannelOwned = true;
+}
+
+MessageHandler::MessageHandler(const MessageHandler* parent)
+    : parent(parent),
+      severityLevel(parent->severityLevel),
+      languageList(parent->languageList),
+      messageChannel(parent->messageChannel),
+      messageChannel2(parent->messageChannel2),
+      messageChannelOwned(false),
+      messageChannel2Owned(false),
+      messageTable(new MessageTable()) {}
+
+MessageHandler*& MessageHandler::singletonSlot() {
+  // Constant-initialised, so it is zero before any static initialiser of the
+  // library runs, whatever their order.
+  static MessageHandler* slot = nullptr;
+  return slot;
+}
+
+MessageHandler* MessageHandler::object() {
+  MessageHandler*& slot = singletonSlot();
+  if (slot == nullptr) {
+    slot = new MessageHandler();
+  }
+  return slot;
+}
+
+MessageHandler::~MessageHandler() {
+  if (messageChannel != nullptr && messageChannelOwned) {
+    delete messageChannel;
+  }
+  if (messageChannel2 != nullptr && messageChannel2Owned) {
+    delete messageChannel2;
+  }
+  delete messageTable;
+}
+
+void MessageHandler::setSeverityLevel(SeverityLevel level) {
+  severityLevel = level;
+}
+
+SeverityLevel MessageHandler::getSeverityLevel() const {
+  return severityLevel;
+}
+
+void MessageHandler::setLanguageList(LanguageList list) {
+  languageList = list;
+}
+
+LanguageList MessageHandler::getLanguageList() const {
+  return languageList;
+}
+
+void MessageHandler::setMessageChannel(MessageChannel* channel, bool owned) {
+  if (messageChannel != nullptr && messageChannelOwned) {
+    delete messageChannel;
+  }
+  messageChannel = channel;
+  messageChannelOwned = owned;
+}
+
+const MessageChannel* MessageHandler::getMessageChannel() const {
+  return messageChannel;
+}
+
+bool MessageHandler::getMessageChannelOwnership() const {
+  return messageChannelOwned;
+}
+
+void MessageHandler::setMessageChannel2(MessageChannel* channel, bool owned) {
+  if (messageChannel2 != nullptr && messageChannel2Owned) {
+    delete messageChannel2;
+  }
+  messageChannel2 = channel;
+  messageChannel2Owned = owned;
+}
+
+const MessageChannel* MessageHandler::getMessageChannel2() const {
+  return messageChannel2;
+}
+
+bool MessageHandler::getMessageChannel2Ownership() const {
+  return messageChannel2Owned;
+}
+
+Message* MessageHandler::getMessage(const char* nameSpace, const char* identifier) const {
+  const MTE* entry = messageTable->findBestEntry(nameSpace, identifier, languageList);
+  if (entry != nullptr) {
+    // Only this table counts once it has an acceptable entry, even if the
+    // parent offers a better-ranked language.
+    return new Message(entry->getNamespace(), entry->getIdentifier(),
+                       static_cast<SeverityLevel>(entry->getSeverity()), entry->getLanguage(),
+                       entry->getText(), false);
+  }
+  if (parent == nullptr) {
+    return nullptr;
+  }
+  // The parent ranks by its own language list.
+  return parent->getMessage(nameSpace, identifier);
+}
+
+Message* MessageHandler::getMessageNotFound() const {
+  return getMessage("msg", "notfound");
+}
+
+void MessageHandler::writeMessage(Message& message) {
+  if (message.getSeverityLevel() < severityLevel) {
+    return;
+  }
+  if (messageChannel != nullptr) {
+    messageChannel->onMessage(message);
+  }
+  if (messageChannel2 != nullptr) {
+    messageChannel2->onMessage(message);
+  }
+}
+
+void MessageHandler::writeMessage1(Message& message, const char* arg0) {
+  const char* args[] = {arg0};
+  writeMessageN(message, 1, args);
+}
+
+void MessageHandler::writeMessage2(Message& message, const char* arg0, const char* arg1) {
+  const char* args[] = {arg0, arg1};
+  writeMessageN(message, 2, args);
+}
+
+void MessageHandler::writeMessage3(Message& message, const char* arg0, const char* arg1,
+                                   const char* arg2) {
+  const char* args[] = {arg0, arg1, arg2};
+  writeMessageN(message, 3, args);
+}
+
+void MessageHandler::writeMessage4(Message& message, const char* arg0, const char* arg1,
+                                   const char* arg2, const char* arg3) {
+  const char* args[] = {arg0, arg1, arg2, arg3};
+  writeMessageN(message, 4, args);
+}
+
+void MessageHandler::writeMessageN(Message& message, unsigned int count, const char* args[]) {
+  message.clear();
+  for (unsigned int i = 0; i < count; ++i) {
+    // An argument without a placeholder is no error.
+    message.substitute(i, args[i]);
+  }
+  // Substitution happens even for a record that the threshold then holds back.
+  writeMessage(message);
+}
+
+void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate) {
+  if (messageTable->getCount() / messageTable->getSize() > kMaxAverageChainLength) {
+    MessageTable* grown = messageTable->grownCopy();
+    delete messageTable;  // empty now: deleting it touches no entry
+    messageTable = grown;
+  }
+  MTE* predecessor = nullptr;
+  MTE* existing = messageTable->findEntry(entry, &predecessor);
+  if (existing != nullptr && throwOnDuplicate) {
+    throw MessageExists(entry->getNamespace(), entry->getIdentifier());
+  }
+  messageTable->insertEntry(entry, existing, predecessor);
+}
+
+}  // namespace msg

@@ -1,0 +1,113 @@
+// MessageTable: the chained hash table in which a handler keeps its entries.
+//
+// Private to the library: it is not exported and its header is not installed.
+
+#ifndef MSG_MESSAGE_CORE_MESSAGETABLE_H_
+#define MSG_MESSAGE_CORE_MESSAGETABLE_H_
+
+#include <cstdint>
+
+#include "msg/LanguageList.h"
+#include "msg/MTE.h"
+
+namespace msg {
+
+// A hash table of MTE chains with a prime number of buckets. The key of an
+// entry is its namespace and identifier; the language takes no part in the
+// hash, so all languages of one key lie in one chain and a single walk can
+// rank them against a LanguageList. Each entry is its own chain node: linking
+// allocates nothing.
+//
+// Ownership: the table owns exactly the entries whose ownsStrings is true.
+// It deletes such an entry when it replaces it and when the table dies; every
+// other entry (a static one, as a rule) is only linked and forgotten, and
+// must outlive the table. The handler owns the table.
+//
+// The table only grows; there is no removal. Not thread-safe: no lookup may
+// run beside an insertion.
+class MessageTable {
+ public:
+  // Empty table of the default size, largestPrimeUpTo(1000) = 997 buckets.
+  MessageTable();
+
+  MessageTable(const MessageTable&) = delete;
+  MessageTable& operator=(const MessageTable&) = delete;
+
+  // Deletes the entries it owns (see above) and releases the bucket array.
+  ~MessageTable();
+
+  // A new table with largestPrimeUpTo(2 * getSize()) buckets that has taken
+  // over every entry of this one, bucket by bucket in rising order, each
+  // chain from its head. Entries that stay together in a chain therefore end
+  // up in reverse order. This table is left empty (no bucket, count 0), so
+  // deleting it afterwards touches no entry. The caller owns the result.
+  // If the new table cannot be allocated, the allocator's exception passes
+  // on and this table is unchanged.
+  MessageTable* grownCopy();
+
+  // Bucket index of a key: the namespace and then the identifier, each cut
+  // into 4-byte groups from its first byte on (the grouping restarts with the
+  // identifier), each group read as a little-endian 32-bit number with a
+  // short last group padded by zero bytes, all summed with 32-bit
+  // wrap-around, modulo getSize(). The terminating NULs take no part.
+  // REQUIRES: nameSpace and identifier are not null.
+  std::uint32_t tableHash(const char* nameSpace, const char* identifier) const;
+
+  // Bucket index of `entry`: its cachedHash if that is not 0, otherwise
+  // tableHash of its key, which is then stored in cachedHash. (An entry of
+  // bucket 0 is simply hashed again each time.)
+  std::uint32_t bucketOf(MTE* entry);
+
+  // The entry with the namespace, identifier and language (all four bytes)
+  // of `key`, or null. *predecessor is set to the entry in front of the
+  // result in its chain, null if the result is the chain's head; when
+  // nothing is found it is the chain's last entry. Hashes the key afresh
+  // rather than trusting key->cachedHash.
+  // REQUIRES: key and predecessor are not null.
+  MTE* findEntry(const MTE* key, MTE** predecessor) const;
+
+  // The entry of the key whose language ranks best by list.distance(), or
+  // null if no entry of the key is acceptable. The whole chain is walked;
+  // among entries of equal rank the one nearest the head wins, which is the
+  // one added last unless a growth came between.
+  // REQUIRES: nameSpace and identifier are not null.
+  MTE* findBestEntry(const char* nameSpace, const char* identifier, const LanguageList& list) const;
+
+  // With `existing` null: makes `entry` the head of its bucket and counts it.
+  // Otherwise puts `entry` in the place of `existing` (the result of
+  // findEntry, with its `predecessor`), leaving the count as it is, and
+  // deletes `existing` if it owns its strings; an unowned `existing` is only
+  // unlinked. Throws MessageHandlerError("MessageHandler corrupted.") and
+  // changes nothing if `predecessor` is null but `existing` is not the head
+  // of entry's bucket.
+  // REQUIRES: entry is not linked anywhere.
+  void insertEntry(MTE* entry, MTE* existing, MTE* predecessor);
+
+  // The largest x <= n that has no divisor d with 2 <= d <= sqrt(x); so 1, 2
+  // and 3 count, and 0 gives 0.
+  static std::uint32_t largestPrimeUpTo(std::uint32_t n);
+
+  // Number of buckets.
+  std::uint32_t getSize() const { return size; }
+
+  // Number of linked entries.
+  std::uint32_t getCount() const { return count; }
+
+  // For tests and benchmarks: the number of entries in bucket `bucket`, and
+  // the entry at `position` (0 = head) of that chain, or null past its end.
+  // REQUIRES: bucket < getSize().
+  std::uint32_t chainLength(std::uint32_t bucket) const;
+  MTE* chainEntry(std::uint32_t bucket, std::uint32_t position) const;
+
+ private:
+  // Empty table of exactly `bucketCount` buckets.
+  explicit MessageTable(std::uint32_t bucketCount);
+
+  std::uint32_t size;   // number of buckets, a prime
+  std::uint32_t count;  // entries in all chains
+  MTE** buckets;        // new[], `size` chain heads
+};
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_CORE_MESSAGETABLE_H_

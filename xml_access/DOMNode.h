@@ -1,0 +1,141 @@
+// DOMNode: a counted handle on a node of a parsed document.
+
+#ifndef MSG_XML_ACCESS_DOMNODE_H_
+#define MSG_XML_ACCESS_DOMNODE_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <xercesc/dom/DOMNode.hpp>
+#include <xercesc/util/XercesDefs.hpp>
+
+XERCES_CPP_NAMESPACE_BEGIN
+class MemBufFormatTarget;
+XERCES_CPP_NAMESPACE_END
+
+namespace XercesXML {
+
+// The ownership block of one document, shared by every handle into it. The
+// last handle to go releases the document and frees the block.
+struct NodeOwnerBlock {
+  std::int32_t count;      // number of non-null handles that share the block
+  xercesc::DOMNode* node;  // the owned node: for a parsed document, the document
+  NodeOwnerBlock* parent;  // block that owns `node` instead; null in every
+                           // block this layer makes
+};
+
+// A value handle on a node of a document, two pointers wide, that may be null.
+//
+// All handles reached from one document share that document's
+// NodeOwnerBlock; a handle never owns its own node. The first handle of a
+// document (made by the parser with a null owner) creates the block, every
+// non-null copy, assignment or walk adds a reference, and whichever handle
+// goes last releases the document, exactly once. A child handle alone keeps
+// the whole document alive.
+//
+// Text comes out as std::string in the output encoding of the XML system
+// (see XMLSystem.h). DOM failures leave as the exceptions of
+// msg/XercesXMLException.h.
+//
+// Every handle must be gone before the last terminateSystem(). Handles into
+// one document share their block without a lock: they belong to one thread
+// at a time.
+class DOMNode {
+ public:
+  // A null handle.
+  // Raises NotInitialized if the XML system is not started.
+  DOMNode();
+
+  // Another handle on the node of `other`, sharing its block; a copy of a
+  // null handle is null and touches no block.
+  // Raises NotInitialized if the XML system is not started.
+  DOMNode(const DOMNode& other);
+
+  // Internal: a handle on `node` under `owner`. With a null `node` the
+  // handle is null and no count changes. With a null `owner` a new block is
+  // made that takes ownership of `node` (the parser passes the document
+  // node); otherwise the block's count rises by one. Checks no system state.
+  DOMNode(xercesc::DOMNode* node, NodeOwnerBlock* owner);
+
+  // Drops this handle's reference, if any.
+  ~DOMNode();
+
+  // Drops the old reference first, then takes one on the node of `other`.
+  // Assigning a handle on the node this handle already refers to (itself
+  // included, and null to null) changes nothing.
+  DOMNode& operator=(const DOMNode& other);
+
+  // True unless the handle is null. Never raises.
+  bool isValid() const { return node != nullptr; }
+
+  // Walking. Each gives a new handle, null at the end of the list.
+  // Raise NullPointer on a null handle and ParsingError if the DOM fails.
+
+  // The first child, of any node type.
+  DOMNode getFirstChild() const;
+  // The first child that is an element; skips text and other nodes.
+  DOMNode getFirstElementChild() const;
+  // The next sibling, of any node type.
+  DOMNode getNextSibling() const;
+  // The next sibling that is an element; skips text and other nodes.
+  DOMNode getNextElementSibling() const;
+
+  // Reading. Raise NullPointer on a null handle, NavigationError if the DOM
+  // fails, and what transcodeFromXMLCh raises.
+
+  // The local name of an element (a prefix never shows); the DOM node name
+  // of every other node ("#document", "#text", the target of a processing
+  // instruction, ...).
+  std::string getNodeName() const;
+
+  // The DOM node value; empty for nodes without one (element, document).
+  std::string getNodeValue() const;
+
+  // The values of the direct children joined in document order, with
+  // nothing between: text and CDATA give their text, a processing
+  // instruction its data, a child element nothing (its text is not
+  // included). Empty for a node without children.
+  std::string getChildText() const;
+
+  // The value of an attribute of this element. With an empty `namespaceUri`
+  // `name` is the qualified name as written ("xml:lang"); otherwise `name`
+  // is the local name within `namespaceUri`. Both are read in the local code
+  // page, whatever the output encoding. An absent attribute, an empty value
+  // and a node without attributes all give an empty string.
+  std::string getAttributeByName(const std::string& name, const std::string& namespaceUri) const;
+
+  // Searching, breadth first below and including this node, with no
+  // recursion. A node matches if getNodeName() equals one entry of `names`
+  // whole, byte for byte; the entries are alternatives, and their order does
+  // not matter. Every node type is visited, attributes are not. Gives a
+  // handle on the shallowest match, the first in document order among equals,
+  // or a null handle if nothing matches or this handle is null.
+  // Raises NavigationError if the DOM fails, and what the walking and reading
+  // operations raise.
+  DOMNode findFirstNodeByNameList(const std::vector<std::string>& names) const;
+
+  // findFirstNodeByNameList with `name` as the one entry, taken whole (no
+  // separator inside it has any meaning).
+  DOMNode findFirstNodeByName(const std::string& name) const;
+
+ private:
+  // The parser hands a document to its first handle, and reads and gives up
+  // the node of a handle during serialisation.
+  friend class Parser;
+  friend void serializeDocument(const DOMNode& document, const std::string& fileName,
+                                xercesc::MemBufFormatTarget*& memoryTarget,
+                                const std::string& encoding);
+
+  // Drops one reference on `block`; the last one releases the owned node
+  // (or, for a block with a parent, the parent's reference) and frees the
+  // block.
+  static void releaseOwnerBlock(NodeOwnerBlock* block);
+
+  xercesc::DOMNode* node;  // may be null: then the handle is null
+  NodeOwnerBlock* owner;   // meaningful only while `node` is not null
+};
+
+}  // namespace XercesXML
+
+#endif  // MSG_XML_ACCESS_DOMNODE_H_

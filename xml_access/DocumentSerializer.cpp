@@ -1,0 +1,102 @@
+#include "xml_access/DocumentSerializer.h"
+
+#include <xercesc/dom/DOMImplementation.hpp>
+#include <xercesc/dom/DOMImplementationLS.hpp>
+#include <xercesc/dom/DOMImplementationRegistry.hpp>
+#include <xercesc/dom/DOMLSOutput.hpp>
+#include <xercesc/dom/DOMLSSerializer.hpp>
+#include <xercesc/framework/LocalFileFormatTarget.hpp>
+#include <xercesc/framework/XMLFormatter.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUniDefs.hpp>
+
+#include "msg/XercesXMLException.h"
+#include "xml_access/XMLSystem.h"
+
+namespace XercesXML {
+
+namespace {
+
+// The feature name under which the registry keeps DOM Load and Save.
+const XMLCh kLoadAndSave[] = {xercesc::chLatin_L, xercesc::chLatin_S, xercesc::chNull};
+
+// A narrow name converted to XMLCh for the life of the object. The output
+// object keeps only a pointer to its encoding name, so the name has to live
+// until the serialiser is done.
+class TranscodedName {
+ public:
+  explicit TranscodedName(const std::string& narrow)
+      : text(xercesc::XMLString::transcode(narrow.c_str(),
+                                           xercesc::XMLPlatformUtils::fgMemoryManager)) {}
+  TranscodedName(const TranscodedName&) = delete;
+  TranscodedName& operator=(const TranscodedName&) = delete;
+  ~TranscodedName() {
+    xercesc::XMLString::release(&text, xercesc::XMLPlatformUtils::fgMemoryManager);
+  }
+
+  const XMLCh* get() const { return text; }
+
+ private:
+  XMLCh* text;
+};
+
+}  // namespace
+
+void serializeDocument(const DOMNode& document, const std::string& fileName,
+                       xercesc::MemBufFormatTarget*& memoryTarget, const std::string& encoding) {
+  xercesc::MemoryManager* const memoryManager = xercesc::XMLPlatformUtils::fgMemoryManager;
+  try {
+    if (document.node == nullptr) {
+      throw NullPointer("XercesXML - Access to DOM null pointer.");
+    }
+    xercesc::DOMImplementation* implementation =
+        xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave);
+    if (implementation == nullptr) {
+      // The registry always holds the implementation of Xerces-C itself, so
+      // this means a broken installation; say so rather than crash.
+      throw ParsingError("XercesXML - No DOM implementation with Load and Save available.");
+    }
+    const TranscodedName encodingName(encoding);
+    xercesc::DOMLSSerializer* serializer = implementation->createLSSerializer(memoryManager);
+    xercesc::DOMLSOutput* output = implementation->createLSOutput(memoryManager);
+    xercesc::XMLFormatTarget* target = nullptr;
+    try {
+      output->setEncoding(encodingName.get());
+      if (fileName.empty()) {
+        memoryTarget = new xercesc::MemBufFormatTarget(1023, memoryManager);
+        target = memoryTarget;
+      } else {
+        target = new xercesc::LocalFileFormatTarget(fileName.c_str(), memoryManager);
+      }
+      output->setByteStream(target);
+      // The result is not looked at: a document the serialiser could write
+      // only in part fails when it is parsed again.
+      serializer->write(document.node, output);
+    } catch (...) {
+      output->release();
+      serializer->release();
+      delete target;
+      memoryTarget = nullptr;
+      throw;
+    }
+    output->release();
+    serializer->release();
+    if (!fileName.empty()) {
+      delete target;  // flushes and closes the file
+    }
+  } catch (const xercesc::OutOfMemoryException&) {
+    throw ParsingError("OutOfMemoryException");
+  } catch (const xercesc::XMLException& exception) {
+    throw ParsingError(transcodeFromXMLCh(exception.getMessage()));
+  }
+}
+
+void serializeToMemory(const DOMNode& document, xercesc::MemBufFormatTarget*& memoryTarget,
+                       const std::string& encoding) {
+  serializeDocument(document, std::string(), memoryTarget, encoding);
+}
+
+}  // namespace XercesXML

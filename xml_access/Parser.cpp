@@ -1,0 +1,221 @@
+#include "xml_access/Parser.h"
+
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <ostream>
+#include <sstream>
+
+#include <xercesc/dom/DOMDocument.hpp>
+#include <xercesc/dom/DOMException.hpp>
+#include <xercesc/framework/MemBufFormatTarget.hpp>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLException.hpp>
+
+#include "msg/XercesXMLException.h"
+#include "xml_access/DefaultErrorHandler.h"
+#include "xml_access/DocumentSerializer.h"
+#include "xml_access/TreeErrorReporter.h"
+#include "xml_access/XMLSystem.h"
+
+namespace XercesXML {
+
+namespace {
+
+const char kFinishedWithErrors[] = "XercesXML - Parsing finished with errors.";
+const char kAbortWhileParsing[] = "XercesXML - Abort: error while parsing: ";
+const char kAbortInDom[] = "XercesXML - Abort: error in DOM while parsing: ";
+const char kUnknownError[] = "XercesXML - Unknown system error while parsing.";
+
+// Appends the abort line for a DOM failure; the code is a signed 16-bit number.
+void appendDomAbort(std::ostream& errorText, const xercesc::DOMException& exception) {
+  errorText << kAbortInDom << "Error code = " << static_cast<std::int16_t>(exception.code)
+            << std::endl;
+}
+
+// Owns the memory target of the round trip, which starts out null; the
+// serialiser nulls the pointer itself when it has deleted the target.
+struct MemoryTargetGuard {
+  MemoryTargetGuard() = default;
+  MemoryTargetGuard(const MemoryTargetGuard&) = delete;
+  MemoryTargetGuard& operator=(const MemoryTargetGuard&) = delete;
+  ~MemoryTargetGuard() { delete target; }
+
+  xercesc::MemBufFormatTarget* target = nullptr;
+};
+
+}  // namespace
+
+Parser::Parser(bool relaxedValidation, bool createSchemaInfo)
+    : parser(nullptr), errorHandler(nullptr), xIncludeOutputFile() {
+  if (!isSystemInitialized()) {
+    throw NotInitialized("XercesXML - Parser object created without initializing system.");
+  }
+  parser.reset(
+      new xercesc::XercesDOMParser(nullptr, xercesc::XMLPlatformUtils::fgMemoryManager, nullptr));
+  parser->setCreateEntityReferenceNodes(false);
+  parser->setDoNamespaces(true);
+  parser->setCreateCommentNodes(false);
+  parser->setIncludeIgnorableWhitespace(false);
+  parser->setIgnoreAnnotations(true);
+  parser->setExitOnFirstFatalError(true);
+  if (relaxedValidation) {
+    applyRelaxedSettings();
+  } else {
+    applyStrictSettings();
+  }
+  parser->setCreateSchemaInfo(createSchemaInfo);
+}
+
+Parser::~Parser() = default;
+
+void Parser::setXInclude(bool enable, const std::string& outputFile) {
+  parser->setDoXInclude(enable);
+  if (enable) {
+    applyRelaxedSettings();
+    xIncludeOutputFile = outputFile;
+  }
+}
+
+bool Parser::getXInclude() const {
+  return parser->getDoXInclude();
+}
+
+std::string Parser::getXIncludeOutputFile() const {
+  return xIncludeOutputFile;
+}
+
+DOMNode Parser::parseFile(const std::string& fileName) {
+  std::ostringstream errorText;
+  const auto defaultHandler = std::make_unique<DefaultErrorHandler>(errorText);
+  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()));
+
+  // Whatever the parse throws ends the call, behind the blocks reported so
+  // far. An exception of this layer out of a receiver counts as unknown here.
+  try {
+    parser->parse(fileName.c_str());
+  } catch (const xercesc::XMLException& exception) {
+    errorText << kAbortWhileParsing << transcodeFromXMLCh(exception.getMessage()) << std::endl;
+    throw ParsingError(errorText.str());
+  } catch (const xercesc::DOMException& exception) {
+    appendDomAbort(errorText, exception);
+    throw ParsingError(errorText.str());
+  } catch (...) {
+    errorText << kUnknownError << std::endl;
+    throw ParsingError(errorText.str());
+  }
+  if (reporter.getSawErrors()) {
+    errorText << kFinishedWithErrors << std::endl;
+    throw ParsingError(errorText.str());
+  }
+
+  xercesc::DOMNode* document = nullptr;
+  if (getXInclude() || !xIncludeOutputFile.empty()) {
+    document = validateAfterXInclude(fileName, getXInclude());
+  } else {
+    document = parser->adoptDocument();
+  }
+  // A null owner makes a new block: the handle becomes the document's owner.
+  return DOMNode(document, nullptr);
+}
+
+xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse) {
+  // This reporter takes the parser's callbacks over from the one of
+  // parseFile, so the second parse has its own blocks and flag.
+  std::ostringstream errorText;
+  const auto defaultHandler = std::make_unique<DefaultErrorHandler>(errorText);
+  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()));
+
+  DOMNode firstDocument(parser->adoptDocument(), nullptr);
+  MemoryTargetGuard memory;
+  if (reparse) {
+    applyStrictSettings();
+    parser->reset();
+  }
+
+  try {
+    serializeToMemory(firstDocument, memory.target, std::string());
+    if (!xIncludeOutputFile.empty()) {
+      // Default mode: text mode, and an existing file is truncated.
+      std::ofstream output(xIncludeOutputFile);
+      if (output.fail()) {
+        std::ostringstream text;
+        text << "File " << xIncludeOutputFile << " could not be opened" << std::endl;
+        throw ParsingError(text.str());
+      }
+      output.write(reinterpret_cast<const char*>(memory.target->getRawBuffer()),
+                   static_cast<std::streamsize>(memory.target->getLen()));
+      output.close();
+    }
+    if (reparse) {
+      // The source only refers to the bytes; the guard keeps them alive.
+      const xercesc::MemBufInputSource source(memory.target->getRawBuffer(),
+                                              memory.target->getLen(), systemId.c_str(), false,
+                                              xercesc::XMLPlatformUtils::fgMemoryManager);
+      parser->parse(source);
+      applyRelaxedSettings();
+    }
+  } catch (const Exception& exception) {
+    if (reparse) {
+      applyRelaxedSettings();
+    }
+    errorText << kAbortWhileParsing << exception.getText() << std::endl;
+    throw ParsingError(errorText.str());
+  } catch (const xercesc::XMLException& exception) {
+    if (reparse) {
+      applyRelaxedSettings();
+    }
+    errorText << kAbortWhileParsing << transcodeFromXMLCh(exception.getMessage()) << std::endl;
+    throw ParsingError(errorText.str());
+  } catch (const xercesc::DOMException& exception) {
+    if (reparse) {
+      applyRelaxedSettings();
+    }
+    appendDomAbort(errorText, exception);
+    throw ParsingError(errorText.str());
+  } catch (...) {
+    if (reparse) {
+      applyRelaxedSettings();
+    }
+    errorText << kUnknownError << std::endl;
+    throw ParsingError(errorText.str());
+  }
+
+  if (reporter.getSawErrors()) {
+    errorText << kFinishedWithErrors << std::endl;
+    throw ParsingError(errorText.str());
+  }
+  if (reparse) {
+    // The first document is released with its handle on the way out.
+    return parser->adoptDocument();
+  }
+  return giveUpDocument(firstDocument);
+}
+
+xercesc::DOMNode* Parser::giveUpDocument(DOMNode& handle) {
+  xercesc::DOMNode* document = handle.node;
+  if (document != nullptr) {
+    handle.owner->node = nullptr;
+  }
+  return document;
+}
+
+XercesXMLErrorHandlerInterface* Parser::receiverFor(
+    XercesXMLErrorHandlerInterface* defaultHandler) const {
+  return errorHandler != nullptr ? errorHandler : defaultHandler;
+}
+
+void Parser::applyRelaxedSettings() {
+  parser->setValidationConstraintFatal(false);
+  parser->setValidationScheme(xercesc::XercesDOMParser::Val_Auto);
+  parser->setDoSchema(false);
+}
+
+void Parser::applyStrictSettings() {
+  parser->setValidationConstraintFatal(true);
+  parser->setValidationScheme(xercesc::XercesDOMParser::Val_Always);
+  parser->setDoSchema(true);
+}
+
+}  // namespace XercesXML

@@ -1,0 +1,120 @@
+// Parser: reads an XML file into a DOMNode that owns the document.
+
+#ifndef MSG_XML_ACCESS_PARSER_H_
+#define MSG_XML_ACCESS_PARSER_H_
+
+#include <memory>
+#include <string>
+
+#include <xercesc/dom/DOMNode.hpp>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+
+#include "xml_access/DOMNode.h"
+#include "xml_access/XercesXMLErrorHandlerInterface.h"
+
+namespace XercesXML {
+
+// Wraps one Xerces-C DOM parser with a fixed set of settings and reads files
+// with it. Every parse failure, whether the parser reports it or throws,
+// leaves parseFile as one ParsingError whose text holds the error blocks of
+// the parse (see TreeErrorReporter) and a closing line.
+//
+// The parser is always namespace-aware, stops at the first fatal error, and
+// creates no comment and no entity reference nodes. Validation comes in two
+// fixed groups of settings:
+//   relaxed: validation errors are not fatal, a grammar is used only if the
+//            document names one (DTD only, no XML Schema processing);
+//   strict:  XML Schema processing on, every document is validated (also one
+//            that names no grammar), and validation errors are fatal.
+//
+// XInclude mode: after setXInclude(true, ...) a file is parsed with relaxed
+// validation and the includes expanded; the expanded document is then
+// serialised to memory, written to the output file if one is named, and
+// parsed again from memory under the strict settings, with the original file
+// name as its system id (so messages name that file and relative references
+// resolve against it). parseFile returns the document of that second parse,
+// and leaves the parser object with the relaxed settings again, on success
+// and on failure alike, so one Parser reads file after file the same way.
+//
+// Ownership: the Parser owns its Xerces-C parser object. A document that
+// parseFile returns belongs to the returned handle alone and outlives the
+// Parser. A client error receiver is borrowed.
+//
+// The XML system must be started before a Parser is made and must stay up
+// until the Parser and every handle it returned are gone. A Parser belongs to
+// one thread at a time.
+class Parser {
+ public:
+  // Creates the parser object and applies the settings, the relaxed group if
+  // `relaxedValidation`, else the strict group. `createSchemaInfo` asks the
+  // parser to attach schema type information to the tree.
+  // Raises NotInitialized if the XML system is not started.
+  Parser(bool relaxedValidation, bool createSchemaInfo);
+
+  Parser(const Parser&) = delete;
+  Parser& operator=(const Parser&) = delete;
+
+  // Deletes the parser object with any document it still holds.
+  ~Parser();
+
+  // With `enable` true: switches XInclude processing on, applies the relaxed
+  // settings and remembers `outputFile` (empty: write no file).
+  // With `enable` false: switches XInclude processing off and nothing else;
+  // the settings stay as they are and the remembered file name stays too. A
+  // parser left with a file name but XInclude off still serialises every
+  // document into that file after its parse, but parses nothing again.
+  void setXInclude(bool enable, const std::string& outputFile);
+
+  // Whether XInclude processing is on (the parser object's own flag).
+  bool getXInclude() const;
+
+  // The remembered output file name; empty if none.
+  std::string getXIncludeOutputFile() const;
+
+  // Installs `handler` as the receiver of the error blocks of every later
+  // parse, in place of the parse's own error text; null goes back to the
+  // default. A ParsingError then carries only its closing or abort line.
+  // The handler is borrowed and must outlive every parse that uses it.
+  void setErrorHandler(XercesXMLErrorHandlerInterface* handler) { errorHandler = handler; }
+
+  // Parses `fileName` and gives a handle on the document node, which owns
+  // the document. In XInclude mode (or with an output file named) the
+  // document also takes the round trip described above.
+  // Raises ParsingError if the parser reports an error or a fatal error, if
+  // parsing throws, or if the round trip fails. The parser object is left
+  // with no error handler, and the Parser stays usable, on every path.
+  DOMNode parseFile(const std::string& fileName);
+
+ private:
+  void applyRelaxedSettings();
+  void applyStrictSettings();
+
+  // The receiver for the error blocks of one parse: the client's, if set.
+  XercesXMLErrorHandlerInterface* receiverFor(XercesXMLErrorHandlerInterface* defaultHandler) const;
+
+  // The round trip after a clean first parse: takes the document from the
+  // parser object, serialises it to memory, writes the output file if one is
+  // named, and with `reparse` parses the bytes again under the strict
+  // settings with `systemId` as their id, restoring the relaxed settings on
+  // every path. Returns the document that parseFile is to own: with
+  // `reparse` the document of the second parse (the first one is released
+  // here); without it the first document itself, given up by the local
+  // handle that held it during serialisation.
+  // Raises ParsingError; the first document is then released and whatever
+  // exists of a second one stays with the parser object.
+  xercesc::DOMNode* validateAfterXInclude(const std::string& systemId, bool reparse);
+
+  // Takes the document out of `handle` without releasing it: the handle's
+  // block forgets the node, so the end of the handle frees only the block.
+  // The caller owns the result.
+  // REQUIRES: `handle` is the only handle on its block.
+  static xercesc::DOMNode* giveUpDocument(DOMNode& handle);
+
+  std::unique_ptr<xercesc::XercesDOMParser> parser;  // owned, never null
+  XercesXMLErrorHandlerInterface* errorHandler;      // borrowed, may be null
+  std::string xIncludeOutputFile;
+};
+
+}  // namespace XercesXML
+
+#endif  // MSG_XML_ACCESS_PARSER_H_

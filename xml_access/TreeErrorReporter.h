@@ -1,0 +1,68 @@
+// TreeErrorReporter: turns the error callbacks of a parse into text blocks.
+
+#ifndef MSG_XML_ACCESS_TREEERRORREPORTER_H_
+#define MSG_XML_ACCESS_TREEERRORREPORTER_H_
+
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+
+#include "xml_access/XercesXMLErrorHandlerInterface.h"
+
+namespace XercesXML {
+
+// The error handler of one parse operation. It installs itself on a Xerces-C
+// parser object for its lifetime, turns every error and fatal error into a
+// two-line block of text for a receiver, and remembers that the parse saw
+// errors. Warnings are dropped without a trace.
+//
+// A block reads, with <kind> either "Error" or "Fatal error":
+//
+//   <kind> in file "<system id>", line <line>, column <column>
+//                                      Message: <message>
+//
+// The second line starts with exactly 35 blanks, and each line ends in one
+// line feed. Blocks follow one another in the order the parser reports them.
+// Texts are converted by transcodeFromXMLCh, so they come in the output
+// encoding of the XML system; a failed conversion leaves the callback as the
+// exception of that conversion, after the flag has been set.
+//
+// Neither the parser object nor the receiver is owned; both must outlive the
+// reporter. The flag is never cleared, so a reporter serves one parse
+// operation only. All callbacks come on the thread that calls parse.
+class TreeErrorReporter : public xercesc::ErrorHandler {
+ public:
+  // Stores both pointers and installs this reporter as the error handler of
+  // `parser`, replacing whatever handler was installed.
+  // REQUIRES: parser and handler are not null.
+  TreeErrorReporter(xercesc::XercesDOMParser* parser, XercesXMLErrorHandlerInterface* handler);
+
+  TreeErrorReporter(const TreeErrorReporter&) = delete;
+  TreeErrorReporter& operator=(const TreeErrorReporter&) = delete;
+
+  // Leaves the parser object with no error handler at all, whatever was
+  // installed before this reporter.
+  ~TreeErrorReporter() override;
+
+  // True once an error or a fatal error was reported.
+  bool getSawErrors() const { return sawErrors; }
+
+  // Does nothing: warnings are not reported.
+  void warning(const xercesc::SAXParseException& exception) override;
+
+  // Set the flag, then pass one block to the receiver's error or fatalError.
+  void error(const xercesc::SAXParseException& exception) override;
+  void fatalError(const xercesc::SAXParseException& exception) override;
+
+  // Does nothing: a parser's reset does not undo the errors already seen.
+  void resetErrors() override;
+
+ private:
+  xercesc::XercesDOMParser* parser;         // not owned
+  XercesXMLErrorHandlerInterface* handler;  // not owned, never null
+  bool sawErrors;
+};
+
+}  // namespace XercesXML
+
+#endif  // MSG_XML_ACCESS_TREEERRORREPORTER_H_
