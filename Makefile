@@ -6,9 +6,24 @@ DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
 
 RELEASE_DIR := build/release
 TEST_DIR    := build/debug-asan
+BENCH_DIR   := build/bench
 JOBS        ?= 2
 
-.PHONY: deps demo test release format clean
+# The peers of the benchmarks: optional for the build, installed by `make bench`.
+BENCH_PACKAGES    := gettext libicu-dev icu-devtools libfmt-dev python3
+BENCH_REPETITIONS ?= 9
+BENCH_FLAGS       ?=
+
+# Hardening: libFuzzer targets built with clang (fuzz/), and the tests under
+# valgrind memcheck. `make test` runs each fuzz target for a few seconds.
+FUZZ_DIR           := build/fuzz
+MEMCHECK_DIR       := build/memcheck
+FUZZ_PACKAGES      := clang-14 libclang-rt-14-dev
+MEMCHECK_PACKAGES  := valgrind
+FUZZ_SECONDS       ?= 60
+FUZZ_SMOKE_SECONDS ?= 5
+
+.PHONY: deps demo test release bench fuzz fuzz-build memcheck format clean
 
 deps:
 	@tools/install-deps.sh $(DEBIAN_PACKAGES)
@@ -21,11 +36,53 @@ demo: release
 	$(RELEASE_DIR)/examples/demo
 
 # Debug build with AddressSanitizer and UndefinedBehaviorSanitizer; any
-# sanitizer report aborts the test that caused it.
-test: deps
-	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON
+# sanitizer report aborts the test that caused it. Then every fuzz target
+# runs for FUZZ_SMOKE_SECONDS and replays its kept regression inputs, in the
+# clang tree of `make fuzz` (CTest label "fuzz").
+test: deps fuzz-build
+	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON -DMSG_BUILD_BENCH=ON
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+	cd $(FUZZ_DIR)/fuzz && ctest --output-on-failure -j $(JOBS)
+
+# The fuzz targets of fuzz/ with clang, libFuzzer, ASan and UBSan, in their own
+# tree (the library is compiled once more there, with coverage).
+fuzz-build: deps
+	@tools/install-deps.sh $(FUZZ_PACKAGES)
+	cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DCMAKE_CXX_COMPILER=clang++-14 -DMSG_BUILD_FUZZ=ON -DMSG_BUILD_TESTS=OFF \
+	  -DMSG_BUILD_EXAMPLES=OFF -DMSG_FUZZ_SMOKE_SECONDS=$(FUZZ_SMOKE_SECONDS)
+	cmake --build $(FUZZ_DIR) -j $(JOBS)
+
+# Runs every fuzz target for FUZZ_SECONDS, one after the other, and prints
+# executions and coverage; failing inputs land in $(FUZZ_DIR)/fuzz/logs.
+fuzz: fuzz-build
+	tools/run-fuzzers.sh $(FUZZ_DIR)/fuzz $(FUZZ_SECONDS)
+
+# Debug build without sanitizers; every test executable runs under valgrind
+# memcheck and fails on a memory error or a lost block (tools/memcheck.sh;
+# the deliberate ones are named in tools/valgrind.supp).
+memcheck: deps
+	@tools/install-deps.sh $(MEMCHECK_PACKAGES)
+	cmake -S . -B $(MEMCHECK_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=OFF \
+	  -DMSG_BUILD_EXAMPLES=OFF
+	cmake --build $(MEMCHECK_DIR) -j $(JOBS)
+	tools/memcheck.sh $(MEMCHECK_DIR) $(JOBS)
+
+# Release build of the benchmarks against gettext and ICU, run with
+# repetitions in random order; prints the medians and the msg/peer ratios of
+# the run and keeps its JSON in $(BENCH_DIR)/results.json.
+# `make test` builds the benchmarks too (so they keep compiling) but does not
+# run them.
+bench: deps
+	@tools/install-deps.sh $(BENCH_PACKAGES)
+	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMSG_BUILD_BENCH=ON \
+	  -DMSG_BUILD_TESTS=OFF -DMSG_BUILD_EXAMPLES=OFF
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_bench
+	$(BENCH_DIR)/bench/msg_bench --benchmark_repetitions=$(BENCH_REPETITIONS) \
+	  --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
+	  --benchmark_out=$(BENCH_DIR)/results.json --benchmark_out_format=json $(BENCH_FLAGS)
+	python3 tools/bench_report.py $(BENCH_DIR)/results.json
 
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

@@ -1,97 +1,166 @@
-// A tour of the message core: one key in three languages, messages with
-// arguments, severity filtering, an unknown key and a child handler.
+// A tour of msg with a catalogue read from XML message documents.
 //
-// Headings go to std::cout; the messages themselves come out of the
-// handler's channel on std::cerr: a formatting channel that writes
-//   [namespace:identifier] text
-// wrapped at 40 columns, with further lines of a message indented.
+//   demo [--documents DIR] [LANGUAGE ...]
+//
+// It loads DIR/demo.xml (which includes demo-reports.xml) with the language
+// list given on the command line (default: en de de-AT), then shows the
+// same messages under several language lists, arguments of every type, a
+// formatting channel that wraps, the severity threshold, an unknown key, the
+// catalogue text of an exception, and a broken document being rejected.
+//
+// Headings and explanations are plain lines; every message comes out of the
+// handler's formatting channel, indented and with its key in brackets.
 
+#include <clocale>
+#include <cstring>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include <msg/msg.h>
 
 namespace {
 
-// Catalogue entries of this program. Static objects link themselves into the
-// process-wide handler while the program starts, before main runs; their
-// strings are constants, so nothing is copied.
-msg::MTE greetingEn(msg::info, "en", "demo", "greeting", "Hello, &0!", nullptr, false, false);
-msg::MTE greetingDe(msg::info, "de", "demo", "greeting", "Guten Tag, &0!", nullptr, false, false);
-msg::MTE greetingDeAt(msg::info, "de-AT", "demo", "greeting", "Servus, &0!", nullptr, false, false);
+// A formatting channel that writes to standard output, so that the messages
+// stand in order with the explanations around them.
+class ConsoleChannel : public msg::FormattingMessageChannel {
+ public:
+  // "[namespace:identifier] text", first line from column 2, further lines
+  // from column 6, at most 76 columns.
+  ConsoleChannel() {
+    setTextHeaderFormat("[&n:&i] &t");
+    setLeftMargin(6);
+    setIndent(-4);
+    setRightMargin(75);
+  }
 
-msg::MTE orderEn(msg::info, "en", "demo", "order",
-                 "Order &0: &1 parcels, &2 kg in total, express: &3.", nullptr, false, false);
+  void onMessageLine(bool, bool, const char* line) override { std::cout << line << '\n'; }
+};
 
-msg::MTE diskInfo(msg::info, "en", "demo", "diskcheck", "Disk check finished.", nullptr, false,
-                  false);
-msg::MTE diskWarning(msg::warning, "en", "demo", "diskspace", "Only &0 MB left on &1.", nullptr,
-                     false, false);
+struct Options {
+  std::string documents = MSG_EXAMPLES_DIR "/catalogue";
+  std::vector<std::string> languages;
+};
+
+void printUsage() {
+  std::cout << "usage: demo [--documents DIR] [LANGUAGE ...]\n"
+               "  DIR       folder of demo.xml (default " MSG_EXAMPLES_DIR
+               "/catalogue)\n"
+               "  LANGUAGE  tags such as en, de or de-AT, best first, also comma-separated\n"
+               "            (default: en de de-AT)\n";
+}
+
+// Returns false if the program should stop (help asked for, or a bad option).
+bool parseOptions(int argc, char** argv, Options& options) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--help" || argument == "-h") {
+      printUsage();
+      return false;
+    }
+    if (argument == "--documents" || argument == "-d") {
+      if (i + 1 == argc) {
+        printUsage();
+        return false;
+      }
+      options.documents = argv[++i];
+      continue;
+    }
+    std::size_t start = 0;
+    while (start <= argument.size()) {
+      const std::size_t comma = argument.find(',', start);
+      const std::size_t end = comma == std::string::npos ? argument.size() : comma;
+      if (end > start) {
+        options.languages.push_back(argument.substr(start, end - start));
+      }
+      start = end + 1;
+    }
+  }
+  if (options.languages.empty()) {
+    options.languages = {"en", "de", "de-AT"};
+  }
+  return true;
+}
+
+msg::LanguageList makeList(const std::vector<std::string>& tags) {
+  std::vector<msg::Language> languages;
+  for (const std::string& tag : tags) {
+    languages.push_back(msg::Language(tag.c_str()));
+  }
+  return msg::LanguageList(static_cast<int>(languages.size()), languages.data());
+}
+
+std::string describe(const msg::LanguageList& list) {
+  std::string text = "[";
+  for (int i = 0; i < list.getCount(); ++i) {
+    text += (i > 0 ? ", " : "") + list.getLanguage(i).toString();
+  }
+  return text + "]";
+}
 
 void heading(const char* title) {
-  std::cout << "\n== " << title << " ==" << std::endl;
+  std::cout << "\n== " << title << " ==\n";
 }
 
-// Where the messages go. Every record in this program passes through here.
-// The formatting channel puts the key in brackets ahead of the text and
-// wraps at column 39 (40 characters a line); every line after the first of a
-// message starts in column 4, the first one in column 0 (indent -4). The
-// channel is static, so it outlives every use, and the handler does not own
-// it; the child handler below shares it.
-void setUpOutput(msg::MessageHandler& handler) {
-  static msg::FormattingMessageChannel channel;
-  channel.setTextHeaderFormat("[&n:&i] &t");
-  channel.setRightMargin(39);
-  channel.setLeftMargin(4);
-  channel.setIndent(-4);
-  handler.setMessageChannel(&channel, false);
-}
-
-void showLanguageChoice(msg::MessageHandler& handler) {
-  heading("One key, three languages");
-  std::cout << "Entries of demo:greeting exist in en, de and de-AT." << std::endl;
-
-  struct Preference {
-    const char* label;
-    msg::LanguageList list;
-  };
+void showLanguageLists(msg::MessageHandler& handler, const msg::LanguageList& loaded) {
+  heading("One key under several language lists");
+  std::cout << "demo:greeting has texts in en, de and de-AT. The load kept those that\n"
+               "the list "
+            << describe(loaded) << " accepts.\n";
   const msg::Language austrianFirst[] = {"de-AT", "de", "en"};
-  const Preference preferences[] = {
-      {"[en]", msg::LanguageList(msg::Language("en"))},
-      {"[de]", msg::LanguageList(msg::Language("de"))},
-      {"[de-AT, de, en]", msg::LanguageList(3, austrianFirst)},
-  };
-  for (const Preference& preference : preferences) {
-    handler.setLanguageList(preference.list);
+  const msg::Language frenchFirst[] = {"fr", "en"};
+  const msg::LanguageList lists[] = {
+      msg::LanguageList(msg::Language("en")), msg::LanguageList(msg::Language("de")),
+      msg::LanguageList(3, austrianFirst), msg::LanguageList(2, frenchFirst)};
+  for (const msg::LanguageList& list : lists) {
+    handler.setLanguageList(list);
     msg::Message greeting(&handler, "demo", "greeting");
-    std::cout << "List " << preference.label << " picks " << greeting.getLanguage().toString()
-              << ":" << std::endl;
+    if (std::strcmp(greeting.getIdentifier(), "notfound") == 0) {
+      // The key shows in the not-found text as long as nothing is substituted.
+      std::cout << "List " << describe(list) << " accepts none of the loaded texts:\n";
+      handler.writeMessage(greeting);
+      continue;
+    }
+    std::cout << "List " << describe(list) << " picks " << greeting.getLanguage().toString()
+              << ":\n";
     handler.writeMessage1(greeting, "reader");
   }
-  handler.setLanguageList(msg::LanguageList(msg::Language("en")));
+  handler.setLanguageList(loaded);
 }
 
 void showArguments(msg::MessageHandler& handler) {
-  heading("Arguments: text, whole number, decimal number, yes/no");
+  heading("Arguments: text, whole number, decimal number, yes/no, true/false");
   msg::Message order(&handler, "demo", "order");
-  std::cout << "Catalogue text: " << order.getText() << std::endl;
+  std::cout << "Catalogue text (" << order.getLanguage().toString() << "): " << order.getText()
+            << "\n";
   order.substitute(0, "A-17");
   order.substitute(1, 3);
   order.substitute(2, 12.5, 2);
   order.substitute(3, true, msg::Message::yesNo);
+  order.substitute(4, false, msg::Message::trueFalse);
   handler.writeMessage(order);
 }
 
-void showSeverityFilter(msg::MessageHandler& handler) {
+void showWrapping(msg::MessageHandler& handler) {
+  heading("A formatting channel that wraps");
+  std::cout << "Every message here went through a FormattingMessageChannel with the\n"
+               "header format \"[&n:&i] &t\": lines of at most 76 columns, broken\n"
+               "between words, the first line from column 2, the others from column 6.\n";
+  msg::Message notice(&handler, "demo", "maintenance");
+  handler.writeMessage1(notice, "//archive/projects");
+}
+
+void showThreshold(msg::MessageHandler& handler) {
   heading("Severity threshold");
   msg::Message finished(&handler, "demo", "diskcheck");
   msg::Message lowSpace(&handler, "demo", "diskspace");
 
-  std::cout << "Threshold info: both records are written." << std::endl;
+  std::cout << "Threshold info: the info and the warning are written.\n";
   handler.writeMessage(finished);
   handler.writeMessage2(lowSpace, "120", "/var");
 
   handler.setSeverityLevel(msg::warning);
-  std::cout << "Threshold warning: the info record is filtered out." << std::endl;
+  std::cout << "Threshold warning: the info message is held back.\n";
   handler.writeMessage(finished);
   handler.writeMessage2(lowSpace, "80", "/var");
   handler.setSeverityLevel(msg::info);
@@ -99,42 +168,81 @@ void showSeverityFilter(msg::MessageHandler& handler) {
 
 void showUnknownKey(msg::MessageHandler& handler) {
   heading("Unknown key");
+  std::cout << "Asking for demo:nosuchkey gives the not-found message with the key:\n";
   msg::Message missing(&handler, "demo", "nosuchkey");
-  std::cout << "Asked for demo:nosuchkey, got the library's not-found message:" << std::endl;
   handler.writeMessage(missing);
 }
 
-void showChildHandler(msg::MessageHandler& parent) {
-  heading("Child handler falling back on its parent");
-  msg::MessageHandler child(&parent);
-  child.setLanguageList(msg::LanguageList(msg::Language("de"), msg::Language("en")));
-  // An entry with copied strings, made with new: the child's table owns it
-  // and deletes it with the child.
-  new msg::MTE(msg::info, "de", "demo", "childonly", "Nur der Kind-Handler kennt diesen Text.",
-               &child, false, true);
+void showException() {
+  heading("An exception with a catalogue text");
+  std::cout << "The XML layer raises its failures as XercesXML exceptions, which derive\n"
+               "from structured_exception. One is thrown and caught here:\n";
+  try {
+    throw XercesXML::ParsingError("settings.xml, line 3, column 7: expected end of tag 'Port'");
+  } catch (const structured_exception& exception) {
+    std::cout << "  what():           " << exception.what() << "\n"
+              << "  key:              " << exception.getMessageNamespace() << ":"
+              << exception.getMessageIdentifier() << "\n"
+              << "  getMessageText(): " << exception.getMessageText() << "\n";
+  }
+}
 
-  std::cout << "demo:childonly stands in the child's own table:" << std::endl;
-  msg::Message own(&child, "demo", "childonly");
-  child.writeMessage(own);
-
-  std::cout << "demo:greeting stands only in the parent, which ranks by its own list [en]:"
-            << std::endl;
-  msg::Message inherited(&child, "demo", "greeting");
-  child.writeMessage1(inherited, "child");
+void showBrokenDocument(msg::MessageHandlerX& handler, const std::string& path) {
+  heading("A broken document");
+  std::cout << "broken.xml is not well formed. Loading it writes the application's\n"
+               "report msgx:MessageDocumentError and throws ErrorInMessageDocument:\n";
+  try {
+    handler.loadMessageDocument(path.c_str());
+    std::cout << "(unexpected: the document was loaded)\n";
+  } catch (const msg::ErrorInMessageDocument& failure) {
+    std::cout << "Caught ErrorInMessageDocument: " << failure.getText() << "\n";
+  }
+  std::cout << "The catalogue is as it was; broken.xml's own demo:greeting never got in:\n";
+  msg::Message greeting(&handler, "demo", "greeting");
+  handler.writeMessage1(greeting, "reader");
 }
 
 }  // namespace
 
-int main() {
-  msg::MessageHandler& handler = *msg::MessageHandler::object();
-  setUpOutput(handler);
-  std::cout << "msg demo: each message is [namespace:identifier] text, wrapped at 40 columns"
-            << std::endl;
+int main(int argc, char** argv) {
+  Options options;
+  if (!parseOptions(argc, argv, options)) {
+    return 2;
+  }
+  // The XML system takes its code page when it starts, so the locale is set
+  // before the first MessageHandlerX. Document texts then arrive in that code
+  // page (UTF-8 with Debian's Xerces-C).
+  std::setlocale(LC_ALL, "");
 
-  showLanguageChoice(handler);
+  // Put the document handler in front of the process-wide one, give it this
+  // program's output, and set its language list before the load: texts in
+  // other languages are left out while reading.
+  msg::MessageHandlerX& handler = *msg::MessageHandlerX::object();
+  static ConsoleChannel channel;
+  handler.setMessageChannel(&channel, false);
+  const msg::LanguageList languages = makeList(options.languages);
+  handler.setLanguageList(languages);
+
+  const std::string catalogue = options.documents + "/demo.xml";
+  std::cout << "msg demo: messages from an XML catalogue\n"
+            << "Catalogue: " << catalogue << " (and demo-reports.xml, included)\n"
+            << "Languages: " << describe(languages)
+            << " (choose others: demo de-AT de en; demo --help)\n";
+  try {
+    handler.loadMessageDocument(catalogue.c_str());
+  } catch (const msg::ErrorInMessageDocument& failure) {
+    std::cout << "The catalogue could not be loaded: " << failure.getText() << "\n"
+              << "Name the folder of demo.xml with --documents DIR.\n";
+    return 1;
+  }
+
+  showLanguageLists(handler, languages);
   showArguments(handler);
-  showSeverityFilter(handler);
+  showWrapping(handler);
+  showThreshold(handler);
   showUnknownKey(handler);
-  showChildHandler(handler);
+  showException();
+  showBrokenDocument(handler, options.documents + "/broken.xml");
+  std::cout << std::flush;
   return 0;
 }

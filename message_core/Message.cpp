@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -48,19 +47,6 @@ bool isDigit(char c) {
 bool pointsInto(const char* p, const char* buffer, std::size_t size) {
   const std::less<const char*> before;
   return buffer != nullptr && !before(p, buffer) && before(p, buffer + size);
-}
-
-// True if the decimal digits digits[0, count) have a value of at most
-// INT_MAX, so that atoi gives it. Leading zeros add nothing.
-bool fitsInt(const char* digits, std::size_t count) {
-  long long value = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    value = value * 10 + (digits[i] - '0');
-    if (value > std::numeric_limits<int>::max()) {
-      return false;
-    }
-  }
-  return true;
 }
 
 }  // namespace
@@ -230,33 +216,31 @@ bool Message::findPlaceholder(unsigned int number, unsigned int& first, unsigned
   if (workBuffer == nullptr) {
     return false;
   }
-  std::size_t position = 0;
-  while (workBuffer[position] != '\0') {
-    if (workBuffer[position] != '&') {
-      ++position;
-      continue;
-    }
-    const std::size_t ampersand = position;
-    std::size_t runEnd = ampersand + 1;
-    while (isDigit(workBuffer[runEnd])) {
+  // strchr skips the plain text between candidates many bytes at a time.
+  for (const char* ampersand = std::strchr(workBuffer, '&'); ampersand != nullptr;) {
+    const char* digits = ampersand + 1;
+    const char* runEnd = digits;
+    // The value of the run, as atoi would give it, as long as it fits an
+    // int; a larger value names no number.
+    std::uint64_t value = 0;
+    bool fitsInt = true;
+    while (isDigit(*runEnd)) {
+      if (fitsInt) {
+        value = value * 10 + static_cast<std::uint64_t>(*runEnd - '0');
+        fitsInt = value <= static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+      }
       ++runEnd;
     }
-    const std::size_t runLength = runEnd - (ampersand + 1);
-    if (runLength >= 1 && runLength <= kMaxPlaceholderDigits &&
-        fitsInt(workBuffer + ampersand + 1, runLength)) {
-      char digits[kMaxPlaceholderDigits + 1];
-      std::memcpy(digits, workBuffer + ampersand + 1, runLength);
-      digits[runLength] = '\0';
-      if (static_cast<unsigned int>(std::atoi(digits)) == number) {
-        // Positions fit: the buffer capacity is a 32-bit number.
-        first = static_cast<unsigned int>(ampersand);
-        last = static_cast<unsigned int>(runEnd - 1);
-        return true;
-      }
+    const std::size_t runLength = static_cast<std::size_t>(runEnd - digits);
+    if (runLength >= 1 && runLength <= kMaxPlaceholderDigits && fitsInt && value == number) {
+      // Positions fit: the buffer capacity is a 32-bit number.
+      first = static_cast<unsigned int>(ampersand - workBuffer);
+      last = static_cast<unsigned int>(runEnd - 1 - workBuffer);
+      return true;
     }
     // Go on at the character that ended the run: a "&" there opens the next
     // candidate at once, anything else is passed over.
-    position = runEnd;
+    ampersand = std::strchr(runEnd, '&');
   }
   return false;
 }

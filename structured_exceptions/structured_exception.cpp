@@ -1,12 +1,7 @@
 #include "msg/structured_exception.h"
 
 #include <cstring>
-#include <memory>
-#include <utility>
-#include <vector>
 
-#include "msg/Message.h"
-#include "msg/MessageHandler.h"
 #include "platform/SystemExceptions.h"
 
 namespace {
@@ -30,14 +25,6 @@ char* copyText(const char* text) {
   char* copy = new char[size];
   std::memcpy(copy, text, size);
   return copy;
-}
-
-// The records whose texts getMessageText() has handed out. A returned text
-// may lie inside its record, and it must stay valid for the rest of the
-// process, so the records are kept here, reachable, and never released.
-std::vector<std::unique_ptr<msg::Message>>& renderedRecords() {
-  static auto* records = new std::vector<std::unique_ptr<msg::Message>>();
-  return *records;
 }
 
 }  // namespace
@@ -137,36 +124,7 @@ const char* structured_exception::what() const noexcept {
   return whatText;
 }
 
-// Until the document handler takes over this lookup, the key is rendered
-// through the plain process-wide handler: its catalogue text with the
-// arguments filled in as &0, &1, ... in order, or the not-found text (its
-// placeholders unfilled) when no acceptable language has the key. If even
-// the not-found text is not acceptable, the result is "".
-const char* structured_exception::getMessageText() const {
-  msg::MessageHandler* handler = msg::MessageHandler::object();
-  std::unique_ptr<msg::Message> record;
-  bool found = false;
-  if (messageNamespace != nullptr && messageIdentifier != nullptr) {
-    record.reset(handler->getMessage(messageNamespace, messageIdentifier));
-    found = record != nullptr;
-  }
-  if (!found) {
-    record.reset(handler->getMessageNotFound());
-    if (record == nullptr) {
-      return "";
-    }
-  }
-  std::vector<std::unique_ptr<msg::Message>>& records = renderedRecords();
-  records.push_back(std::move(record));
-  msg::Message& kept = *records.back();
-  if (found) {
-    for (std::uint32_t i = 0; i < argumentCount; ++i) {
-      kept.substitute(i, ownedArguments[i]);
-    }
-  }
-  const char* text = kept.getMessage();
-  return text != nullptr ? text : "";
-}
+// getMessageText() is in MessageTextOfException.cpp.
 
 void structured_exception::cloneArguments() {
   if (argumentCount == 0 || arguments == nullptr || !copyArguments) {

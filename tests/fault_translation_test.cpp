@@ -1,3 +1,5 @@
+// structured_exception, and the translation of real faults into it.
+//
 // Built with -fnon-call-exceptions (tests/cmake/fault_translation.cmake), so
 // that the exception thrown by the translator can leave a faulting
 // instruction of this file.
@@ -7,12 +9,14 @@
 #include <signal.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "msg/structured_exception.h"
 #include "platform/SystemExceptions.h"
@@ -45,11 +49,9 @@ void divideByZero() {
   sink = divide(7, zero);
 }
 
-bool within(std::uint64_t address, int (*function)(volatile int*)) {
-  const auto start = reinterpret_cast<std::uintptr_t>(function);
-  return address >= start && address < start + 512;
-}
-bool within(std::uint64_t address, int (*function)(volatile int, volatile int)) {
+// Whether a fault address lies in the first 512 bytes of `function`.
+template <typename Function>
+bool within(std::uint64_t address, Function* function) {
   const auto start = reinterpret_cast<std::uintptr_t>(function);
   return address >= start && address < start + 512;
 }
@@ -74,133 +76,131 @@ std::optional<structured_exception> translated(unsigned int code) {
 }
 
 void passThrough(unsigned int, EXCEPTION_POINTERS*) {}
+void faultAgain(unsigned int, EXCEPTION_POINTERS*) {
+  readNull();
+}
 
 // How a fault that nobody translates ends the process: by the handler that
 // stood before ours, which under AddressSanitizer is the sanitizer's report,
-// and otherwise by the signal itself. The dying child writes no core file.
+// and otherwise by the signal itself.
 #if defined(__SANITIZE_ADDRESS__)
 #define EXPECT_UNTRANSLATED_DEATH(statement, signal, report) \
-  EXPECT_DEATH(                                              \
-      {                                                      \
-        withoutCoreFile();                                   \
-        statement;                                           \
-      },                                                     \
-      "AddressSanitizer: " report)
+  EXPECT_DEATH(statement, "AddressSanitizer: " report)
 #else
 #define EXPECT_UNTRANSLATED_DEATH(statement, signal, report) \
-  EXPECT_EXIT(                                               \
-      {                                                      \
-        withoutCoreFile();                                   \
-        statement;                                           \
-      },                                                     \
-      ::testing::KilledBySignal(signal), "")
+  EXPECT_EXIT(statement, ::testing::KilledBySignal(signal), "")
 #endif
-
-void withoutCoreFile() {
-  const rlimit none{0, 0};
-  setrlimit(RLIMIT_CORE, &none);
-}
 
 class FaultTranslationDeathTest : public ::testing::Test {
  protected:
-  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+  void SetUp() override {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const rlimit noCoreFile{0, 0};  // the dying children write none
+    setrlimit(RLIMIT_CORE, &noCoreFile);
+  }
 };
 
-TEST(FaultTranslationTest, KnownCodesGiveTheirTexts) {
-  const struct {
-    unsigned int code;
-    const char* text;
-  } table[] = {
-      {0x80000001, "guard page"},
-      {0x80000002, "datatype misalignment"},
-      {0xC0000005, "access violation"},
-      {0xC0000006, "in page error"},
-      {0xC0000008, "invalid handle"},
-      {0xC000001D, "illegal instruction"},
-      {0xC0000025, "noncontinuable exception"},
-      {0xC0000026, "invalid disposition"},
-      {0xC000008C, "array bounds exceeded"},
-      {0xC000008D, "float denormal operand"},
-      {0xC000008E, "float divide by zero"},
-      {0xC000008F, "float inexact result"},
-      {0xC0000090, "float invalid operation"},
-      {0xC0000091, "float overflow"},
-      {0xC0000092, "float stack check"},
-      {0xC0000093, "float underflow"},
-      {0xC0000094, "integer divide by zero"},
-      {0xC0000095, "integer overflow"},
-      {0xC0000096, "private instruction"},
-      {0xC00000FD, "stack overflow"},
-  };
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.text);
-    std::optional<structured_exception> exception = translated(row.code);
-    ASSERT_TRUE(exception.has_value());
-    EXPECT_STREQ(exception->what(), row.text);
-    EXPECT_EQ(exception->getExceptionCode(), row.code);
-    EXPECT_EQ(exception->getExceptionAddress(), 0x1234u);
-    EXPECT_STREQ(exception->getMessageNamespace(), "exception");
-    EXPECT_STREQ(exception->getMessageIdentifier(), "default");
-    EXPECT_EQ(exception->getArgumentCount(), 0u);
-    // Every translated exception has a detail buffer but a stack overflow.
-    EXPECT_EQ(exception->getDetailBuffer() == nullptr, row.code == 0xC00000FD);
+// A key exception whose text and argument strings are overwritten once it is made.
+std::unique_ptr<structured_exception> makeWithThreeArguments(bool copyArguments) {
+  std::string first = "one", third = "three", text = "diagnostic text";
+  const char* arguments[] = {first.c_str(), nullptr, third.c_str()};
+  auto exception = std::make_unique<structured_exception>(text.c_str(), false, "test", "three", 3,
+                                                          arguments, copyArguments);
+  first = third = text = "overwritten";
+  return exception;
+}
+
+TEST(StructuredExceptionTest, TextAndArgumentsAreCopiesAndACopyHasItsOwn) {
+  std::unique_ptr<structured_exception> original = makeWithThreeArguments(true);
+  EXPECT_EQ(original->getExceptionCode(), 0u);
+  EXPECT_EQ(original->getDetailBuffer(), nullptr);
+  const structured_exception copy(*original);
+  original.reset();
+  EXPECT_STREQ(copy.what(), "diagnostic text");
+  EXPECT_STREQ(copy.getMessageIdentifier(), "three");
+  ASSERT_EQ(copy.getArgumentCount(), 3u);
+  EXPECT_STREQ(copy.getArgument(0), "one");
+  EXPECT_EQ(copy.getArgument(1), nullptr);
+  EXPECT_STREQ(copy.getArgument(2), "three");
+
+  // Arguments exist only as copies, and only with a list and a count.
+  std::unique_ptr<structured_exception> uncopied = makeWithThreeArguments(false);
+  EXPECT_EQ(uncopied->getArgumentCount(), 0u);
+  EXPECT_EQ(structured_exception(*uncopied).getArgumentCount(), 0u);
+  const char* list[] = {"x"};
+  EXPECT_EQ(structured_exception("t", false, "n", "i", 0, list, true).getArgumentCount(), 0u);
+  EXPECT_EQ(structured_exception("t", false, "n", "i", 2, nullptr, true).getArgumentCount(), 0u);
+}
+
+TEST(StructuredExceptionTest, DetailBufferIsZeroedAndACopyOfAnEmptyOneIsOneByte) {
+  EXCEPTION_RECORD record{};
+  EXCEPTION_POINTERS pointers{&record, nullptr};
+  const structured_exception withBuffer(0xC0000094, &pointers, "fault", true);
+  const char* buffer = withBuffer.getDetailBuffer();
+  ASSERT_NE(buffer, nullptr);
+  EXPECT_TRUE(std::all_of(buffer, buffer + 4096, [](char c) { return c == 0; }));
+  EXPECT_NE(structured_exception("t", true, "n", "i", 0, nullptr, false).getDetailBuffer(),
+            nullptr);
+
+  const structured_exception copy(withBuffer);
+  ASSERT_NE(copy.getDetailBuffer(), nullptr);
+  EXPECT_NE(copy.getDetailBuffer(), buffer);
+  EXPECT_EQ(copy.getDetailBuffer()[0], '\0');
+  EXPECT_EQ(copy.getDetailLength(), 0u);
+}
+
+// What the translator raises for `code`, with the default catalogue key and a
+// detail buffer for all but a stack overflow.
+void expectTranslated(unsigned int code, const std::string& text) {
+  std::optional<structured_exception> exception = translated(code);
+  ASSERT_TRUE(exception.has_value()) << text;
+  EXPECT_EQ(exception->what(), text);
+  EXPECT_EQ(exception->getExceptionCode(), code);
+  EXPECT_EQ(exception->getExceptionAddress(), 0x1234u);
+  EXPECT_STREQ(exception->getMessageNamespace(), "exception");
+  EXPECT_STREQ(exception->getMessageIdentifier(), "default");
+  EXPECT_EQ(exception->getArgumentCount(), 0u);
+  EXPECT_EQ(exception->getDetailBuffer() == nullptr, code == 0xC00000FD) << text;
+}
+
+TEST(FaultTranslationTest, CodesGiveTheirTextsAndUnknownCodesTheirDigits) {
+  const std::pair<unsigned int, const char*> known[] = {{0x80000001, "guard page"},
+                                                        {0x80000002, "datatype misalignment"},
+                                                        {0xC0000005, "access violation"},
+                                                        {0xC0000006, "in page error"},
+                                                        {0xC0000008, "invalid handle"},
+                                                        {0xC000001D, "illegal instruction"},
+                                                        {0xC0000025, "noncontinuable exception"},
+                                                        {0xC0000026, "invalid disposition"},
+                                                        {0xC000008C, "array bounds exceeded"},
+                                                        {0xC000008D, "float denormal operand"},
+                                                        {0xC000008E, "float divide by zero"},
+                                                        {0xC000008F, "float inexact result"},
+                                                        {0xC0000090, "float invalid operation"},
+                                                        {0xC0000091, "float overflow"},
+                                                        {0xC0000092, "float stack check"},
+                                                        {0xC0000093, "float underflow"},
+                                                        {0xC0000094, "integer divide by zero"},
+                                                        {0xC0000095, "integer overflow"},
+                                                        {0xC0000096, "private instruction"},
+                                                        {0xC00000FD, "stack overflow"}};
+  for (const auto& [code, text] : known) {
+    expectTranslated(code, text);
   }
-}
-
-TEST(FaultTranslationTest, UnknownCodesShowEightLowerCaseHexDigits) {
-  const struct {
-    unsigned int code;
-    const char* digits;
-  } table[] = {
-      {0xC0000007, "c0000007"}, {1, "00000001"},          {0x80000000, "80000000"},
-      {0xC00000FE, "c00000fe"}, {0xFFFFFFFF, "ffffffff"},
-  };
-  for (const auto& row : table) {
-    std::optional<structured_exception> exception = translated(row.code);
-    ASSERT_TRUE(exception.has_value());
-    EXPECT_EQ(std::string(exception->what()),
-              std::string("Exception code 0x") + row.digits +
-                  " could not be mapped to one of the known WIN32 exception codes.");
-    EXPECT_EQ(exception->getExceptionCode(), row.code);
-    EXPECT_NE(exception->getDetailBuffer(), nullptr);
+  const std::pair<unsigned int, const char*> unknown[] = {{0xC0000007, "c0000007"},
+                                                          {1, "00000001"},
+                                                          {0x80000000, "80000000"},
+                                                          {0xC00000FE, "c00000fe"}};
+  for (const auto& [code, digits] : unknown) {
+    expectTranslated(code, std::string("Exception code 0x") + digits +
+                               " could not be mapped to one of the known WIN32 exception codes.");
   }
+  EXPECT_FALSE(translated(0x80000003).has_value());  // breakpoint
+  EXPECT_FALSE(translated(0x80000004).has_value());  // single step
 }
 
-TEST(FaultTranslationTest, BreakpointAndSingleStepPassThrough) {
-  EXPECT_FALSE(translated(0x80000003).has_value());
-  EXPECT_FALSE(translated(0x80000004).has_value());
-}
-
-TEST(FaultTranslationTest, SignalsMapToCodes) {
-  using msg::platform::exceptionCodeForSignal;
-  EXPECT_EQ(exceptionCodeForSignal(SIGSEGV, SEGV_MAPERR), 0xC0000005u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGSEGV, SI_KERNEL), 0xC0000005u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGBUS, BUS_ADRALN), 0x80000002u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGBUS, BUS_ADRERR), 0xC0000006u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGFPE, FPE_INTDIV), 0xC0000094u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGFPE, FPE_FLTDIV), 0xC000008Eu);
-  EXPECT_EQ(exceptionCodeForSignal(SIGFPE, FPE_FLTUNK), 0xC0000090u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGILL, ILL_ILLOPN), 0xC000001Du);
-  EXPECT_EQ(exceptionCodeForSignal(SIGILL, ILL_PRVOPC), 0xC0000096u);
-  // Sent signals are no faults, and other signals are not ours.
-  EXPECT_EQ(exceptionCodeForSignal(SIGSEGV, SI_USER), 0u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGFPE, SI_TKILL), 0u);
-  EXPECT_EQ(exceptionCodeForSignal(SIGTRAP, 1), 0u);
-}
-
-TEST(FaultTranslationTest, TranslatorIsInstalledOnTheLoadingThreadOnly) {
-  _se_translator_function onMainThread = _set_se_translator(nullptr);
-  EXPECT_EQ(onMainThread, &translateSystemException);
-  EXPECT_EQ(_set_se_translator(onMainThread), nullptr);
-
-  _se_translator_function onOtherThread = &passThrough;
-  std::thread([&] { onOtherThread = _set_se_translator(nullptr); }).join();
-  EXPECT_EQ(onOtherThread, nullptr);
-}
-
-TEST(FaultTranslationTest, NullPointerReadIsCaughtAsAccessViolation) {
-  // Twice: after the first translated fault the signal must not stay
-  // blocked on this thread.
+TEST(FaultTranslationTest, RealFaultsAreCaughtWithTheirCodeAndAddress) {
+  // Twice: after the first translated fault the signal must not stay blocked.
   for (int round = 0; round < 2; ++round) {
     std::optional<structured_exception> exception = caught(readNull);
     ASSERT_TRUE(exception.has_value());
@@ -208,74 +208,35 @@ TEST(FaultTranslationTest, NullPointerReadIsCaughtAsAccessViolation) {
     EXPECT_STREQ(exception->what(), "access violation");
     EXPECT_TRUE(within(exception->getExceptionAddress(), &readThrough))
         << std::hex << exception->getExceptionAddress();
-    EXPECT_NE(exception->getDetailBuffer(), nullptr);
   }
-  // An ordinary catch of std::exception sees it too.
-  try {
-    readNull();
-    FAIL() << "no exception";
-  } catch (const std::exception& exception) {
-    EXPECT_STREQ(exception.what(), "access violation");
-  }
-}
+  std::optional<structured_exception> division = caught(divideByZero);
+  ASSERT_TRUE(division.has_value());
+  EXPECT_STREQ(division->what(), "integer divide by zero");
+  EXPECT_TRUE(within(division->getExceptionAddress(), &divide));
 
-TEST(FaultTranslationTest, IntegerDivisionByZeroIsCaught) {
-  std::optional<structured_exception> exception = caught(divideByZero);
-  ASSERT_TRUE(exception.has_value());
-  EXPECT_EQ(exception->getExceptionCode(), 0xC0000094u);
-  EXPECT_STREQ(exception->what(), "integer divide by zero");
-  EXPECT_TRUE(within(exception->getExceptionAddress(), &divide))
-      << std::hex << exception->getExceptionAddress();
-}
-
-TEST(FaultTranslationTest, TranslatedExceptionRendersTheDefaultCatalogueText) {
-  std::optional<structured_exception> exception = caught(readNull);
-  ASSERT_TRUE(exception.has_value());
-  EXPECT_STREQ(exception->getMessageText(),
-               "Meldung: Das Subsystem [&0] hat die Fehlersituation [&1] gemeldet. "
-               "Text: [&2], Parameter sind 1: [&3], 2: [&4], 3: [&5], usw.");
+  EXPECT_THROW(readNull(), std::exception);
 }
 
 TEST(FaultTranslationTest, TranslatorOfAnotherThreadCatchesItsOwnFaults) {
   std::optional<structured_exception> exception;
   std::thread([&] {
     _set_se_translator(translateSystemException);
-    try {
-      divideByZero();
-    } catch (const structured_exception& caughtException) {
-      exception.emplace(caughtException);
+    if (std::optional<structured_exception> inThread = caught(divideByZero)) {
+      exception.emplace(*inThread);
     }
   }).join();
   ASSERT_TRUE(exception.has_value());
   EXPECT_EQ(exception->getExceptionCode(), 0xC0000094u);
 }
 
-TEST_F(FaultTranslationDeathTest, FaultOnAThreadWithoutTranslatorEndsTheProcess) {
+TEST_F(FaultTranslationDeathTest, UntranslatedFaultsEndTheProcess) {
+  // A thread without a translator.
   EXPECT_UNTRANSLATED_DEATH(std::thread(readNull).join(), SIGSEGV, "SEGV");
   EXPECT_UNTRANSLATED_DEATH(std::thread(divideByZero).join(), SIGFPE, "FPE");
-}
-
-TEST_F(FaultTranslationDeathTest, PassThroughTranslatorLeavesTheFaultAlone) {
-  EXPECT_UNTRANSLATED_DEATH(
-      {
-        _set_se_translator(passThrough);
-        readNull();
-      },
-      SIGSEGV, "SEGV");
-}
-
-TEST_F(FaultTranslationDeathTest, FaultInsideTheTranslatorIsNotTranslatedAgain) {
-  EXPECT_UNTRANSLATED_DEATH(
-      {
-        _set_se_translator([](unsigned int, EXCEPTION_POINTERS*) { readNull(); });
-        readNull();
-      },
-      SIGSEGV, "SEGV");
-}
-
-TEST_F(FaultTranslationDeathTest, SentFaultSignalIsNoFault) {
-  // raise() on the loading thread, which has a translator: still no
-  // exception, the signal ends the process.
+  // A translator that returns, and a fault inside the translator itself.
+  EXPECT_UNTRANSLATED_DEATH((_set_se_translator(passThrough), readNull()), SIGSEGV, "SEGV");
+  EXPECT_UNTRANSLATED_DEATH((_set_se_translator(faultAgain), readNull()), SIGSEGV, "SEGV");
+  // A fault signal sent by raise() is no fault, even on a thread with a translator.
   EXPECT_UNTRANSLATED_DEATH(raise(SIGFPE), SIGFPE, "FPE");
 }
 

@@ -7,7 +7,6 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "msg/MTE.h"
 #include "msg/Message.h"
@@ -17,7 +16,7 @@
 namespace msg {
 namespace {
 
-// Keeps what it is given, and counts its own destruction.
+// Keeps what it is given, each text followed by '|', and counts its own destruction.
 class RecordingChannel : public MessageChannel {
  public:
   explicit RecordingChannel(int* destructions = nullptr) : destructions(destructions) {}
@@ -26,272 +25,139 @@ class RecordingChannel : public MessageChannel {
       ++*destructions;
     }
   }
-
-  std::vector<std::string> texts;
+  void writeByDefault(const Message& message) { MessageChannel::onMessage(message); }
+  std::string seen;
 
  protected:
   void onMessage(const Message& message) override {
-    const char* shown = message.getMessage();
-    texts.push_back(shown == nullptr ? "<null>" : shown);
+    seen += message.getMessage() + std::string("|");
   }
 
  private:
   int* destructions;
 };
 
-// Makes the base class's default output callable from a test.
-class DefaultChannel : public MessageChannel {
+// Counts the records it writes, to show that the write family calls the override.
+class CountingHandler : public MessageHandler {
  public:
-  void write(const Message& message) { onMessage(message); }
+  void writeMessage(Message& message) override {
+    ++writes;
+    MessageHandler::writeMessage(message);
+  }
+  int writes = 0;
 };
 
-// Sends std::cerr into a string while it lives.
-class CerrCapture {
- public:
-  CerrCapture() : saved(std::cerr.rdbuf(captured.rdbuf())) {}
-  ~CerrCapture() { std::cerr.rdbuf(saved); }
-  std::string text() const { return captured.str(); }
+// The text that `handler` finds for app:`identifier`, or "<none>".
+std::string lookUp(const MessageHandler& handler, const char* identifier) {
+  std::unique_ptr<Message> found(handler.getMessage("app", identifier));
+  return found == nullptr ? "<none>" : found->getText();
+}
 
- private:
+// Adds an entry that the table of `handler` owns.
+void add(MessageHandler& handler, const char* language, const char* identifier, const char* text) {
+  new MTE(info, language, "app", identifier, text, &handler, false, true);
+}
+
+TEST(MessageHandlerTest, DefaultChannelWritesOneLinePerRecordToStandardError) {
+  MessageHandler handler;
+  EXPECT_EQ(handler.getLanguageList().getCount(), 1);
+  EXPECT_EQ(handler.getLanguageList().distance("en"), 0);
   std::ostringstream captured;
-  std::streambuf* saved;
-};
-
-// A root handler whose first channel records; entries it gets are owned by
-// its table.
-class HandlerTest : public ::testing::Test {
- protected:
-  HandlerTest() {
-    recorder = new RecordingChannel();
-    handler.setMessageChannel(recorder, true);
-  }
-
-  static void add(MessageHandler& target, const char* language, const char* identifier,
-                  const char* text, SeverityLevel severity = info) {
-    new MTE(static_cast<short>(severity), language, "app", identifier, text, &target, false, true);
-  }
-
-  // The text of a key as `target` finds it, or "<none>".
-  static std::string lookUp(const MessageHandler& target, const char* identifier) {
-    std::unique_ptr<Message> found(target.getMessage("app", identifier));
-    return found == nullptr ? "<none>" : found->getText();
-  }
-
-  MessageHandler handler;
-  RecordingChannel* recorder;  // owned by `handler`
-};
-
-TEST(DefaultHandlerTest, NewRootHandlerWritesThroughItsDefaultChannel) {
-  MessageHandler handler;
-  EXPECT_EQ(handler.getParent(), nullptr);
-  EXPECT_EQ(handler.getSeverityLevel(), info);
-  LanguageList list = handler.getLanguageList();
-  ASSERT_EQ(list.getCount(), 1);
-  EXPECT_EQ(list.getLanguage(0), Language("en"));
-  EXPECT_NE(handler.getMessageChannel(), nullptr);
-  EXPECT_TRUE(handler.getMessageChannelOwnership());
-  EXPECT_EQ(handler.getMessageChannel2(), nullptr);
-  EXPECT_FALSE(handler.getMessageChannel2Ownership());
-
+  std::streambuf* saved = std::cerr.rdbuf(captured.rdbuf());
   Message message("app", "start", info, Language("en"), "Hello &0");
-  CerrCapture capture;
   handler.writeMessage1(message, "world");
-  EXPECT_EQ(capture.text(), "app:start: Hello world\n");
+  RecordingChannel().writeByDefault(Message("", "", error, Language("en"), ""));
+  std::cerr.rdbuf(saved);
+  EXPECT_EQ(captured.str(), "app:start: Hello world\n:: \n");  // null pieces write nothing
 }
 
-TEST(DefaultHandlerTest, DefaultChannelLeavesOutNullPieces) {
-  DefaultChannel channel;
-  Message empty("", "", error, Language("en"), "");  // all three pieces null
-  Message noKey(nullptr, nullptr, error, Language("en"), "text only");
-  CerrCapture capture;
-  channel.write(empty);
-  channel.write(noKey);
-  EXPECT_EQ(capture.text(), ":: \n:: text only\n");
-}
-
-TEST_F(HandlerTest, ThresholdLetsThroughItsLevelAndAbove) {
-  Message warningRecord("app", "w", warning, Language("en"), "warning");
+TEST(MessageHandlerTest, ThresholdFiltersAfterSubstitutionAndBothChannelsGetTheRecord) {
+  MessageHandler handler;
+  RecordingChannel first, second;
+  handler.setMessageChannel(&first, false);
+  handler.setMessageChannel2(&second, false);
+  Message warningRecord("app", "w", warning, Language("en"), "warning &0");
   Message errorRecord("app", "e", error, Language("en"), "error");
   Message abortRecord("app", "a", abort, Language("en"), "abort");
-
   handler.setSeverityLevel(error);
-  EXPECT_EQ(handler.getSeverityLevel(), error);
-  handler.writeMessage(warningRecord);
+  handler.writeMessage1(warningRecord, "held");
   handler.writeMessage(errorRecord);
   handler.setSeverityLevel(abort);
   handler.writeMessage(errorRecord);
   handler.writeMessage(abortRecord);
-  EXPECT_EQ(recorder->texts, (std::vector<std::string>{"error", "abort"}));
-
-  // Substitution happens even when the record is then held back.
-  handler.writeMessage1(warningRecord, "x");
-  EXPECT_EQ(recorder->texts.size(), 2u);
-  EXPECT_STREQ(warningRecord.getMessage(), "warning");
-  Message held("app", "h", warning, Language("en"), "held &0");
-  handler.writeMessage1(held, "back");
-  EXPECT_STREQ(held.getMessage(), "held back");
-}
-
-TEST_F(HandlerTest, BothChannelsGetEachRecordAndNullChannelsAreOff) {
-  RecordingChannel second;
-  handler.setMessageChannel2(&second, false);
-  Message record("app", "r", info, Language("en"), "one");
-  handler.writeMessage(record);
-  EXPECT_EQ(recorder->texts, std::vector<std::string>{"one"});
-  EXPECT_EQ(second.texts, std::vector<std::string>{"one"});
-
+  EXPECT_EQ(first.seen, "error|abort|");
+  EXPECT_EQ(second.seen, "error|abort|");
+  EXPECT_STREQ(warningRecord.getMessage(), "warning held");
   handler.setMessageChannel(nullptr, false);
   handler.setMessageChannel2(nullptr, false);
-  EXPECT_EQ(handler.getMessageChannel(), nullptr);
-  CerrCapture capture;
-  handler.writeMessage(record);  // nowhere to go
-  EXPECT_EQ(second.texts.size(), 1u);
-  EXPECT_EQ(capture.text(), "");
+  handler.writeMessage(abortRecord);  // nowhere to go
 }
 
-TEST(ChannelOwnershipTest, OnlyOwnedChannelsAreDeleted) {
+TEST(MessageHandlerTest, OnlyOwnedChannelsAreDeletedAndAChildOwnsNone) {
   int destroyed = 0;
   RecordingChannel borrowed(&destroyed);
   {
     MessageHandler handler;
     handler.setMessageChannel(&borrowed, false);
-    handler.setMessageChannel(&borrowed, false);  // the old one is not owned
-    EXPECT_FALSE(handler.getMessageChannelOwnership());
+    handler.setMessageChannel(&borrowed, false);
     handler.setMessageChannel2(&borrowed, false);
-    EXPECT_EQ(destroyed, 0);
-
     handler.setMessageChannel(new RecordingChannel(&destroyed), true);
     handler.setMessageChannel(new RecordingChannel(&destroyed), true);
-    EXPECT_EQ(destroyed, 1);  // the first owned one
+    EXPECT_EQ(destroyed, 1);
     handler.setMessageChannel2(new RecordingChannel(&destroyed), true);
-    EXPECT_TRUE(handler.getMessageChannel2Ownership());
+    { MessageHandler child(&handler); }
     EXPECT_EQ(destroyed, 1);
   }
-  EXPECT_EQ(destroyed, 3);  // the two owned ones at the end, not `borrowed`
+  EXPECT_EQ(destroyed, 3);
 }
 
-TEST(ChannelOwnershipTest, ChildSharesItsParentsChannelsWithoutOwningThem) {
-  int destroyed = 0;
+TEST(MessageHandlerTest, ChildCopiesSettingsOnceAndFallsBackOnItsParent) {
   MessageHandler parent;
-  parent.setMessageChannel(new RecordingChannel(&destroyed), true);
-  parent.setMessageChannel2(new RecordingChannel(&destroyed), true);
-  {
-    MessageHandler child(&parent);
-    EXPECT_EQ(child.getParent(), &parent);
-    EXPECT_EQ(child.getMessageChannel(), parent.getMessageChannel());
-    EXPECT_EQ(child.getMessageChannel2(), parent.getMessageChannel2());
-    EXPECT_FALSE(child.getMessageChannelOwnership());
-    EXPECT_FALSE(child.getMessageChannel2Ownership());
-  }
-  EXPECT_EQ(destroyed, 0);
-}
-
-TEST_F(HandlerTest, ChildCopiesSettingsOnceAndThenGoesItsOwnWay) {
-  handler.setSeverityLevel(warning);
-  handler.setLanguageList(LanguageList(Language("de"), Language("en")));
-  MessageHandler child(&handler);
+  parent.setSeverityLevel(warning);
+  parent.setLanguageList(LanguageList(Language("de"), Language("en")));
+  add(parent, "en", "greeting", "Hello");
+  add(parent, "de-AT", "greeting", "Servus");
+  add(parent, "de", "both", "parent's");
+  add(parent, "en", "hidden", "parent's");
+  MessageHandler child(&parent);
   EXPECT_EQ(child.getSeverityLevel(), warning);
-  EXPECT_EQ(child.getLanguageList().getCount(), 2);
-
+  EXPECT_EQ(child.getMessageChannel(), parent.getMessageChannel());
   child.setSeverityLevel(abort);
-  child.setLanguageList(LanguageList(Language("fr")));
-  child.setMessageChannel(nullptr, false);
-  EXPECT_EQ(handler.getSeverityLevel(), warning);
-  EXPECT_EQ(handler.getLanguageList().distance("de"), 0);
-  EXPECT_EQ(handler.getMessageChannel(), recorder);
-  handler.setSeverityLevel(info);
-  EXPECT_EQ(child.getSeverityLevel(), abort);
-}
-
-TEST_F(HandlerTest, ChildFallsBackOnItsParent) {
-  add(handler, "en", "greeting", "Hello");
-  add(handler, "de", "greeting", "Hallo");
-  add(handler, "en", "both", "parent's");
-  add(handler, "en", "hidden", "parent's");
-  MessageHandler child(&handler);
-  child.setLanguageList(LanguageList(Language("de"), Language("en")));
+  child.setLanguageList(LanguageList(Language("en")));
+  EXPECT_EQ(parent.getSeverityLevel(), warning);
   add(child, "en", "both", "child's");
   add(child, "fr", "hidden", "child's, unreadable");
-
-  // Only in the parent: found in the language the parent's list prefers.
-  EXPECT_EQ(lookUp(child, "greeting"), "Hello");
-  // In both: the child's acceptable entry wins, though the parent's list
-  // would rank the parent's entry just as well.
-  EXPECT_EQ(lookUp(child, "both"), "child's");
-  // An entry the child's list does not accept counts as absent.
-  EXPECT_EQ(lookUp(child, "hidden"), "parent's");
+  EXPECT_EQ(lookUp(child, "greeting"), "Servus");  // the parent's list decides
+  EXPECT_EQ(lookUp(child, "both"), "child's");     // the child's own entry wins
+  EXPECT_EQ(lookUp(child, "hidden"), "parent's");  // not acceptable counts as absent
   EXPECT_EQ(lookUp(child, "nowhere"), "<none>");
-  EXPECT_EQ(lookUp(handler, "nowhere"), "<none>");
-}
 
-TEST_F(HandlerTest, RecordsTakeSeverityAndLanguageOfTheChosenEntry) {
-  add(handler, "en", "disk", "Disk full", error);
-  add(handler, "de-AT", "disk", "Platte voll", warning);
-  handler.setLanguageList(LanguageList(Language("de"), Language("en")));
-  std::unique_ptr<Message> found(handler.getMessage("app", "disk"));
-  ASSERT_NE(found, nullptr);
-  EXPECT_STREQ(found->getText(), "Platte voll");
-  EXPECT_EQ(found->getLanguage(), Language("de-AT"));
-  EXPECT_EQ(found->getSeverityLevel(), warning);
-  EXPECT_STREQ(found->getNamespace(), "app");
-  EXPECT_STREQ(found->getIdentifier(), "disk");
-}
-
-TEST_F(HandlerTest, NotFoundMessageNeedsAnAcceptableLanguage) {
-  EXPECT_EQ(handler.getMessageNotFound(), nullptr);  // an empty table
-  new MTE(error, "de", "msg", "notfound", "&0:&1 fehlt", &handler, false, true);
-  EXPECT_EQ(handler.getMessageNotFound(), nullptr);  // the list is [en]
-  handler.setLanguageList(LanguageList(Language("de-AT")));
-  std::unique_ptr<Message> notFound(handler.getMessageNotFound());
+  EXPECT_EQ(parent.getMessageNotFound(), nullptr);
+  new MTE(error, "fr", "msg", "notfound", "&0:&1 manque", &parent, false, true);
+  EXPECT_EQ(parent.getMessageNotFound(), nullptr);  // no acceptable language
+  parent.setLanguageList(LanguageList(Language("fr-CA")));
+  std::unique_ptr<Message> notFound(parent.getMessageNotFound());
   ASSERT_NE(notFound, nullptr);
-  EXPECT_STREQ(notFound->getMessage(), "&0:&1 fehlt");  // nothing filled in
+  EXPECT_STREQ(notFound->getMessage(), "&0:&1 manque");  // nothing filled in
 }
 
-TEST_F(HandlerTest, WriteMessageFamilyFillsPlaceholdersInOrder) {
+TEST(MessageHandlerTest, WriteFamilyFillsPlaceholdersInOrderFromTheTextEachTime) {
+  CountingHandler handler;
+  RecordingChannel recorder;
+  handler.setMessageChannel(&recorder, false);
   Message three("app", "three", info, Language("en"), "&0-&1-&2");
   handler.writeMessage2(three, "a", "b");
   Message one("app", "one", info, Language("en"), "only &0");
   handler.writeMessage3(one, "x", "y", "z");
   Message four("app", "four", info, Language("en"), "&3&2&1&0");
   handler.writeMessage4(four, "a", "b", "c", "d");
-  const char* args[] = {"1", "2", "3", "4", "5"};
-  Message five("app", "five", info, Language("en"), "&4,&3,&2,&1,&0");
-  handler.writeMessageN(five, 5, args);
-  EXPECT_EQ(recorder->texts, (std::vector<std::string>{"a-b-&2", "only x", "dcba", "5,4,3,2,1"}));
-  // The record keeps what the channels got.
-  EXPECT_STREQ(three.getMessage(), "a-b-&2");
-}
-
-TEST_F(HandlerTest, EachWriteStartsFromTheTextAgain) {
-  Message record("app", "r", info, Language("en"), "value &0");
-  handler.writeMessage1(record, "first");
-  handler.writeMessage1(record, "second");
-  handler.writeMessageN(record, 0, nullptr);  // cleared: nothing to show
+  handler.writeMessage1(one, "again");
+  handler.writeMessageN(one, 0, nullptr);  // cleared: nothing to show
   Message fresh("app", "f", info, Language("en"), "value &0");
   handler.writeMessageN(fresh, 0, nullptr);  // never filled: the text itself
-  EXPECT_EQ(recorder->texts,
-            (std::vector<std::string>{"value first", "value second", "", "value &0"}));
-}
-
-// A derived handler that stamps every record it writes.
-class StampingHandler : public MessageHandler {
- public:
-  int writes = 0;
-  void writeMessage(Message& message) override {
-    ++writes;
-    MessageHandler::writeMessage(message);
-  }
-};
-
-TEST(DerivedHandlerTest, WriteFamilyGoesThroughTheOverride) {
-  StampingHandler handler;
-  auto* recorder = new RecordingChannel();
-  handler.setMessageChannel(recorder, true);
-  Message record("app", "r", info, Language("en"), "&0");
-  handler.writeMessage1(record, "a");
-  handler.writeMessage4(record, "a", "b", "c", "d");
-  EXPECT_EQ(handler.writes, 2);
-  EXPECT_EQ(recorder->texts.size(), 2u);
+  EXPECT_EQ(recorder.seen, "a-b-&2|only x|dcba|only again||value &0|");
+  EXPECT_STREQ(three.getMessage(), "a-b-&2");  // the record keeps what the channels got
+  EXPECT_EQ(handler.writes, 6);
 }
 
 }  // namespace

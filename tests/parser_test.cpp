@@ -1,144 +1,188 @@
 // Tests of Parser: its settings, the document it hands out and who owns it,
-// and its use after failures.
+// and the error blocks of a failed parse and where they go.
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/HandlerBase.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include "msg/XercesXMLException.h"
 #include "xml_access/XercesXML.h"
-#include "xml_files.h"
+#include "xml_test_document.h"
 
 namespace {
 
 using XercesXML::DOMNode;
 using XercesXML::Parser;
-using xml_files::dataFile;
-using xml_files::elementNames;
-using xml_files::errorBlock;
-using xml_files::kFinished;
-using xml_files::parsingErrorOf;
+using xml_test::dataFile;
+using xml_test::elementNames;
+using xml_test::errorBlock;
+using xml_test::kFinished;
+using xml_test::parsingErrorOf;
 
 TEST(ParserWithoutSystem, RefusesToExist) {
-  ASSERT_FALSE(XercesXML::isSystemInitialized());
-  try {
-    Parser parser(true, false);
-    ADD_FAILURE() << "no exception";
-  } catch (const XercesXML::NotInitialized& failure) {
-    EXPECT_EQ(failure.getText(), "XercesXML - Parser object created without initializing system.");
-  }
+  xml_test::expectText<XercesXML::NotInitialized>(
+      [] { Parser parser(true, false); },
+      "XercesXML - Parser object created without initializing system.");
 }
 
-class ParserTest : public xml_files::XmlFilesTest {};
+class ParserTest : public xml_test::XmlSystemFixture {};
 
-TEST_F(ParserTest, AValidDocumentComesBackAsAHandleOnItsDocumentNode) {
-  Parser parser(false, false);
-  EXPECT_FALSE(parser.getXInclude());
-  EXPECT_EQ(parser.getXIncludeOutputFile(), "");
-
-  const DOMNode document = parser.parseFile(dataFile("valid_catalogue.xml"));
+TEST_F(ParserTest, StrictParseValidatesAndDropsIgnorableBlanks) {
+  Parser strict(false, false);
+  const DOMNode document = strict.parseFile(dataFile("valid_catalogue.xml"));
   EXPECT_EQ(document.getNodeName(), "#document");
-  const DOMNode root = document.getFirstElementChild();
-  EXPECT_EQ(root.getNodeName(), "Catalogue");
-  EXPECT_EQ(elementNames(root), (std::vector<std::string>{"Entry", "Entry"}));
-  EXPECT_EQ(root.getFirstElementChild().getAttributeByName("id", ""), "first");
-  EXPECT_EQ(root.getFirstElementChild().getChildText(), "One");
-  // The schema makes the blanks between the entries ignorable, and they are
-  // dropped; without schema processing they stay as text nodes.
-  EXPECT_EQ(root.getFirstChild().getNodeName(), "Entry");
+  EXPECT_EQ(elementNames(document.getFirstElementChild()),
+            (std::vector<std::string>{"Entry", "Entry"}));
+  EXPECT_EQ(document.getFirstElementChild().getFirstChild().getNodeName(), "Entry");
   Parser relaxed(true, false);
   const DOMNode unvalidated = relaxed.parseFile(dataFile("valid_catalogue.xml"));
   EXPECT_EQ(unvalidated.getFirstElementChild().getFirstChild().getNodeName(), "#text");
-}
 
-TEST_F(ParserTest, CommentsAreDroppedAndEntitiesExpanded) {
-  Parser parser(true, false);
-  const DOMNode document = parser.parseFile(dataFile("comments_and_entities.xml"));
-  const DOMNode root = document.getFirstElementChild();
-  EXPECT_EQ(root.getChildText(), "before expanded after");
-  EXPECT_FALSE(document.findFirstNodeByName("#comment").isValid());
-}
-
-TEST_F(ParserTest, TheDocumentOutlivesTheParserAndTheFirstHandle) {
-  DOMNode entry(nullptr, nullptr);
-  {
-    Parser parser(true, false);
-    const DOMNode document = parser.parseFile(dataFile("valid_catalogue.xml"));
-    entry = document.findFirstNodeByName("Entry").getNextElementSibling();
-  }
-  // Parser and document handle are gone; the child handle alone keeps the
-  // document (ASan and valgrind see a use after release or a leak).
-  EXPECT_EQ(entry.getAttributeByName("id", ""), "second");
-  EXPECT_EQ(entry.getChildText(), "Two");
-}
-
-TEST_F(ParserTest, EachParseGivesAnIndependentDocument) {
-  Parser parser(true, false);
-  const DOMNode first = parser.parseFile(dataFile("valid_catalogue.xml"));
-  const DOMNode second = parser.parseFile(dataFile("no_grammar.xml"));
-  const DOMNode third = parser.parseFile(dataFile("valid_catalogue.xml"));
-  EXPECT_EQ(first.getFirstElementChild().getNodeName(), "Catalogue");
-  EXPECT_EQ(second.getFirstElementChild().getNodeName(), "list");
-  EXPECT_EQ(third.getFirstElementChild().getNodeName(), "Catalogue");
-}
-
-TEST_F(ParserTest, StrictSettingsValidateAndStopAtTheFirstViolation) {
-  const std::string file = dataFile("schema_violations.xml");
-  Parser strict(false, false);
-  // Three violations in the file, one block: validation errors are fatal.
-  EXPECT_EQ(parsingErrorOf(strict, file),
-            errorBlock("Error", file, 4, 10, "missing required attribute 'id'") + kFinished);
-
-  // Strict validation needs a grammar, and an unexpanded include is unknown
-  // to the schema.
-  const std::string noGrammar = dataFile("no_grammar.xml");
-  EXPECT_EQ(
-      parsingErrorOf(strict, noGrammar),
-      errorBlock("Error", noGrammar, 2, 7, "no declaration found for element 'list'") + kFinished);
-  const std::string include = dataFile("include_main.xml");
-  EXPECT_EQ(parsingErrorOf(strict, include),
-            errorBlock("Error", include, 6, 40, "no declaration found for element 'xi:include'") +
-                kFinished);
-}
-
-TEST_F(ParserTest, RelaxedSettingsCheckWellFormednessOnly) {
-  Parser relaxed(true, false);
+  // Comments are dropped and entities expanded.
+  const DOMNode text = relaxed.parseFile(dataFile("comments_and_entities.xml"));
+  EXPECT_EQ(text.getFirstElementChild().getChildText(), "before expanded after");
+  EXPECT_FALSE(text.findFirstNodeByName("#comment").isValid());
+  // Relaxed settings check well-formedness only.
   for (const char* name : {"schema_violations.xml", "no_grammar.xml", "include_main.xml"}) {
     EXPECT_TRUE(relaxed.parseFile(dataFile(name)).isValid()) << name;
   }
-  // Without XInclude processing the include stays an element of its own.
-  const DOMNode document = relaxed.parseFile(dataFile("include_main.xml"));
-  EXPECT_EQ(elementNames(document.getFirstElementChild()),
-            (std::vector<std::string>{"Entry", "include"}));
+}
+
+TEST_F(ParserTest, DocumentsOutliveTheParserAndTheFirstHandle) {
+  DOMNode entry(nullptr, nullptr);
+  DOMNode other(nullptr, nullptr);
+  {
+    Parser parser(true, false);
+    entry = parser.parseFile(dataFile("valid_catalogue.xml")).findFirstNodeByName("Entry");
+    other = parser.parseFile(dataFile("no_grammar.xml"));
+  }
+  EXPECT_EQ(entry.getNextElementSibling().getAttributeByName("id", ""), "second");
+  EXPECT_EQ(other.getFirstElementChild().getNodeName(), "list");
 }
 
 TEST_F(ParserTest, SwitchingXIncludeOffKeepsTheSettingsAndTheFileName) {
   Parser parser(false, false);
+  EXPECT_FALSE(parser.getXInclude());
   parser.setXInclude(true, "out.xml");
   EXPECT_TRUE(parser.getXInclude());
-  EXPECT_EQ(parser.getXIncludeOutputFile(), "out.xml");
-
   parser.setXInclude(false, "other.xml");
   EXPECT_FALSE(parser.getXInclude());
   EXPECT_EQ(parser.getXIncludeOutputFile(), "out.xml");
-
   parser.setXInclude(true, "");
-  EXPECT_EQ(parser.getXIncludeOutputFile(), "");
   parser.setXInclude(false, "");
-
-  // The strict settings of the constructor do not come back: a document
-  // that breaks its schema parses.
+  // The strict settings of the constructor do not come back.
   EXPECT_TRUE(parser.parseFile(dataFile("schema_violations.xml")).isValid());
 }
 
-TEST_F(ParserTest, TheParserStaysUsableAfterEveryKindOfFailure) {
+// A receiver that keeps what it is given; error() may throw.
+class RecordingReceiver : public XercesXML::XercesXMLErrorHandlerInterface {
+ public:
+  void warning(std::string text) override { warnings.push_back(text); }
+  void error(std::string text) override {
+    errors.push_back(text);
+    if (throwing) {
+      throw XercesXML::NullPointer("thrown by the receiver");
+    }
+  }
+  void fatalError(std::string text) override { fatalErrors.push_back(text); }
+
+  std::vector<std::string> warnings, errors, fatalErrors;
+  bool throwing = false;
+};
+
+xercesc::SAXParseException saxException(const char* message, const char* systemId,
+                                        XMLFileLoc line) {
+  XMLCh* wideMessage = xercesc::XMLString::transcode(message);
+  XMLCh* wideId = systemId != nullptr ? xercesc::XMLString::transcode(systemId) : nullptr;
+  xercesc::SAXParseException exception(wideMessage, nullptr, wideId, line, 3);
+  xercesc::XMLString::release(&wideMessage);
+  xercesc::XMLString::release(&wideId);
+  return exception;
+}
+
+TEST_F(ParserTest, ReporterWritesTwoLineBlocksAndLeavesTheParserWithoutHandler) {
+  xercesc::XercesDOMParser parser;
+  xercesc::HandlerBase previous;
+  parser.setErrorHandler(&previous);
+  RecordingReceiver receiver;
+  {
+    XercesXML::TreeErrorReporter reporter(&parser, &receiver);
+    EXPECT_EQ(parser.getErrorHandler(), &reporter);
+    reporter.warning(saxException("only a warning", "doc.xml", 1));
+    EXPECT_FALSE(reporter.getSawErrors());
+    reporter.error(saxException("bad thing", "dir/doc.xml", 12));
+    EXPECT_TRUE(reporter.getSawErrors());
+    // Line numbers are 64 bits wide; a missing system id gives empty quotes.
+    reporter.fatalError(saxException("worse thing", nullptr, 1099511627777ull));
+    reporter.resetErrors();
+    EXPECT_TRUE(reporter.getSawErrors());
+  }
+  EXPECT_EQ(parser.getErrorHandler(), nullptr);  // the earlier handler is not put back
+  EXPECT_TRUE(receiver.warnings.empty());
+  EXPECT_EQ(receiver.errors,
+            std::vector<std::string>{"Error in file \"dir/doc.xml\", line 12, column 3\n"
+                                     "                                   Message: bad thing\n"});
+  EXPECT_EQ(receiver.fatalErrors, std::vector<std::string>{errorBlock(
+                                      "Fatal error", "", 1099511627777ull, 3, "worse thing")});
+}
+
+TEST_F(ParserTest, EachErrorGivesOneBlockInOrderThenTheClosingLine) {
+  Parser relaxed(true, false);
+  const std::string missingId = "missing required attribute 'id'";
+  const std::string three = dataFile("three_errors.xml");
+  EXPECT_EQ(parsingErrorOf(relaxed, three), errorBlock("Error", three, 8, 9, missingId) +
+                                                errorBlock("Error", three, 10, 9, missingId) +
+                                                errorBlock("Error", three, 11, 9, missingId) +
+                                                kFinished);
+  // A fatal error ends the parse.
+  const std::string broken = dataFile("not_well_formed.xml");
+  EXPECT_EQ(parsingErrorOf(relaxed, broken),
+            errorBlock("Fatal error", broken, 4, 14, "expected end of tag 'item'") + kFinished);
+
+  // Strict: validation errors are fatal, so of three violations one is reported.
+  Parser strict(false, false);
+  const std::string violations = dataFile("schema_violations.xml");
+  EXPECT_EQ(parsingErrorOf(strict, violations),
+            errorBlock("Error", violations, 4, 10, missingId) + kFinished);
+  const std::string missing = dataFile("no_such_file.xml");
+  EXPECT_EQ(parsingErrorOf(strict, missing),
+            errorBlock("Fatal error", "", 0, 0,
+                       "unable to open primary document entity '" + missing + "'") +
+                kFinished);
+
+  // Warnings leave no trace.
+  for (Parser* parser : {&relaxed, &strict}) {
+    EXPECT_EQ(
+        parser->parseFile(dataFile("warnings_only.xml")).getFirstElementChild().getChildText(),
+        "text");
+  }
+}
+
+TEST_F(ParserTest, AClientReceiverGetsTheBlocksInsteadOfTheErrorText) {
   Parser parser(true, false);
-  parsingErrorOf(parser, dataFile("not_well_formed.xml"));
-  parsingErrorOf(parser, dataFile("no_such_file.xml"));
-  parsingErrorOf(parser, dataFile("three_errors.xml"));
-  const DOMNode document = parser.parseFile(dataFile("valid_catalogue.xml"));
-  EXPECT_EQ(elementNames(document.getFirstElementChild()).size(), 2u);
+  RecordingReceiver receiver;
+  parser.setErrorHandler(&receiver);
+  const std::string file = dataFile("three_errors.xml");
+  EXPECT_EQ(parsingErrorOf(parser, file), kFinished);
+  ASSERT_EQ(receiver.errors.size(), 3u);
+  EXPECT_EQ(receiver.errors[1],
+            errorBlock("Error", file, 10, 9, "missing required attribute 'id'"));
+
+  // Anything thrown out of the parse is an unknown error, even an exception
+  // of the XML layer itself, and the parser recovers.
+  receiver.throwing = true;
+  EXPECT_EQ(parsingErrorOf(parser, file), "XercesXML - Unknown system error while parsing.\n");
+  EXPECT_EQ(receiver.errors.size(), 4u);  // the parse ended at the first error
+
+  parser.setErrorHandler(nullptr);
+  EXPECT_EQ(parsingErrorOf(parser, file).find("Error in file"), 0u);
+  EXPECT_EQ(parser.parseFile(dataFile("valid_catalogue.xml")).getFirstElementChild().getNodeName(),
+            "Catalogue");
 }
 
 }  // namespace

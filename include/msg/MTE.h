@@ -68,6 +68,11 @@ class MSG_EXPORT MTE {
   MTE* next;       // next entry of the chain, null at its end
   short severity;  // a SeverityLevel, 16 bits wide here
   Language language;
+  // Set by the table when it links the entry: the sum of the key's 4-byte
+  // groups folded to 16 bits. A lookup compares it before the strings, so
+  // that walking past the other keys of a chain reads no string. It sits in
+  // what would be padding, beside `next`, and depends on the key alone.
+  std::uint16_t keyCheck;
   const char* nameSpace;
   const char* identifier;
   const char* text;

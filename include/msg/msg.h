@@ -3,6 +3,7 @@
 #ifndef MSG_MSG_H_
 #define MSG_MSG_H_
 
+#include "msg/ErrorInMessageDocument.h"
 #include "msg/FormattingMessageChannel.h"
 #include "msg/Language.h"
 #include "msg/LanguageList.h"
@@ -11,6 +12,7 @@
 #include "msg/MessageChannel.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
+#include "msg/MessageHandlerX.h"
 #include "msg/SeverityLevel.h"
 #include "msg/XercesXMLException.h"
 #include "msg/structured_exception.h"

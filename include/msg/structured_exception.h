@@ -49,8 +49,12 @@ class MSG_EXPORT structured_exception : public std::exception {
   // The diagnostic text given at construction.
   const char* what() const noexcept override;
 
-  // The catalogue text of the key, arguments substituted in order. The
-  // pointer stays valid for the rest of the process; free nothing.
+  // The catalogue text of the key, looked up now through
+  // msg::MessageHandlerX::object() (which stacks the document handler on
+  // first use), arguments substituted in order. An unknown key gives the
+  // not-found text with its placeholders unfilled; if no acceptable language
+  // has even that, the result is "" (never null). The pointer stays valid for
+  // the rest of the process; free nothing.
   virtual const char* getMessageText() const;
 
   // System exception code and fault address; 0 unless translated from a fault.

@@ -1,0 +1,160 @@
+// Fuzzes FormattingMessageChannel: arbitrary header formats, keys and texts
+// under arbitrary margins and indents (negative ones and values outside the
+// documented limits included).
+//
+// Checked for every message:
+//  - onMessageLine() comes at least once, with the flags of first and last
+//    line in the documented order;
+//  - no line is longer than the clamped right margin allows, and each starts
+//    with its margin fill of blanks;
+//  - no character is lost: the lines, without their fill, put back together
+//    give the expanded format, where only a blank may vanish at a line break
+//    (the blank at which the line was broken).
+// AddressSanitizer watches the line buffer itself.
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "msg/FormattingMessageChannel.h"
+#include "msg/Message.h"
+
+namespace {
+
+void fail(const char* what, const std::string& detail) {
+  std::fprintf(stderr, "layout check failed: %s\n%s\n", what, detail.c_str());
+  std::abort();
+}
+
+struct Line {
+  bool first;
+  bool last;
+  std::string text;
+};
+
+class RecordingChannel : public msg::FormattingMessageChannel {
+ public:
+  void onMessageLine(bool firstLine, bool lastLine, const char* line) override {
+    lines.push_back({firstLine, lastLine, line});
+  }
+  std::vector<Line> lines;
+};
+
+// What the format gives for `message`, before any layout.
+std::string expandFormat(const char* format, const msg::Message& message) {
+  auto orEmpty = [](const char* s) { return std::string(s == nullptr ? "" : s); };
+  std::string out;
+  for (const char* p = format; *p != '\0'; ++p) {
+    if (*p == '&' && p[1] == 'n') {
+      out += orEmpty(message.getNamespace());
+    } else if (*p == '&' && p[1] == 'i') {
+      out += orEmpty(message.getIdentifier());
+    } else if (*p == '&' && p[1] == 't') {
+      out += orEmpty(message.getMessage());
+    } else {
+      out += *p;
+      continue;
+    }
+    ++p;
+  }
+  return out;
+}
+
+int pickSetting(FuzzedDataProvider& data, int low, int high) {
+  switch (data.ConsumeIntegralInRange(0, 15)) {
+    case 0:
+      return INT_MIN;
+    case 1:
+      return INT_MAX;
+    case 2:
+      return data.ConsumeIntegral<int>();
+    default:
+      return data.ConsumeIntegralInRange(low, high);
+  }
+}
+
+void checkLayout(const RecordingChannel& channel, const std::string& expected, int leftMargin,
+                 int rightMargin, int indent) {
+  const int right = std::max(rightMargin, 0);
+  const int left = std::min(std::max(leftMargin, 0), right);
+  const long long start = std::min<long long>(
+      std::max<long long>(static_cast<long long>(indent) + left, 0), right);
+  const std::vector<Line>& lines = channel.lines;
+  if (lines.empty()) {
+    fail("no line", expected);
+  }
+
+  // Positions in `expected` that the text read so far can have reached.
+  std::set<std::size_t> positions = {0};
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const Line& line = lines[i];
+    if (line.first != (i == 0) || line.last != (i + 1 == lines.size())) {
+      fail("flags out of order", "line " + std::to_string(i) + ": " + line.text);
+    }
+    if (line.text.size() > static_cast<std::size_t>(right) + 1) {
+      fail("line too long", line.text);
+    }
+    const std::size_t fill = static_cast<std::size_t>(i == 0 ? start : left);
+    if (line.text.size() < fill || line.text.find_first_not_of(' ') < fill) {
+      fail("margin fill missing", line.text);
+    }
+    const std::string content = line.text.substr(fill);
+    std::set<std::size_t> next;
+    for (std::size_t at : positions) {
+      // A break may have dropped the blank in front of this line.
+      if (i > 0 && at < expected.size() && expected[at] == ' ' &&
+          expected.compare(at + 1, content.size(), content) == 0) {
+        next.insert(at + 1 + content.size());
+      }
+      if (expected.compare(at, content.size(), content) == 0) {
+        next.insert(at + content.size());
+      }
+    }
+    if (next.empty()) {
+      fail("line does not continue the text", "line: \"" + line.text + "\"\ntext: \"" + expected + "\"");
+    }
+    positions.swap(next);
+  }
+  if (positions.count(expected.size()) == 0) {
+    fail("characters lost", expected);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  FuzzedDataProvider data(bytes, size);
+  const int rightMargin = pickSetting(data, -2, 80);
+  // The line buffer follows the right margin; keep it to a sane size.
+  if (rightMargin > 4096) {
+    return 0;
+  }
+  const int leftMargin = pickSetting(data, -2, std::max(rightMargin, 0) + 2);
+  const int indent = pickSetting(data, -100, 100);
+  const std::string nameSpace = data.ConsumeRandomLengthString(40);
+  const std::string identifier = data.ConsumeRandomLengthString(40);
+  const bool defaultFormat = data.ConsumeBool();
+  const std::string format = data.ConsumeRandomLengthString(80);
+  const std::string text = data.ConsumeRemainingBytesAsString();
+
+  msg::Message message(nameSpace.c_str(), identifier.c_str(), msg::error, msg::Language("en"),
+                       text.c_str());
+  RecordingChannel channel;
+  channel.setRightMargin(rightMargin);
+  channel.setLeftMargin(leftMargin);
+  channel.setIndent(indent);
+  if (!defaultFormat) {
+    channel.setTextHeaderFormat(format.c_str());
+  }
+  channel.onMessage(message);
+  checkLayout(channel, expandFormat(channel.getTextHeaderFormat(), message), leftMargin,
+              rightMargin, indent);
+  return 0;
+}

@@ -1,0 +1,336 @@
+// Loads one bad (or merely unusual) input through
+// MessageHandlerX::loadMessageDocument and reports what happened.
+//
+//   bad_input_probe <case>     run one case; exit 0 if it ends as expected
+//   bad_input_probe --list     the case names, one a line
+//
+// Each case makes its input at run time in a scratch folder (a copy of the
+// schema beside it). Before the bad load the process-wide document handler
+// loads a small document: the two "msgx" report texts and three entries.
+// Printed on one line, as key=value pairs: the outcome (loaded, "msgx"
+// report and ErrorInMessageDocument, or another exception), the report
+// written, the time of the load, the peak resident memory of the process
+// before and after it, and whether the three entries are still found with
+// their texts. A crash or a hang shows from outside (exit status, timeout).
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "message_core/MessageTable.h"
+#include "msg/msg.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char kRoot[] =
+    "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
+    "    xmlns:xi=\"http://www.w3.org/2001/XInclude\"\n"
+    "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n";
+const char kUtf8Declaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+// A document with `body` under MessageCollection.
+std::string document(const std::string& body) {
+  return std::string(kUtf8Declaration) + kRoot + body + "</MessageCollection>\n";
+}
+
+std::string message(const std::string& id, const std::string& text) {
+  return "<Message id=\"" + id + "\"><Text xml:lang=\"en\">" + text + "</Text></Message>\n";
+}
+
+const char* const kKeptIds[] = {"first", "second", "third"};
+
+std::string keptText(const char* id) {
+  return std::string("kept ") + id;
+}
+
+// The document loaded before every case.
+std::string baseDocument() {
+  std::string body =
+      "<MessageNamespace name=\"msgx\">\n" +
+      message("MessageDocumentError", "Cannot load &amp;0.") +
+      message("NoMessageCollection", "No catalogue in &amp;0.") + "</MessageNamespace>\n" +
+      "<MessageNamespace name=\"kept\">\n";
+  for (const char* id : kKeptIds) {
+    body += message(id, keptText(id));
+  }
+  return document(body + "</MessageNamespace>\n");
+}
+
+void writeFile(const fs::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// What a case expects of the load.
+enum class Outcome : std::uint8_t { loaded, documentError, noCollection };
+
+struct Case {
+  const char* name;
+  Outcome expected;
+  // Makes the input in `dir` and returns the path to load.
+  std::function<fs::path(const fs::path& dir)> make;
+};
+
+fs::path writeInput(const fs::path& dir, const std::string& bytes) {
+  writeFile(dir / "input.xml", bytes);
+  return dir / "input.xml";
+}
+
+// A valid document of `count` messages, written piece by piece so the probe
+// itself never holds it; texts of about `textBytes` bytes.
+fs::path writeLarge(const fs::path& dir, int count, std::size_t textBytes) {
+  std::ofstream out(dir / "input.xml", std::ios::binary);
+  out << kUtf8Declaration << kRoot << "<MessageNamespace name=\"large\">\n";
+  const std::string filler(textBytes, 'x');
+  for (int i = 0; i < count; ++i) {
+    out << message("m" + std::to_string(i), "Text &amp;0 of message " + std::to_string(i) + filler);
+  }
+  out << "</MessageNamespace>\n</MessageCollection>\n";
+  return dir / "input.xml";
+}
+
+std::string utf16le(const std::string& ascii) {
+  std::string out = "\xFF\xFE";
+  for (char c : ascii) {
+    out += c;
+    out += '\0';
+  }
+  return out;
+}
+
+std::vector<Case> cases() {
+  const std::string valid = document("<MessageNamespace name=\"case\">\n" +
+                                     message("fine", "a fine text") + "</MessageNamespace>\n");
+  return {
+      {"missing_file", Outcome::documentError, [](const fs::path& dir) { return dir / "absent.xml"; }},
+      {"folder", Outcome::documentError, [](const fs::path& dir) { return dir; }},
+      {"empty_file", Outcome::documentError, [](const fs::path& dir) { return writeInput(dir, ""); }},
+      {"bom_only", Outcome::documentError,
+       [](const fs::path& dir) { return writeInput(dir, "\xEF\xBB\xBF"); }},
+      {"binary_garbage", Outcome::documentError,
+       [](const fs::path& dir) {
+         std::mt19937 random(20240611);
+         std::string bytes(4096, '\0');
+         for (char& c : bytes) {
+           c = static_cast<char>(random() & 0xFF);
+         }
+         return writeInput(dir, bytes);
+       }},
+      {"utf16_declared", Outcome::loaded,
+       [](const fs::path& dir) {
+         // "&#xFC;" keeps the source ASCII; the parser sees a UTF-16 file.
+         return writeInput(dir, utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + std::string(kRoot) +
+                                        "<MessageNamespace name=\"case\">" +
+                                        message("fine", "Gr&#xFC;&#xDF;e") +
+                                        "</MessageNamespace></MessageCollection>\n"));
+       }},
+      {"latin1_declared", Outcome::loaded,
+       [](const fs::path& dir) {
+         return writeInput(dir, "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n" +
+                                    std::string(kRoot) + "<MessageNamespace name=\"case\">" +
+                                    message("fine", "Gr\xFC\xDF" "e") +
+                                    "</MessageNamespace></MessageCollection>\n");
+       }},
+      {"broken_first_byte", Outcome::documentError,
+       [valid](const fs::path& dir) { return writeInput(dir, "!" + valid.substr(1)); }},
+      {"broken_last_byte", Outcome::documentError,
+       [valid](const fs::path& dir) {
+         std::string bytes = valid.substr(0, valid.size() - 1);  // without the final line feed
+         bytes.back() = '!';                                      // "</MessageCollection!"
+         return writeInput(dir, bytes);
+       }},
+      {"schema_invalid", Outcome::documentError,
+       [](const fs::path& dir) {
+         return writeInput(dir, document("<MessageNamespace name=\"case\"><Message id=\"x\">"
+                                         "<Text lang=\"de\">lang without xml:</Text>"
+                                         "</Message></MessageNamespace>\n"));
+       }},
+      {"schema_missing", Outcome::documentError,
+       [valid](const fs::path& dir) {
+         std::string bytes = valid;
+         bytes.replace(bytes.find("messages.xsd"), 12, "nowhere.xsd");
+         return writeInput(dir, bytes);
+       }},
+      {"include_missing_part", Outcome::documentError,
+       [](const fs::path& dir) {
+         return writeInput(dir, document("<xi:include href=\"absent-part.xml\"/>\n"));
+       }},
+      {"include_itself", Outcome::documentError,
+       [](const fs::path& dir) {
+         return writeInput(dir, document("<xi:include href=\"input.xml\"/>\n"));
+       }},
+      {"include_each_other", Outcome::documentError,
+       [](const fs::path& dir) {
+         writeFile(dir / "other.xml",
+                   std::string(kUtf8Declaration) +
+                       "<MessageNamespace xmlns:xi=\"http://www.w3.org/2001/XInclude\" name=\"o\">"
+                       "<xi:include href=\"input.xml\"/></MessageNamespace>\n");
+         return writeInput(dir, document("<xi:include href=\"other.xml\"/>\n"));
+       }},
+      {"large_50mb_200k_messages", Outcome::loaded,
+       [](const fs::path& dir) { return writeLarge(dir, 200000, 200); }},
+      {"nested_100k_elements", Outcome::loaded,
+       [](const fs::path& dir) {
+         std::string deep;
+         for (int i = 0; i < 100000; ++i) {
+           deep += "<Deep>";
+         }
+         for (int i = 0; i < 100000; ++i) {
+           deep += "</Deep>";
+         }
+         return writeInput(dir, document("<MessageNamespace name=\"case\">" +
+                                         message("fine", "before the depth") +
+                                         "</MessageNamespace>\n" + deep + "\n"));
+       }},
+      {"entity_expansion_bomb", Outcome::documentError,
+       [](const fs::path& dir) {
+         std::string dtd = "<!DOCTYPE MessageCollection [\n<!ENTITY e0 \"lol\">\n";
+         for (int i = 1; i <= 9; ++i) {
+           dtd += "<!ENTITY e" + std::to_string(i) + " \"";
+           for (int k = 0; k < 10; ++k) {
+             dtd += "&e" + std::to_string(i - 1) + ";";
+           }
+           dtd += "\">\n";
+         }
+         dtd += "]>\n";
+         return writeInput(dir, kUtf8Declaration + dtd + kRoot +
+                                    "<MessageNamespace name=\"case\">" + message("bomb", "&e9;") +
+                                    "</MessageNamespace></MessageCollection>\n");
+       }},
+      {"external_entity_local_file", Outcome::loaded,
+       [](const fs::path& dir) {
+         writeFile(dir / "secret.txt", "contents of a local file");
+         return writeInput(dir, std::string(kUtf8Declaration) +
+                                    "<!DOCTYPE MessageCollection [\n"
+                                    "<!ENTITY secret SYSTEM \"secret.txt\">\n]>\n" +
+                                    kRoot + "<MessageNamespace name=\"case\">" +
+                                    message("leak", "&secret;") +
+                                    "</MessageNamespace></MessageCollection>\n");
+       }},
+      {"text_1mb", Outcome::loaded,
+       [](const fs::path& dir) {
+         return writeInput(dir, document("<MessageNamespace name=\"case\">" +
+                                         message("long", std::string(1 << 20, 'y')) +
+                                         "</MessageNamespace>\n"));
+       }},
+  };
+}
+
+// Keeps the lines the handler writes.
+class RecordingChannel : public msg::MessageChannel {
+ public:
+  void onMessage(const msg::Message& message) override {
+    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier() + ": " +
+                    (message.getMessage() != nullptr ? message.getMessage() : ""));
+  }
+  std::vector<std::string> lines;
+};
+
+struct TableAccess : msg::MessageHandler {
+  static std::uint32_t entryCount(const msg::MessageHandler& handler) {
+    return messageTableOf(handler)->getCount();
+  }
+};
+
+long peakResidentKb() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+bool keptEntriesFound(const msg::MessageHandler& handler) {
+  for (const char* id : kKeptIds) {
+    std::unique_ptr<msg::Message> found(handler.getMessage("kept", id));
+    if (found == nullptr || keptText(id) != found->getText()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+int run(const Case& probe) {
+  const fs::path dir = fs::temp_directory_path() / ("msg-bad-input-" + std::to_string(getpid()));
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", dir / "messages.xsd");
+  writeFile(dir / "base.xml", baseDocument());
+
+  msg::MessageHandlerX* handler = msg::MessageHandlerX::object();
+  RecordingChannel* channel = new RecordingChannel();
+  handler->setMessageChannel(channel, true);
+  handler->loadMessageDocument((dir / "base.xml").c_str());
+  const fs::path input = probe.make(dir);
+  const std::uint32_t entriesBefore = TableAccess::entryCount(*handler);
+  const long peakBefore = peakResidentKb();
+
+  std::string outcome;
+  Outcome seen = Outcome::documentError;
+  const auto start = std::chrono::steady_clock::now();
+  try {
+    handler->loadMessageDocument(input.c_str());
+    seen = Outcome::loaded;
+    outcome = "loaded";
+  } catch (const msg::ErrorInMessageDocument& error) {
+    outcome = std::string("ErrorInMessageDocument \"") + error.getText() + "\"";
+    if (std::strncmp(error.getText(), "No MessageCollection", 20) == 0) {
+      seen = Outcome::noCollection;
+    }
+  } catch (const std::exception& error) {
+    outcome = std::string("other exception: ") + error.what();
+  } catch (...) {
+    outcome = "other exception of an unknown type";
+  }
+  const double milliseconds =
+      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+  const bool kept = keptEntriesFound(*handler);
+  const bool asExpected = outcome.rfind("other", 0) != 0 && seen == probe.expected && kept;
+
+  std::printf("case=%s outcome=%s new_entries=%ld report=\"%s\" time_ms=%.1f peak_kb_before=%ld "
+              "peak_kb_after=%ld kept_entries_found=%s\n",
+              probe.name, outcome.c_str(),
+              static_cast<long>(TableAccess::entryCount(*handler)) - static_cast<long>(entriesBefore),
+              channel->lines.empty() ? "" : channel->lines.back().c_str(), milliseconds, peakBefore,
+              peakResidentKb(), kept ? "yes" : "no");
+  if (seen == Outcome::loaded) {
+    std::unique_ptr<msg::Message> sample(handler->getMessage("case", "leak"));
+    if (sample != nullptr) {
+      std::printf("  text of case:leak: \"%s\"\n", sample->getText());
+    }
+    sample.reset(handler->getMessage("case", "fine"));
+    if (sample != nullptr) {
+      std::printf("  text of case:fine: \"%s\"\n", sample->getText());
+    }
+  }
+  fs::remove_all(dir);
+  return asExpected ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: %s <case> | --list\n", argv[0]);
+    return 2;
+  }
+  for (const Case& probe : cases()) {
+    if (std::strcmp(argv[1], "--list") == 0) {
+      std::printf("%s\n", probe.name);
+    } else if (std::strcmp(argv[1], probe.name) == 0) {
+      return run(probe);
+    }
+  }
+  return std::strcmp(argv[1], "--list") == 0 ? 0 : 2;
+}

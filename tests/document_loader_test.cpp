@@ -1,0 +1,203 @@
+// Loading message documents into a MessageHandlerX of the test's own: the
+// rules of the format, bad input, the XML system and the encoding of texts.
+// Nothing here stacks the process-wide handler.
+
+#include <clocale>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "msg/ErrorInMessageDocument.h"
+#include "msg/MTE.h"
+#include "msg/Message.h"
+#include "msg/MessageChannel.h"
+#include "msg/MessageExceptions.h"
+#include "msg/MessageHandlerX.h"
+#include "xml_access/XMLSystem.h"
+
+namespace {
+
+std::string documentPath(const std::string& name) {
+  return std::string(MSG_TEST_DATA_DIR) + "/documents/" + name;
+}
+
+// The text `handler` picks for a key; "<none>" if no entry is acceptable.
+std::string textOf(const msg::MessageHandler& handler, const char* nameSpace, const char* id) {
+  std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
+  if (record == nullptr) {
+    return "<none>";
+  }
+  return record->getText() != nullptr ? record->getText() : "";
+}
+
+// Keeps each message written through it as "namespace:identifier: text".
+class RecordingChannel : public msg::MessageChannel {
+ public:
+  std::vector<std::string> lines;
+
+ protected:
+  void onMessage(const msg::Message& message) override {
+    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier() + ": " +
+                    message.getMessage());
+  }
+};
+
+class DocumentLoaderTest : public ::testing::Test {
+ protected:
+  DocumentLoaderTest() { handler.setMessageChannel(&channel, false); }
+
+  msg::MessageHandlerX handler;
+  RecordingChannel channel;
+};
+
+TEST_F(DocumentLoaderTest, AppliesTheDefaultsAndPassesOverUnknownElements) {
+  handler.loadMessageDocument(documentPath("rules.xml").c_str());
+  EXPECT_TRUE(channel.lines.empty());
+
+  struct Expected {
+    const char* nameSpace;
+    const char* identifier;
+    const char* text;
+    msg::SeverityLevel severity;
+    const char* language;
+  } const expected[] = {
+      {"rules", "languages", "english", msg::info, "en"},
+      {"rules", "nolang", "without xml:lang", msg::warning, "en"},
+      {"rules", "british", "colour", msg::abort, "en-GB"},
+      {"rules", "empty", "", msg::info, "en"},
+      {"rules", "no-id", "second without id", msg::info, "en"},
+      {"rules", "capital", "capital", msg::error, "en"},
+      {"rules", "placeholders", "Copied &0 of &1 files.", msg::error, "en"},
+      {"no-ns", "anonymous", "no namespace name", msg::info, "en"},
+      {"included", "part", "from the included part", msg::warning, "en"},
+  };
+  for (const Expected& entry : expected) {
+    SCOPED_TRACE(std::string(entry.nameSpace) + ":" + entry.identifier);
+    std::unique_ptr<msg::Message> record(handler.getMessage(entry.nameSpace, entry.identifier));
+    ASSERT_NE(record, nullptr);
+    EXPECT_STREQ(record->getText() != nullptr ? record->getText() : "", entry.text);
+    EXPECT_EQ(record->getSeverityLevel(), entry.severity);
+    EXPECT_EQ(record->getLanguage(), msg::Language(entry.language));
+  }
+  EXPECT_EQ(textOf(handler, "rules", "hidden"), "<none>");
+  EXPECT_EQ(textOf(handler, "no-ns", "misplaced"), "<none>");
+
+  // The list [en] kept the German texts out of the table.
+  handler.setLanguageList(msg::LanguageList(msg::Language("de")));
+  EXPECT_EQ(textOf(handler, "rules", "languages"), "<none>");
+}
+
+TEST_F(DocumentLoaderTest, FiltersByTheListInForceAndTheLastTextWins) {
+  handler.setLanguageList(msg::LanguageList(msg::Language("de")));
+  new msg::MTE(msg::info, "de", "rules", "languages", "from code", &handler, false, true);
+  handler.loadMessageDocument(documentPath("rules.xml").c_str());
+
+  EXPECT_EQ(textOf(handler, "rules", "languages"), "zweiter");
+  EXPECT_EQ(textOf(handler, "included", "part"), "aus dem eingebundenen Teil");
+  EXPECT_EQ(textOf(handler, "rules", "nolang"), "<none>");  // English by default
+
+  // A later list brings back nothing that the load dropped.
+  handler.setLanguageList(msg::LanguageList(msg::Language("en")));
+  EXPECT_EQ(textOf(handler, "rules", "languages"), "<none>");
+}
+
+// Each bad input: the report, the exception, and a table that holds what an
+// earlier load put there and nothing of the failed document.
+struct BadInput {
+  const char* file;
+  bool noCollection;  // false: the document cannot be parsed or validated
+  const char* namespaceOfTheDocument;
+};
+
+// Names the case in test output (the raw bytes would include padding).
+void PrintTo(const BadInput& input, std::ostream* out) {
+  *out << (*input.file != '\0' ? input.file : "<the folder>");
+}
+
+class BadDocumentTest : public DocumentLoaderTest, public ::testing::WithParamInterface<BadInput> {
+ protected:
+  BadDocumentTest() {
+    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
+                 false, true);
+    new msg::MTE(msg::error, "en", "msgx", "NoMessageCollection", "No catalogue in &0.", &handler,
+                 false, true);
+    handler.loadMessageDocument(documentPath("base.xml").c_str());
+  }
+};
+
+TEST_P(BadDocumentTest, IsReportedRejectedAndLeavesTheTableAsItWas) {
+  const std::string path = documentPath(GetParam().file);
+  std::string thrown = "<nothing thrown>";
+  try {
+    handler.loadMessageDocument(path.c_str());
+  } catch (const msg::ErrorInMessageDocument& failure) {
+    thrown = failure.getText();
+  }
+  if (GetParam().noCollection) {
+    EXPECT_EQ(thrown, "No MessageCollection element found in document");
+    EXPECT_EQ(channel.lines,
+              std::vector<std::string>{"msgx:NoMessageCollection: No catalogue in " + path + "."});
+  } else {
+    EXPECT_EQ(thrown, "Message document \"" + path + "\" contains syntactical error.");
+    EXPECT_EQ(channel.lines,
+              std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
+  }
+  EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
+  if (GetParam().namespaceOfTheDocument != nullptr) {
+    EXPECT_EQ(textOf(handler, GetParam().namespaceOfTheDocument, "first"), "<none>");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryKind, BadDocumentTest,
+                         ::testing::Values(BadInput{"no_such_document.xml", false, nullptr},
+                                           BadInput{"", false, nullptr},  // the folder itself
+                                           BadInput{"empty.xml", false, nullptr},
+                                           BadInput{"garbage.bin", false, nullptr},
+                                           BadInput{"not_well_formed.xml", false, "broken"},
+                                           BadInput{"schema_invalid.xml", false, "invalid"},
+                                           BadInput{"no_schema.xml", false, "noschema"},
+                                           BadInput{"missing_part.xml", false, "missing"},
+                                           BadInput{"no_collection.xml", true, "lonely"}));
+
+TEST(DocumentLoaderReportTest, WithoutAnyTextForTheReportMessageNotFoundLeaves) {
+  // A handler of its own has no parent, so no not-found text to report with.
+  msg::MessageHandlerX handler;
+  EXPECT_THROW(handler.loadMessageDocument(documentPath("no_such_document.xml").c_str()),
+               msg::MessageNotFound);
+}
+
+TEST(DocumentLoaderSystemTest, EachHandlerIsOneStartAndTextsArriveWhole) {
+  // "Schlüssel für Größe: 5 €" in UTF-8. Xerces-C's local code page (ICU on
+  // Debian) is UTF-8 under the plain C locale as well as under a UTF-8 one.
+  const std::string utf8 =
+      "Schl\xC3\xBC"
+      "ssel f\xC3\xBC"
+      "r Gr\xC3\xB6\xC3\x9F"
+      "e: 5 \xE2\x82\xAC";
+  ASSERT_FALSE(XercesXML::isSystemInitialized());
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    SCOPED_TRACE(locale);
+    ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr);
+    {
+      msg::MessageHandlerX first;
+      { msg::MessageHandlerX second; }
+      EXPECT_TRUE(XercesXML::isSystemInitialized());
+      first.setLanguageList(msg::LanguageList(msg::Language("de")));
+      first.loadMessageDocument(documentPath("umlauts.xml").c_str());
+      EXPECT_EQ(textOf(first, "encoding", "umlauts"), utf8);
+    }
+    EXPECT_FALSE(XercesXML::isSystemInitialized());
+  }
+  std::setlocale(LC_ALL, "C");
+
+  // A handler joins a running system with the encoding in force.
+  XercesXML::initializeSystem(XercesXML::UTF8);
+  { msg::MessageHandlerX handler; }
+  EXPECT_EQ(XercesXML::getOutputEncoding(), XercesXML::UTF8);
+  XercesXML::terminateSystem();
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+#!/usr/bin/env python3
+"""Prints the table of a benchmark run: medians per contender and msg/peer ratios.
+
+Usage: bench_report.py RESULTS.json [--markdown]
+
+RESULTS.json is Google Benchmark's JSON output of msg_bench run with
+repetitions (the median aggregates are read). Benchmarks are named
+"<workload>/<contender>[/<argument>]", e.g. "W1_lookup/gettext". Ratios are
+msg's median over each peer's median in the same run, CPU time. The
+targets of the workloads are checked and marked.
+"""
+
+import json
+import sys
+
+# (workload, peer, highest acceptable msg/peer ratio)
+TARGETS = [
+    ("W1_lookup", "gettext", 0.8),
+    ("W1_lookup", "icu", 0.5),
+    ("W2_render", "gettext+snprintf", 0.8),
+    ("W2_render", "icu_cached_pattern", 0.3),
+    ("W3_load", "xerces_bare", 1.15),
+]
+
+# Highest acceptable heap allocations per warm write.
+WRITE_TARGETS = {"msg_null_channel": 0, "msg_formatting_channel": 1}
+
+# Counters worth a column, in this order.
+COUNTERS = [
+    "allocs_per_op",
+    "allocs_per_write",
+    "walked_per_lookup",
+    "mean_chain",
+    "longest_chain",
+    "buckets",
+    "entries",
+    "heap_bytes_per_entry",
+    "texts",
+]
+
+UNIT_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def load_medians(path):
+    with open(path) as f:
+        data = json.load(f)
+    medians = {}
+    for bench in data["benchmarks"]:
+        if bench.get("run_type") == "aggregate" and bench.get("aggregate_name") != "median":
+            continue
+        if bench.get("error_occurred"):
+            medians[bench["run_name"]] = {"error": bench.get("error_message", "error")}
+            continue
+        name = bench["run_name"]
+        # Without repetitions there are no aggregates; take the single run.
+        if bench.get("run_type") != "aggregate" and name in medians:
+            continue
+        scale = UNIT_NS[bench.get("time_unit", "ns")]
+        medians[name] = {
+            "cpu_ns": bench["cpu_time"] * scale,
+            "real_ns": bench["real_time"] * scale,
+            "counters": {c: bench[c] for c in COUNTERS if c in bench},
+        }
+    return data.get("context", {}), medians
+
+
+def split(name):
+    # "W3_load/gettext_ready/iterations:200" -> ("W3_load", "gettext_ready", "")
+    parts = [p for p in name.split("/") if not p.startswith(("iterations:", "repeats:"))]
+    workload, contender = parts[0], parts[1] if len(parts) > 1 else ""
+    argument = "/".join(parts[2:])
+    return workload, contender, argument
+
+
+def format_time(ns):
+    if ns >= 1e6:
+        return f"{ns / 1e6:.1f} ms"
+    if ns >= 1e3:
+        return f"{ns / 1e3:.2f} us"
+    return f"{ns:.0f} ns"
+
+
+def format_counter(value):
+    if value == int(value):
+        return f"{int(value)}"
+    return f"{value:.2f}" if value < 100 else f"{value:.0f}"
+
+
+def main():
+    if len(sys.argv) < 2:
+        print(__doc__)
+        return 2
+    markdown = "--markdown" in sys.argv[2:]
+    context, medians = load_medians(sys.argv[1])
+
+    rows = []
+    for name, result in medians.items():
+        workload, contender, argument = split(name)
+        contender = contender + (f" ({argument})" if argument else "")
+        if "error" in result:
+            rows.append((workload, contender, "skipped: " + result["error"], "", ""))
+            continue
+        msg = medians.get(f"{workload}/msg")
+        ratio = ""
+        if not contender.startswith("msg") and msg and "cpu_ns" in msg:
+            ratio = f"{msg['cpu_ns'] / result['cpu_ns']:.2f}"
+        counters = ", ".join(
+            f"{c}={format_counter(v)}" for c, v in result["counters"].items()
+        )
+        rows.append((workload, contender, format_time(result["cpu_ns"]), ratio, counters))
+
+    header = ("workload", "contender", "median CPU time", "msg/peer", "counters")
+    if markdown:
+        print("| " + " | ".join(header) + " |")
+        print("|" + "---|" * len(header))
+        for row in rows:
+            print("| " + " | ".join(row) + " |")
+    else:
+        widths = [max(len(str(r[i])) for r in rows + [header]) for i in range(len(header))]
+        for row in [header] + rows:
+            print("  ".join(str(v).ljust(w) for v, w in zip(row, widths)).rstrip())
+
+    print()
+    print("Targets (msg/peer, median CPU time, same run):")
+    missed = 0
+    for workload, peer, limit in TARGETS:
+        msg = medians.get(f"{workload}/msg", {})
+        other = medians.get(f"{workload}/{peer}", {})
+        if "cpu_ns" not in msg or "cpu_ns" not in other:
+            print(f"  {workload}: msg/{peer} <= {limit}: not measured")
+            continue
+        ratio = msg["cpu_ns"] / other["cpu_ns"]
+        verdict = "met" if ratio <= limit else "MISSED"
+        missed += verdict != "met"
+        print(f"  {workload}: msg/{peer} = {ratio:.2f}, target <= {limit}: {verdict}")
+    for contender, limit in WRITE_TARGETS.items():
+        result = medians.get(f"W5_write/{contender}", {})
+        allocations = result.get("counters", {}).get("allocs_per_write")
+        if allocations is None:
+            print(f"  W5_write: {contender}: not measured")
+            continue
+        verdict = "met" if allocations <= limit else "MISSED"
+        missed += verdict != "met"
+        print(f"  W5_write: {contender}: {allocations:g} allocations per write, "
+              f"target <= {limit}: {verdict}")
+    if context:
+        print()
+        print(f"Run: {context.get('date', '?')} on {context.get('num_cpus', '?')} CPUs "
+              f"at {context.get('mhz_per_cpu', '?')} MHz, load average "
+              f"{', '.join(f'{x:.2f}' for x in context.get('load_avg', []))}")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
