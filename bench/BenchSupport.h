@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,8 +20,9 @@ namespace msg_bench {
 void setCatalogueDir(std::string dir);
 const std::string& catalogueDir();
 
-// Length of every key sequence: more lookups than fit a small cache line
-// budget, so the workloads do not replay a handful of keys.
+// Length of every key sequence (a power of two, so a cursor wraps with a
+// mask): long enough that no workload replays a few keys whose data stay in
+// the cache.
 inline constexpr std::size_t kSequenceLength = 1 << 16;
 
 // The entries of the standard catalogue and its key sequence, made once.

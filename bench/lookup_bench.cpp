@@ -44,8 +44,9 @@ void lookupMsg(benchmark::State& state, msg::MessageHandler& handler,
 
 void W1Msg(benchmark::State& state) {
   msg::MessageHandler& handler = standardHandler();
+  static const ChainStatistics chains = chainStatistics(handler, standardSequence());
   lookupMsg(state, handler, standardSequenceKeys());
-  reportChains(state, chainStatistics(handler, standardSequence()));
+  reportChains(state, chains);
 }
 BENCHMARK(W1Msg)->Name("W1_lookup/msg");
 

@@ -91,15 +91,6 @@ void faultAgain(unsigned int, EXCEPTION_POINTERS*) {
   EXPECT_EXIT(statement, ::testing::KilledBySignal(signal), "")
 #endif
 
-class FaultTranslationDeathTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const rlimit noCoreFile{0, 0};  // the dying children write none
-    setrlimit(RLIMIT_CORE, &noCoreFile);
-  }
-};
-
 // A key exception whose text and argument strings are overwritten once it is made.
 std::unique_ptr<structured_exception> makeWithThreeArguments(bool copyArguments) {
   std::string first = "one", third = "three", text = "diagnostic text";
@@ -229,7 +220,10 @@ TEST(FaultTranslationTest, TranslatorOfAnotherThreadCatchesItsOwnFaults) {
   EXPECT_EQ(exception->getExceptionCode(), 0xC0000094u);
 }
 
-TEST_F(FaultTranslationDeathTest, UntranslatedFaultsEndTheProcess) {
+TEST(FaultTranslationDeathTest, UntranslatedFaultsEndTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const rlimit noCoreFile{0, 0};  // the dying children write none
+  setrlimit(RLIMIT_CORE, &noCoreFile);
   // A thread without a translator.
   EXPECT_UNTRANSLATED_DEATH(std::thread(readNull).join(), SIGSEGV, "SEGV");
   EXPECT_UNTRANSLATED_DEATH(std::thread(divideByZero).join(), SIGFPE, "FPE");

@@ -10,22 +10,25 @@
 #include <utility>
 
 #include "msg/Message.h"
-#include "msg/MessageHandler.h"
 
 namespace msg {
 namespace {
 
 // Keeps the lines of each message joined by '/' and closed by '\n'. A first
 // line flag out of place shows as '!'; a wrong last line flag shows as a
-// missing or a misplaced '\n'.
+// missing or a misplaced '\n'. Can refuse a line by throwing.
 class RecordingChannel : public FormattingMessageChannel {
  public:
   void onMessageLine(bool firstLine, bool lastLine, const char* line) override {
+    if (std::exchange(refuseNextLine, false)) {
+      throw std::runtime_error("line refused");
+    }
     out += firstLine == (out.empty() || out.back() == '\n') ? "" : "!";
     out += line;
     out += lastLine ? "\n" : "/";
   }
   std::string out;
+  bool refuseNextLine = false;
 };
 
 TEST(FormattingChannelTest, WrapsBetweenTheMargins) {
@@ -73,16 +76,7 @@ TEST(FormattingChannelTest, WrapsBetweenTheMargins) {
   }
 }
 
-TEST(FormattingChannelTest, HandlerHandsSubstitutedRecordsAndLinesGoToStandardError) {
-  RecordingChannel recording;
-  recording.setTextHeaderFormat("&n:&i> &t");
-  MessageHandler handler;
-  handler.setMessageChannel(&recording, false);
-  Message message("app", nullptr, info, "en", "Hello &0");
-  handler.writeMessage1(message, "world");
-  EXPECT_EQ(recording.out, "app:> Hello world\n");
-  handler.setMessageChannel(nullptr, false);
-
+TEST(FormattingChannelTest, LinesGoToStandardErrorByDefault) {
   FormattingMessageChannel channel;
   channel.setRightMargin(4);
   channel.setTextHeaderFormat("&t");
@@ -94,17 +88,10 @@ TEST(FormattingChannelTest, HandlerHandsSubstitutedRecordsAndLinesGoToStandardEr
 }
 
 TEST(FormattingChannelTest, ExceptionFromALineLeavesTheChannelUsable) {
-  struct Throwing : RecordingChannel {
-    void onMessageLine(bool firstLine, bool lastLine, const char* line) override {
-      if (std::exchange(throwNext, false)) {
-        throw std::runtime_error("line refused");
-      }
-      RecordingChannel::onMessageLine(firstLine, lastLine, line);
-    }
-    bool throwNext = true;
-  } channel;
+  RecordingChannel channel;
   channel.setRightMargin(3);
   channel.setTextHeaderFormat("&t");
+  channel.refuseNextLine = true;
   Message message("N", "id", info, "en", "abcdefgh");
   EXPECT_THROW(channel.onMessage(message), std::runtime_error);
   channel.onMessage(message);

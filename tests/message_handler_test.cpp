@@ -131,14 +131,6 @@ TEST(MessageHandlerTest, ChildCopiesSettingsOnceAndFallsBackOnItsParent) {
   EXPECT_EQ(lookUp(child, "both"), "child's");     // the child's own entry wins
   EXPECT_EQ(lookUp(child, "hidden"), "parent's");  // not acceptable counts as absent
   EXPECT_EQ(lookUp(child, "nowhere"), "<none>");
-
-  EXPECT_EQ(parent.getMessageNotFound(), nullptr);
-  new MTE(error, "fr", "msg", "notfound", "&0:&1 manque", &parent, false, true);
-  EXPECT_EQ(parent.getMessageNotFound(), nullptr);  // no acceptable language
-  parent.setLanguageList(LanguageList(Language("fr-CA")));
-  std::unique_ptr<Message> notFound(parent.getMessageNotFound());
-  ASSERT_NE(notFound, nullptr);
-  EXPECT_STREQ(notFound->getMessage(), "&0:&1 manque");  // nothing filled in
 }
 
 TEST(MessageHandlerTest, WriteFamilyFillsPlaceholdersInOrderFromTheTextEachTime) {

@@ -49,9 +49,10 @@ def load_medians(path):
         if bench.get("run_type") == "aggregate" and bench.get("aggregate_name") != "median":
             continue
         if bench.get("error_occurred"):
-            medians[bench["run_name"]] = {"error": bench.get("error_message", "error")}
+            name = "/".join(part for part in split(bench["run_name"]) if part)
+            medians[name] = {"error": bench.get("error_message", "error")}
             continue
-        name = bench["run_name"]
+        name = "/".join(part for part in split(bench["run_name"]) if part)
         # Without repetitions there are no aggregates; take the single run.
         if bench.get("run_type") != "aggregate" and name in medians:
             continue
@@ -65,8 +66,10 @@ def load_medians(path):
 
 
 def split(name):
-    # "W3_load/gettext_ready/iterations:200" -> ("W3_load", "gettext_ready", "")
-    parts = [p for p in name.split("/") if not p.startswith(("iterations:", "repeats:"))]
+    # "W3_load/gettext_ready/iterations:200" -> ("W3_load", "gettext_ready", ""); the
+    # run settings in a name are not arguments.
+    parts = [p for p in name.split("/")
+             if not p.startswith(("iterations:", "repeats:", "min_time:"))]
     workload, contender = parts[0], parts[1] if len(parts) > 1 else ""
     argument = "/".join(parts[2:])
     return workload, contender, argument
@@ -93,8 +96,13 @@ def main():
     markdown = "--markdown" in sys.argv[2:]
     context, medians = load_medians(sys.argv[1])
 
+    def order(name):
+        workload, contender, argument = split(name)
+        number = int(argument) if argument.isdigit() else 0
+        return (workload, not contender.startswith("msg"), contender, number)
+
     rows = []
-    for name, result in medians.items():
+    for name, result in sorted(medians.items(), key=lambda item: order(item[0])):
         workload, contender, argument = split(name)
         contender = contender + (f" ({argument})" if argument else "")
         if "error" in result:

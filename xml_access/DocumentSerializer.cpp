@@ -1,5 +1,8 @@
 #include "xml_access/DocumentSerializer.h"
 
+#include <cstddef>
+#include <string>
+
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationLS.hpp>
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
@@ -43,6 +46,37 @@ class TranscodedName {
   XMLCh* text;
 };
 
+// The serialiser of Xerces-C recurses once per level of the tree, with no
+// limit of its own, so a deep enough document overflows the stack of the
+// calling thread (100,000 nested elements do on a main thread of 8 MiB).
+// Deeper documents are refused before it runs; message documents need five
+// levels.
+constexpr std::size_t kMaxSerializableDepth = 1000;
+
+// True if some node lies more than `limit` levels below `root`. Walks the
+// tree without recursion, and stops at the first node past the limit.
+bool deeperThan(const xercesc::DOMNode* root, std::size_t limit) {
+  std::size_t depth = 0;
+  const xercesc::DOMNode* node = root;
+  while (true) {
+    if (node->getFirstChild() != nullptr) {
+      node = node->getFirstChild();
+      if (++depth > limit) {
+        return true;
+      }
+      continue;
+    }
+    while (node != root && node->getNextSibling() == nullptr) {
+      node = node->getParentNode();
+      --depth;
+    }
+    if (node == root) {
+      return false;
+    }
+    node = node->getNextSibling();
+  }
+}
+
 }  // namespace
 
 void serializeDocument(const DOMNode& document, const std::string& fileName,
@@ -51,6 +85,10 @@ void serializeDocument(const DOMNode& document, const std::string& fileName,
   try {
     if (document.node == nullptr) {
       throw NullPointer("XercesXML - Access to DOM null pointer.");
+    }
+    if (deeperThan(document.node, kMaxSerializableDepth)) {
+      throw ParsingError("XercesXML - Document nested deeper than " +
+                         std::to_string(kMaxSerializableDepth) + " levels cannot be serialised.");
     }
     xercesc::DOMImplementation* implementation =
         xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave);

@@ -24,10 +24,12 @@ namespace XercesXML {
 // On failure nothing made here survives: a target already created is
 // deleted and `memoryTarget` is set to null, so a caller's guard on it never
 // deletes twice.
-// Raises NullPointer on a null handle; ParsingError if no DOM implementation
-// with Load and Save is registered, with "OutOfMemoryException" if Xerces-C
-// runs out of memory, and with the message of any Xerces-C XMLException (for
-// example a file that cannot be opened). A DOMException passes unchanged.
+// Raises NullPointer on a null handle; ParsingError for a tree more than
+// 1,000 levels deep (the serialiser recurses per level and would overflow
+// the stack), if no DOM implementation with Load and Save is registered,
+// with "OutOfMemoryException" if Xerces-C runs out of memory, and with the
+// message of any Xerces-C XMLException (for example a file that cannot be
+// opened). A DOMException passes unchanged.
 void serializeDocument(const DOMNode& document, const std::string& fileName,
                        xercesc::MemBufFormatTarget*& memoryTarget, const std::string& encoding);
 
