@@ -30,19 +30,21 @@ struct Language {
   // give the empty Language(), "d" gives 'd' 0 0 0, "de-" gives "de" with no
   // region and "de-A" gives 'd' 'e' 'A' 0.
   Language(const char* tag) : tagChars{0, 0, 0, 0} {  // NOLINT: implicit by design
-    if (tag == nullptr || tag[0] == '\0') {
+    if (tag == nullptr) {
       return;
     }
-    tagChars[0] = tag[0];
-    if (tag[1] == '\0') {
-      return;
+    // At most the first five characters matter; the copy stops at the
+    // terminator, so a short tag leaves zeros behind it.
+    char head[5] = {0, 0, 0, 0, 0};
+    for (int i = 0; i < 5 && tag[i] != '\0'; ++i) {
+      head[i] = tag[i];
     }
-    tagChars[1] = tag[1];
-    if (tag[2] != '-' || tag[3] == '\0') {
-      return;
+    tagChars[0] = head[0];
+    tagChars[1] = head[1];
+    if (head[2] == '-') {
+      tagChars[2] = head[3];
+      tagChars[3] = head[4];
     }
-    tagChars[2] = tag[3];
-    tagChars[3] = tag[4];  // tag[4] is at worst the terminator itself.
   }
 
   // True when all four bytes are equal.
