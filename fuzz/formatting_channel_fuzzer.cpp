@@ -84,8 +84,8 @@ void checkLayout(const RecordingChannel& channel, const std::string& expected, i
                  int rightMargin, int indent) {
   const int right = std::max(rightMargin, 0);
   const int left = std::min(std::max(leftMargin, 0), right);
-  const long long start = std::min<long long>(
-      std::max<long long>(static_cast<long long>(indent) + left, 0), right);
+  const long long start =
+      std::min<long long>(std::max<long long>(static_cast<long long>(indent) + left, 0), right);
   const std::vector<Line>& lines = channel.lines;
   if (lines.empty()) {
     fail("no line", expected);
@@ -118,7 +118,8 @@ void checkLayout(const RecordingChannel& channel, const std::string& expected, i
       }
     }
     if (next.empty()) {
-      fail("line does not continue the text", "line: \"" + line.text + "\"\ntext: \"" + expected + "\"");
+      fail("line does not continue the text",
+           "line: \"" + line.text + "\"\ntext: \"" + expected + "\"");
     }
     positions.swap(next);
   }

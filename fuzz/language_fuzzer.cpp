@@ -76,8 +76,8 @@ int distanceModel(const std::vector<msg::Language>& list, msg::Language language
 }
 
 std::string pickTag(FuzzedDataProvider& data) {
-  static const char* const kTags[] = {"de", "de-AT", "de-CH", "en", "en-GB", "en-US",
-                                      "fr", "d",     "de-",   "de-A", "",    "de-AT-1996"};
+  static const char* const kTags[] = {"de", "de-AT", "de-CH", "en",   "en-GB", "en-US",
+                                      "fr", "d",     "de-",   "de-A", "",      "de-AT-1996"};
   if (data.ConsumeIntegralInRange(0, 3) == 0) {
     return data.ConsumeRandomLengthString(8).c_str();
   }
@@ -204,11 +204,11 @@ void checkLookup(const msg::MessageHandler& child, const TableModel& childModel,
   if ((found == nullptr) != (expected == nullptr)) {
     fail("lookup found or missed wrongly", key);
   }
-  if (found != nullptr && (expected->text != found->getText() ||
-                           expected->language != found->getLanguage() ||
-                           found->getSeverityLevel() != msg::warning)) {
-    fail("lookup chose another entry", key + ": expected " + expected->text + ", got " +
-                                           found->getText());
+  if (found != nullptr &&
+      (expected->text != found->getText() || expected->language != found->getLanguage() ||
+       found->getSeverityLevel() != msg::warning)) {
+    fail("lookup chose another entry",
+         key + ": expected " + expected->text + ", got " + found->getText());
   }
 }
 
@@ -243,8 +243,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         addEntry(data, child, childModel, serial);
         break;
       default:
-        checkLookup(child, childModel, parentModel,
-                    kNamespaces[data.ConsumeIntegralInRange(0, 3)],
+        checkLookup(child, childModel, parentModel, kNamespaces[data.ConsumeIntegralInRange(0, 3)],
                     kIdentifiers[data.ConsumeIntegralInRange(0, 3)]);
         break;
     }

@@ -55,8 +55,7 @@ class RecordModel {
   explicit RecordModel(const std::string& text) : text(text) {}
 
   bool substitute(unsigned int number, const std::string& value) {
-    const std::size_t shownLength =
-        hasBuffers && !shown.empty() ? shown.size() : text.size();
+    const std::size_t shownLength = hasBuffers && !shown.empty() ? shown.size() : text.size();
     const std::size_t room = shownLength + value.size() + 1;
     if (capacity < room) {
       capacity = capacity == 0 ? std::max<std::size_t>(room, 100)
@@ -74,7 +73,8 @@ class RecordModel {
       while (end < work.size() && work[end] >= '0' && work[end] <= '9') {
         ++end;
       }
-      if (placeholderNumber(work.substr(amp + 1, end - amp - 1)) == static_cast<long long>(number)) {
+      if (placeholderNumber(work.substr(amp + 1, end - amp - 1)) ==
+          static_cast<long long>(number)) {
         work = work.substr(0, amp) + value + work.substr(end);
         found = true;
         break;

@@ -1,7 +1,7 @@
 #include "xml_access/DocumentSerializer.h"
 
 #include <cstddef>
-#include <string>
+#include <sstream>
 
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationLS.hpp>
@@ -87,8 +87,10 @@ void serializeDocument(const DOMNode& document, const std::string& fileName,
       throw NullPointer("XercesXML - Access to DOM null pointer.");
     }
     if (deeperThan(document.node, kMaxSerializableDepth)) {
-      throw ParsingError("XercesXML - Document nested deeper than " +
-                         std::to_string(kMaxSerializableDepth) + " levels cannot be serialised.");
+      std::ostringstream text;
+      text << "XercesXML - Document nested deeper than " << kMaxSerializableDepth
+           << " levels cannot be serialised.";
+      throw ParsingError(text.str());
     }
     xercesc::DOMImplementation* implementation =
         xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave);
