@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "message_core/StringCopy.h"
 #include "msg/MessageHandler.h"
 
 namespace msg {
@@ -11,10 +12,7 @@ namespace {
 
 // A NUL-terminated copy of `s`, made with new[].
 std::unique_ptr<char[]> copyOf(const char* s) {
-  std::size_t length = std::strlen(s);
-  std::unique_ptr<char[]> copy(new char[length + 1]);
-  std::memcpy(copy.get(), s, length + 1);
-  return copy;
+  return std::unique_ptr<char[]>(copyString(s));
 }
 
 }  // namespace

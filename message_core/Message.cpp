@@ -11,6 +11,7 @@
 #include <new>
 #include <string>
 
+#include "message_core/StringCopy.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
 
@@ -28,10 +29,7 @@ char* copyOrNull(const char* source) {
   if (source == nullptr || source[0] == '\0') {
     return nullptr;
   }
-  const std::size_t size = std::strlen(source) + 1;
-  char* copy = new char[size];
-  std::memcpy(copy, source, size);
-  return copy;
+  return copyString(source);
 }
 
 std::size_t lengthOrZero(const char* s) {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "message_core/StringCopy.h"
 #include "platform/SystemExceptions.h"
 
 namespace {
@@ -15,17 +16,6 @@ constexpr unsigned int kStackOverflowCode = 0xC00000FD;
 
 const char kDefaultNamespace[] = "exception";
 const char kDefaultIdentifier[] = "default";
-
-// An owned copy of `text` with its terminator; a null text gives "".
-char* copyText(const char* text) {
-  if (text == nullptr) {
-    text = "";
-  }
-  const std::size_t size = std::strlen(text) + 1;
-  char* copy = new char[size];
-  std::memcpy(copy, text, size);
-  return copy;
-}
 
 }  // namespace
 
@@ -43,7 +33,7 @@ structured_exception::structured_exception(unsigned int code, EXCEPTION_POINTERS
       arguments(nullptr),
       ownedArguments(nullptr),
       copyArguments(false) {
-  whatText = copyText(text);
+  whatText = msg::copyString(text);
   // A stack overflow gets no detail buffer: the translator may run with
   // little room left.
   if (wantDetailBuffer && detailBufferEnabled && code != kStackOverflowCode) {
@@ -71,7 +61,7 @@ structured_exception::structured_exception(const char* text, bool wantDetailBuff
       arguments(arguments),
       ownedArguments(nullptr),
       copyArguments(copyArguments) {
-  whatText = copyText(text);
+  whatText = msg::copyString(text);
   try {
     if (wantDetailBuffer && detailBufferEnabled) {
       detailBuffer = new char[kDetailBufferSize]();
@@ -96,7 +86,7 @@ structured_exception::structured_exception(const structured_exception& other)
       arguments(nullptr),
       ownedArguments(nullptr),
       copyArguments(other.copyArguments) {
-  whatText = copyText(other.what());
+  whatText = msg::copyString(other.what());
   try {
     // The copy holds only what the source's buffer holds: detailLength
     // characters and a terminator. Content beyond detailLength is not read.
@@ -137,7 +127,7 @@ void structured_exception::cloneArguments() {
   ownedArguments = new char*[argumentCount]();  // all null until copied
   for (std::uint32_t i = 0; i < argumentCount; ++i) {
     if (arguments[i] != nullptr) {
-      ownedArguments[i] = copyText(arguments[i]);
+      ownedArguments[i] = msg::copyString(arguments[i]);
     }
   }
   arguments = nullptr;
