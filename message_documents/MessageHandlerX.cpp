@@ -1,9 +1,10 @@
 #include "msg/MessageHandlerX.h"
 
-#include <filesystem>
 #include <string>
-#include <system_error>
+#include <utility>
+#include <vector>
 
+#include "message_documents/MessageDocumentReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
@@ -29,94 +30,33 @@ const char kNoCollectionText[] = "No MessageCollection element found in document
 // If the handler has no acceptable text for the report, not even the
 // not-found text, MessageNotFound leaves instead.
 [[noreturn]] void reportAndThrow(MessageHandler& handler, const char* identifier, const char* path,
-                                 const std::string& text) {
+                                 const std::string& text,
+                                 std::vector<DocumentProblem> problems = {}) {
   {
     Message report(&handler, kReportNamespace, identifier);
     handler.writeMessage1(report, path);
   }
-  throw ErrorInMessageDocument(text.c_str());
+  throw ErrorInMessageDocument(text.c_str(), std::move(problems));
 }
 
-bool isDirectory(const char* path) {
-  std::error_code ignored;
-  return std::filesystem::is_directory(path, ignored);
-}
-
-// The value of an attribute, or `fallback` if it is absent or empty.
-std::string attributeOr(const XercesXML::DOMNode& element, const char* name, const char* fallback) {
-  std::string value = element.getAttributeByName(name, std::string());
-  return value.empty() ? std::string(fallback) : value;
-}
-
-// The severity word of a Message; every word but the four, and a missing
-// one, counts as error.
-SeverityLevel severityFromWord(const std::string& word) {
-  if (word == "info") {
-    return info;
-  }
-  if (word == "warning") {
-    return warning;
-  }
-  if (word == "abort") {
-    return abort;
-  }
-  return error;
-}
-
-// The element children of `parent` named `name`, in document order, one
-// after the other; elements of other names are passed over with all they
-// hold.
-class ElementsNamed {
- public:
-  ElementsNamed(const XercesXML::DOMNode& parent, const char* name) : name(name) {
-    current = parent.getFirstElementChild();
-    skipOthers();
-  }
-
-  bool atEnd() const { return !current.isValid(); }
-  const XercesXML::DOMNode& get() const { return current; }
-
-  void next() {
-    current = current.getNextElementSibling();
-    skipOthers();
-  }
-
- private:
-  void skipOthers() {
-    while (current.isValid() && current.getNodeName() != name) {
-      current = current.getNextElementSibling();
-    }
-  }
-
-  const char* name;
-  XercesXML::DOMNode current;
-};
-
-// Registers the Text elements of every Message of every MessageNamespace of
-// `collection` in `handler`, keeping only languages `languages` accepts.
+// Registers every Text of `collection` whose language `languages` accepts
+// in `handler`.
 void registerCollection(const XercesXML::DOMNode& collection, const LanguageList& languages,
                         MessageHandler* handler) {
-  for (ElementsNamed space(collection, "MessageNamespace"); !space.atEnd(); space.next()) {
-    const std::string nameSpace = attributeOr(space.get(), "name", "no-ns");
-    for (ElementsNamed message(space.get(), "Message"); !message.atEnd(); message.next()) {
-      const std::string identifier = attributeOr(message.get(), "id", "no-id");
-      const SeverityLevel severity =
-          severityFromWord(message.get().getAttributeByName("severity", std::string()));
-      for (ElementsNamed text(message.get(), "Text"); !text.atEnd(); text.next()) {
-        const std::string language = attributeOr(text.get(), "xml:lang", "en");
-        // The filter comes before the text is read: a dropped language costs
-        // no conversion.
-        if (languages.distance(Language(language.c_str())) < 0) {
-          continue;
-        }
-        const std::string value = text.get().getChildText();
-        // The table owns the entry and its copied strings; an entry of the
-        // same key is replaced without complaint.
-        new MTE(static_cast<short>(severity), language.c_str(), nameSpace.c_str(),
-                identifier.c_str(), value.c_str(), handler, false, true);
-      }
+  forEachDocumentText(collection, [&](const DocumentText& entry) {
+    const std::string language = entry.effectiveLanguage();
+    // The filter comes before the text is read: a dropped language costs no
+    // conversion.
+    if (languages.distance(Language(language.c_str())) < 0) {
+      return;
     }
-  }
+    const std::string value = entry.readText();
+    // The table owns the entry and its copied strings; an entry of the same
+    // key is replaced without complaint.
+    new MTE(static_cast<short>(entry.effectiveSeverity()), language.c_str(),
+            entry.effectiveNamespace().c_str(), entry.effectiveIdentifier().c_str(), value.c_str(),
+            handler, false, true);
+  });
 }
 
 }  // namespace
@@ -172,27 +112,21 @@ MessageHandlerX* MessageHandlerX::object() {
 
 void MessageHandlerX::loadMessageDocument(const char* path) {
   XercesXML::DOMNode document;  // raises NotInitialized while the system is down
-  bool parsed = false;
-  // A folder is refused before Xerces-C opens it: its reader loses a buffer
-  // when the first read of a directory fails.
-  if (!isDirectory(path)) {
-    try {
-      XercesXML::Parser parser(false, false);
-      parser.setXInclude(true, std::string());
-      // The document outlives the parser: it belongs to its handles.
-      document = parser.parseFile(path);
-      parsed = true;
-    } catch (const XercesXML::ParsingError&) {
-      // Its text (the parser's error lines) is not passed on: the report
-      // and the exception name the document only.
-    }
+  std::vector<DocumentProblem> problems;
+  try {
+    document = parseMessageDocument(path);
+  } catch (DocumentRefused& refused) {
+    problems = std::move(refused.problems);
   }
-  if (!parsed) {
+  if (!problems.empty()) {
+    // The report and the text name the document only; where and why go with
+    // the exception.
     reportAndThrow(*this, kDocumentErrorId, path,
-                   std::string("Message document \"") + path + "\" contains syntactical error.");
+                   std::string("Message document \"") + path + "\" contains syntactical error.",
+                   std::move(problems));
   }
 
-  const XercesXML::DOMNode collection = document.findFirstNodeByName("MessageCollection");
+  const XercesXML::DOMNode collection = findMessageCollection(document);
   if (!collection.isValid()) {
     reportAndThrow(*this, kNoCollectionId, path, kNoCollectionText);
   }

@@ -232,4 +232,19 @@ std::string DOMNode::getAttributeByName(const std::string& name,
   }
 }
 
+// Positions are not kept yet: every node reports "not known".
+int DOMNode::getSourceLine() const {
+  if (!isValid()) {
+    throw NullPointer("XercesXML - Access to DOM null pointer.");
+  }
+  return 0;
+}
+
+int DOMNode::getSourceColumn() const {
+  if (!isValid()) {
+    throw NullPointer("XercesXML - Access to DOM null pointer.");
+  }
+  return 0;
+}
+
 }  // namespace XercesXML

@@ -105,6 +105,12 @@ class DOMNode {
   // and a node without attributes all give an empty string.
   std::string getAttributeByName(const std::string& name, const std::string& namespaceUri) const;
 
+  // Where the element starts in its file (1-based line and column), for a
+  // document parsed with positions kept (see Parser); 0 when not known, and
+  // for every other node. Raises NullPointer on a null handle.
+  int getSourceLine() const;
+  int getSourceColumn() const;
+
   // Searching, breadth first below and including this node, with no
   // recursion. A node matches if getNodeName() equals one entry of `names`
   // whole, byte for byte; the entries are alternatives, and their order does

@@ -3,9 +3,21 @@
 #ifndef MSG_ERRORINMESSAGEDOCUMENT_H_
 #define MSG_ERRORINMESSAGEDOCUMENT_H_
 
+#include <string>
+#include <vector>
+
 #include "msg/export.h"
 
 namespace msg {
+
+// One reason a document was refused: a line of the parser's error report, or
+// the reason the loader refused the document before or after parsing.
+struct DocumentProblem {
+  std::string file;     // the document or included part; may be empty
+  int line = 0;         // 1-based; 0 when not known
+  int column = 0;       // 1-based; 0 when not known
+  std::string message;  // one line, no trailing newline
+};
 
 // Thrown by MessageHandlerX::loadMessageDocument when a document cannot be
 // parsed or validated, or holds no MessageCollection. Before it is thrown the
@@ -22,6 +34,9 @@ class MSG_EXPORT ErrorInMessageDocument {
   // Copies `text`; a null text is kept as "".
   explicit ErrorInMessageDocument(const char* text);
 
+  // As above, with the problems that caused the failure.
+  ErrorInMessageDocument(const char* text, std::vector<DocumentProblem> problems);
+
   ErrorInMessageDocument(const ErrorInMessageDocument& other);
   ErrorInMessageDocument& operator=(const ErrorInMessageDocument&) = delete;
 
@@ -31,8 +46,14 @@ class MSG_EXPORT ErrorInMessageDocument {
   // Valid while this object lives.
   const char* getText() const { return text; }
 
+  // Where and why the document failed, in the order found: the parser's
+  // error lines, or the reason for a refusal. Empty when there are none
+  // (for instance when no MessageCollection was found).
+  const std::vector<DocumentProblem>& getProblems() const { return problems; }
+
  private:
   char* text;  // new[], owned, never null
+  std::vector<DocumentProblem> problems;
 };
 
 }  // namespace msg
