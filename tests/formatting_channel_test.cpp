@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
-#include <utility>
 
 #include "msg/Message.h"
 
@@ -16,19 +14,15 @@ namespace {
 
 // Keeps the lines of each message joined by '/' and closed by '\n'. A first
 // line flag out of place shows as '!'; a wrong last line flag shows as a
-// missing or a misplaced '\n'. Can refuse a line by throwing.
+// missing or a misplaced '\n'.
 class RecordingChannel : public FormattingMessageChannel {
  public:
   void onMessageLine(bool firstLine, bool lastLine, const char* line) override {
-    if (std::exchange(refuseNextLine, false)) {
-      throw std::runtime_error("line refused");
-    }
     out += firstLine == (out.empty() || out.back() == '\n') ? "" : "!";
     out += line;
     out += lastLine ? "\n" : "/";
   }
   std::string out;
-  bool refuseNextLine = false;
 };
 
 TEST(FormattingChannelTest, WrapsBetweenTheMargins) {
@@ -81,17 +75,6 @@ TEST(FormattingChannelTest, LinesGoToStandardErrorByDefault) {
   channel.onMessage(Message("N", "id", info, "en", "ab cdef"));
   std::cerr.rdbuf(saved);
   EXPECT_EQ(captured.str(), "ab\ncdef\n");
-}
-
-TEST(FormattingChannelTest, ExceptionFromALineLeavesTheChannelUsable) {
-  RecordingChannel channel;
-  channel.setRightMargin(3);
-  channel.setTextHeaderFormat("&t");
-  channel.refuseNextLine = true;
-  Message message("N", "id", info, "en", "abcdefgh");
-  EXPECT_THROW(channel.onMessage(message), std::runtime_error);
-  channel.onMessage(message);
-  EXPECT_EQ(channel.out, "abcd/efgh\n");
 }
 
 // What the format language makes of one message, before any wrapping.
