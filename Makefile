@@ -9,6 +9,13 @@ TEST_DIR    := build/debug-asan
 BENCH_DIR   := build/bench
 JOBS        ?= 2
 
+# The project's own builds treat warnings as errors; a plain cmake build of a
+# clone or of a release does not.
+OWN_BUILD := -DMSG_WARNINGS_AS_ERRORS=ON
+
+# ThreadSanitizer tree: the library and the threads test only, run by `make test`.
+TSAN_DIR := build/tsan
+
 # The peers of the benchmarks: optional for the build, installed by `make bench`.
 BENCH_PACKAGES    := gettext libicu-dev icu-devtools libfmt-dev python3
 BENCH_REPETITIONS ?= 9
@@ -23,13 +30,13 @@ MEMCHECK_PACKAGES  := valgrind
 FUZZ_SECONDS       ?= 60
 FUZZ_SMOKE_SECONDS ?= 5
 
-.PHONY: deps demo test release bench fuzz fuzz-build memcheck format clean
+.PHONY: deps demo test release bench fuzz fuzz-build memcheck tsan format clean
 
 deps:
 	@tools/install-deps.sh $(DEBIAN_PACKAGES)
 
 release: deps
-	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo $(OWN_BUILD)
 	cmake --build $(RELEASE_DIR) -j $(JOBS)
 
 demo: release
@@ -39,8 +46,8 @@ demo: release
 # sanitizer report aborts the test that caused it. Then every fuzz target
 # runs for FUZZ_SMOKE_SECONDS and replays its kept regression inputs, in the
 # clang tree of `make fuzz` (CTest label "fuzz").
-test: deps fuzz-build
-	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON -DMSG_BUILD_BENCH=ON
+test: deps fuzz-build tsan
+	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON -DMSG_BUILD_BENCH=ON $(OWN_BUILD)
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 	cd $(FUZZ_DIR)/fuzz && ctest --output-on-failure -j $(JOBS)
@@ -51,7 +58,7 @@ fuzz-build: deps
 	@tools/install-deps.sh $(FUZZ_PACKAGES)
 	cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DMSG_BUILD_FUZZ=ON -DMSG_BUILD_TESTS=OFF \
-	  -DMSG_BUILD_EXAMPLES=OFF -DMSG_FUZZ_SMOKE_SECONDS=$(FUZZ_SMOKE_SECONDS)
+	  -DMSG_BUILD_EXAMPLES=OFF -DMSG_FUZZ_SMOKE_SECONDS=$(FUZZ_SMOKE_SECONDS) $(OWN_BUILD)
 	cmake --build $(FUZZ_DIR) -j $(JOBS)
 
 # Runs every fuzz target for FUZZ_SECONDS, one after the other, and prints
@@ -83,6 +90,15 @@ bench: deps
 	  --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
 	  --benchmark_out=$(BENCH_DIR)/results.json --benchmark_out_format=json $(BENCH_FLAGS)
 	python3 tools/bench_report.py $(BENCH_DIR)/results.json
+
+# The threads test built with ThreadSanitizer in a tree of its own: several
+# threads share one loaded handler and write through its channels; any
+# report of the sanitizer fails it.
+tsan: deps
+	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMSG_SANITIZE_THREAD=ON \
+	  -DMSG_BUILD_EXAMPLES=OFF $(OWN_BUILD)
+	cmake --build $(TSAN_DIR) -j $(JOBS) --target threads_test
+	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" $(TSAN_DIR)/tests/threads_test
 
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

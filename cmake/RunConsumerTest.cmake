@@ -7,10 +7,13 @@
 #
 # 1. Installs the build tree with `cmake --install` into WORK_DIR/prefix.
 # 2. Configures, builds and runs examples/consumer against that prefix
-#    (find_package(msg CONFIG) through CMAKE_PREFIX_PATH).
-# 3. Compiles the same main.cpp with `pkg-config --cflags --libs msg`
-#    (PKG_CONFIG_PATH into the prefix) and runs it.
-# Both programs must exit with 0 and print the expected line.
+#    (find_package(msg CONFIG) through CMAKE_PREFIX_PATH): main.cpp in
+#    C++17 and main20.cpp in C++20.
+# 3. Compiles the same two programs with `pkg-config --cflags --libs msg`
+#    (PKG_CONFIG_PATH into the prefix), with -std=c++17 and -std=c++20 given
+#    before pkg-config's flags, and runs them. msg.pc must not set the
+#    standard itself.
+# Every program must exit with 0 and print its expected line.
 #
 # SANITIZE_FLAGS are the flags the library was built with when it was built
 # with sanitizers; a program that loads such a libmsg.so needs the sanitizer
@@ -29,6 +32,7 @@ separate_arguments(sanitize_list UNIX_COMMAND "${SANITIZE_FLAGS}")
 set(prefix "${WORK_DIR}/prefix")
 set(consumer_source "${MSG_SOURCE_DIR}/examples/consumer")
 set(expected_line "consumer:greeting: Hello, world! You have 3 new messages.")
+set(expected_line20 "consumer:span: 3 languages, best de-AT.")
 
 # Runs a command and stops the test with its output if it fails. The
 # standard error of the command is left in `run_stderr`.
@@ -41,11 +45,11 @@ function(run_step description)
   set(run_stderr "${errors}" PARENT_SCOPE)
 endfunction()
 
-# Stops the test unless a program printed the consumer's line.
-function(expect_greeting program_description stderr_text)
-  string(FIND "${stderr_text}" "${expected_line}\n" found)
+# Stops the test unless a program printed `line`.
+function(expect_line program_description stderr_text line)
+  string(FIND "${stderr_text}" "${line}\n" found)
   if(found EQUAL -1)
-    message(FATAL_ERROR "${program_description} did not print \"${expected_line}\"; "
+    message(FATAL_ERROR "${program_description} did not print \"${line}\"; "
                         "its standard error was:\n${stderr_text}")
   endif()
 endfunction()
@@ -78,7 +82,9 @@ endif()
 
 run_step("Building examples/consumer" "${CMAKE_COMMAND}" --build "${consumer_build}")
 run_step("Running the find_package consumer" "${consumer_build}/app")
-expect_greeting("The find_package consumer" "${run_stderr}")
+expect_line("The find_package consumer" "${run_stderr}" "${expected_line}")
+run_step("Running the C++20 find_package consumer" "${consumer_build}/app20")
+expect_line("The C++20 find_package consumer" "${run_stderr}" "${expected_line20}")
 
 # 3. pkg-config.
 file(GLOB_RECURSE pc_files "${prefix}/*/msg.pc")
@@ -106,10 +112,21 @@ if(NOT prefix_position EQUAL 0 OR NOT EXISTS "${real_includedir}/msg/msg.h")
   message(FATAL_ERROR "msg.pc points at ${pc_includedir}, not at the headers in ${prefix}")
 endif()
 
+if(pc_flags MATCHES "(^| )-std=")
+  message(FATAL_ERROR "msg.pc sets the language standard (${pc_flags}); "
+                      "that would override the application's own")
+endif()
+
 separate_arguments(pc_flag_list UNIX_COMMAND "${pc_flags}")
-set(pkgconfig_app "${WORK_DIR}/pkgconfig-app")
-run_step("Compiling main.cpp with pkg-config's flags" "${CXX_COMPILER}" ${sanitize_list}
-  "${consumer_source}/main.cpp" -o "${pkgconfig_app}" ${pc_flag_list})
-run_step("Running the pkg-config consumer"
-  "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${pc_libdir}" "${pkgconfig_app}")
-expect_greeting("The pkg-config consumer" "${run_stderr}")
+foreach(program IN ITEMS "main;c++17;expected_line" "main20;c++20;expected_line20")
+  list(GET program 0 source)
+  list(GET program 1 standard)
+  list(GET program 2 line_variable)
+  set(pkgconfig_app "${WORK_DIR}/pkgconfig-${source}")
+  run_step("Compiling ${source}.cpp (${standard}) with pkg-config's flags" "${CXX_COMPILER}"
+    -std=${standard} ${sanitize_list} "${consumer_source}/${source}.cpp" -o "${pkgconfig_app}"
+    ${pc_flag_list})
+  run_step("Running the ${standard} pkg-config consumer"
+    "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${pc_libdir}" "${pkgconfig_app}")
+  expect_line("The ${standard} pkg-config consumer" "${run_stderr}" "${${line_variable}}")
+endforeach()

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <string>
 
 #include "msg/Message.h"
 
@@ -14,128 +15,134 @@ const char kDefaultFormat[] = "&n:&i: &t ";
 
 }  // namespace
 
+// The working state of one onMessage() call. It lives on that call's stack,
+// so calls from several threads never share it.
+struct FormattingMessageChannel::LineState {
+  char* buffer;    // the line being built, lineRight + 2 bytes
+  int column;      // where the next character goes = length of the line
+  int lastBlank;   // column of the last blank on the line, -1 if none
+  bool firstLine;  // the current line is the message's first
+  int lineLeft;    // leftMargin clamped to 0 .. lineRight
+  int lineRight;   // rightMargin, at least 0
+};
+
 FormattingMessageChannel::FormattingMessageChannel()
-    : leftMargin(0),
-      rightMargin(59),
-      indent(0),
-      textHeaderFormat(kDefaultFormat),
-      column(0),
-      lastBlank(-1),
-      firstLine(true),
-      lineLeft(0),
-      lineRight(0) {}
+    : leftMargin(0), rightMargin(59), indent(0), textHeaderFormat(kDefaultFormat) {}
 
 FormattingMessageChannel::FormattingMessageChannel(const FormattingMessageChannel& other)
     : MessageChannel(other),
       leftMargin(other.leftMargin),
       rightMargin(other.rightMargin),
       indent(other.indent),
-      textHeaderFormat(other.textHeaderFormat),
-      column(0),
-      lastBlank(-1),
-      firstLine(true),
-      lineLeft(0),
-      lineRight(0) {}
+      textHeaderFormat(other.textHeaderFormat) {}
 
 FormattingMessageChannel::~FormattingMessageChannel() = default;
 
 void FormattingMessageChannel::onMessage(const Message& message) {
-  lineRight = rightMargin < 0 ? 0 : rightMargin;
-  lineLeft = leftMargin < 0 ? 0 : (leftMargin > lineRight ? lineRight : leftMargin);
+  LineState state;
+  state.lineRight = rightMargin < 0 ? 0 : rightMargin;
+  state.lineLeft =
+      leftMargin < 0 ? 0 : (leftMargin > state.lineRight ? state.lineRight : leftMargin);
+  const int lineRight = state.lineRight;
 
   // rightMargin + 1 characters and a terminator; the only allocation of the
   // message.
   std::unique_ptr<char[]> line(new char[static_cast<std::size_t>(lineRight) + 2]);
-  char* buffer = line.get();
-  std::memset(buffer, ' ', static_cast<std::size_t>(lineRight) + 1);
-  buffer[lineRight + 1] = '\0';
+  state.buffer = line.get();
+  std::memset(state.buffer, ' ', static_cast<std::size_t>(lineRight) + 1);
+  state.buffer[lineRight + 1] = '\0';
 
-  long long start = static_cast<long long>(indent) + lineLeft;
+  long long start = static_cast<long long>(indent) + state.lineLeft;
   if (start < 0) {
     start = 0;
   }
   if (start > lineRight) {
     start = lineRight;
   }
-  column = static_cast<int>(start);
-  lastBlank = -1;
-  firstLine = true;
+  state.column = static_cast<int>(start);
+  state.lastBlank = -1;
+  state.firstLine = true;
 
   const char* format = textHeaderFormat != nullptr ? textHeaderFormat : "";
   for (const char* p = format; *p != '\0'; ++p) {
     if (*p != '&') {
-      appendCharacter(*p, buffer);
+      appendCharacter(*p, state);
       continue;
     }
     switch (p[1]) {
       case 'n':
-        appendText(message.getNamespace(), buffer);
+        appendText(message.getNamespace(), state);
         ++p;
         break;
       case 'i':
-        appendText(message.getIdentifier(), buffer);
+        appendText(message.getIdentifier(), state);
         ++p;
         break;
       case 't':
-        appendText(message.getMessage(), buffer);
+        appendText(message.getMessage(), state);
         ++p;
         break;
       default:
         // A lone "&": the character behind it (or the terminator) is read
         // on its own in the next round.
-        appendCharacter('&', buffer);
+        appendCharacter('&', state);
         break;
     }
   }
 
-  buffer[column] = '\0';
-  onMessageLine(firstLine, true, buffer);
+  state.buffer[state.column] = '\0';
+  onMessageLine(state.firstLine, true, state.buffer);
 }
 
 void FormattingMessageChannel::onMessageLine(bool /*firstLine*/, bool /*lastLine*/,
                                              const char* line) {
-  std::cerr << line << '\n';
+  // One write per line, so that lines of several threads do not tear.
+  std::string text(line);
+  text += '\n';
+  std::cerr.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
-void FormattingMessageChannel::appendText(const char* value, char* buffer) {
+void FormattingMessageChannel::appendText(const char* value, LineState& state) {
   if (value == nullptr) {
     return;
   }
   for (const char* p = value; *p != '\0'; ++p) {
-    appendCharacter(*p, buffer);
+    appendCharacter(*p, state);
   }
 }
 
-void FormattingMessageChannel::appendCharacter(char c, char* buffer) {
-  if (column > lineRight) {
+void FormattingMessageChannel::appendCharacter(char c, LineState& state) {
+  char* buffer = state.buffer;
+  const int lineLeft = state.lineLeft;
+  if (state.column > state.lineRight) {
     // The line is full and `c` does not fit: break it now, whatever `c` is.
     // A blank left of the left margin (first line, negative indent) would
     // leave a word too long for a continuation line, so it does not count.
-    if (lastBlank > 0 && lastBlank >= lineLeft) {
-      buffer[lastBlank] = '\0';
-      onMessageLine(firstLine, false, buffer);
+    if (state.lastBlank > 0 && state.lastBlank >= lineLeft) {
+      buffer[state.lastBlank] = '\0';
+      onMessageLine(state.firstLine, false, buffer);
       // Carry the word behind the blank to the start of the next line. It
       // lies right of lineLeft, so the move goes left and the margin fill
       // below does not touch it.
-      const int tailStart = lastBlank + 1;
-      const int tailLength = lineRight + 1 - tailStart;
+      const int tailStart = state.lastBlank + 1;
+      const int tailLength = state.lineRight + 1 - tailStart;
       std::memmove(buffer + lineLeft, buffer + tailStart, static_cast<std::size_t>(tailLength));
       std::memset(buffer, ' ', static_cast<std::size_t>(lineLeft));
-      column = lineLeft + tailLength;
+      state.column = lineLeft + tailLength;
     } else {
-      buffer[column] = '\0';
-      onMessageLine(firstLine, false, buffer);
+      buffer[state.column] = '\0';
+      onMessageLine(state.firstLine, false, buffer);
       std::memset(buffer, ' ', static_cast<std::size_t>(lineLeft));
-      column = lineLeft;
+      state.column = lineLeft;
     }
-    firstLine = false;
-    lastBlank = -1;
+    state.firstLine = false;
+    state.lastBlank = -1;
   }
-  buffer[column] = c;
+  buffer[state.column] = c;
   if (c == ' ') {
-    lastBlank = column;
+    state.lastBlank = state.column;
   }
-  ++column;
+  ++state.column;
 }
 
 }  // namespace msg

@@ -1,6 +1,7 @@
 #include "msg/MessageChannel.h"
 
 #include <iostream>
+#include <string>
 
 #include "msg/Message.h"
 
@@ -8,10 +9,10 @@ namespace msg {
 
 namespace {
 
-// Writes `piece` unless it is null.
-void writePiece(const char* piece) {
+// Appends `piece` unless it is null.
+void appendPiece(std::string& line, const char* piece) {
   if (piece != nullptr) {
-    std::cerr << piece;
+    line += piece;
   }
 }
 
@@ -19,13 +20,17 @@ void writePiece(const char* piece) {
 
 MessageChannel::~MessageChannel() = default;
 
+// The line is put together first and handed to std::cerr in one write, so
+// that the lines of threads writing at the same time never tear.
 void MessageChannel::onMessage(const Message& message) {
-  writePiece(message.getNamespace());
-  std::cerr << ':';
-  writePiece(message.getIdentifier());
-  std::cerr << ": ";
-  writePiece(message.getMessage());
-  std::cerr << '\n';
+  std::string line;
+  appendPiece(line, message.getNamespace());
+  line += ':';
+  appendPiece(line, message.getIdentifier());
+  line += ": ";
+  appendPiece(line, message.getMessage());
+  line += '\n';
+  std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
 }  // namespace msg

@@ -27,6 +27,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "message_core/MessageTable.h"
@@ -88,6 +89,11 @@ fs::path writeInput(const fs::path& dir, const std::string& bytes) {
   return dir / "input.xml";
 }
 
+// A case whose input is `bytes` in input.xml.
+std::function<fs::path(const fs::path&)> input(std::string bytes) {
+  return [bytes = std::move(bytes)](const fs::path& dir) { return writeInput(dir, bytes); };
+}
+
 // A valid document of `count` messages with texts of about `textBytes`
 // bytes, each with a placeholder (written "&amp;0") if `placeholders`.
 // Written piece by piece, so the probe itself never holds it.
@@ -120,10 +126,8 @@ std::vector<Case> cases() {
       {"missing_file", Outcome::documentError,
        [](const fs::path& dir) { return dir / "absent.xml"; }},
       {"folder", Outcome::documentError, [](const fs::path& dir) { return dir; }},
-      {"empty_file", Outcome::documentError,
-       [](const fs::path& dir) { return writeInput(dir, ""); }},
-      {"bom_only", Outcome::documentError,
-       [](const fs::path& dir) { return writeInput(dir, "\xEF\xBB\xBF"); }},
+      {"empty_file", Outcome::documentError, input("")},
+      {"bom_only", Outcome::documentError, input("\xEF\xBB\xBF")},
       {"binary_garbage", Outcome::documentError,
        [](const fs::path& dir) {
          std::mt19937 random(20240611);
@@ -133,51 +137,31 @@ std::vector<Case> cases() {
          }
          return writeInput(dir, bytes);
        }},
+      // "&#xFC;" keeps the source ASCII; the parser sees a UTF-16 file.
       {"utf16_declared", Outcome::loaded,
-       [](const fs::path& dir) {
-         // "&#xFC;" keeps the source ASCII; the parser sees a UTF-16 file.
-         return writeInput(
-             dir, utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + std::string(kRoot) +
-                          "<MessageNamespace name=\"case\">" + message("fine", "Gr&#xFC;&#xDF;e") +
-                          "</MessageNamespace></MessageCollection>\n"));
-       }},
+       input(utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + std::string(kRoot) +
+                     "<MessageNamespace name=\"case\">" + message("fine", "Gr&#xFC;&#xDF;e") +
+                     "</MessageNamespace></MessageCollection>\n"))},
       {"latin1_declared", Outcome::loaded,
-       [](const fs::path& dir) {
-         return writeInput(dir, "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n" +
-                                    std::string(kRoot) + "<MessageNamespace name=\"case\">" +
-                                    message("fine",
-                                            "Gr\xFC\xDF"
-                                            "e") +
-                                    "</MessageNamespace></MessageCollection>\n");
-       }},
-      {"broken_first_byte", Outcome::documentError,
-       [valid](const fs::path& dir) { return writeInput(dir, "!" + valid.substr(1)); }},
-      {"broken_last_byte", Outcome::documentError,
-       [valid](const fs::path& dir) {
-         std::string bytes = valid.substr(0, valid.size() - 1);  // without the final line feed
-         bytes.back() = '!';                                     // "</MessageCollection!"
-         return writeInput(dir, bytes);
-       }},
+       input("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n" + std::string(kRoot) +
+             "<MessageNamespace name=\"case\">" +
+             message("fine",
+                     "Gr\xFC\xDF"
+                     "e") +
+             "</MessageNamespace></MessageCollection>\n")},
+      {"broken_first_byte", Outcome::documentError, input("!" + valid.substr(1))},
+      // "</MessageCollection!", without the final line feed.
+      {"broken_last_byte", Outcome::documentError, input(valid.substr(0, valid.size() - 2) + "!")},
       {"schema_invalid", Outcome::documentError,
-       [](const fs::path& dir) {
-         return writeInput(dir, document("<MessageNamespace name=\"case\"><Message id=\"x\">"
-                                         "<Text lang=\"de\">lang without xml:</Text>"
-                                         "</Message></MessageNamespace>\n"));
-       }},
+       input(
+           document("<MessageNamespace name=\"case\"><Message id=\"x\">"
+                    "<Text lang=\"de\">lang without xml:</Text></Message></MessageNamespace>\n"))},
       {"schema_missing", Outcome::documentError,
-       [valid](const fs::path& dir) {
-         std::string bytes = valid;
-         bytes.replace(bytes.find("messages.xsd"), 12, "nowhere.xsd");
-         return writeInput(dir, bytes);
-       }},
+       input(std::string(valid).replace(valid.find("messages.xsd"), 12, "nowhere.xsd"))},
       {"include_missing_part", Outcome::documentError,
-       [](const fs::path& dir) {
-         return writeInput(dir, document("<xi:include href=\"absent-part.xml\"/>\n"));
-       }},
+       input(document("<xi:include href=\"absent-part.xml\"/>\n"))},
       {"include_itself", Outcome::documentError,
-       [](const fs::path& dir) {
-         return writeInput(dir, document("<xi:include href=\"input.xml\"/>\n"));
-       }},
+       input(document("<xi:include href=\"input.xml\"/>\n"))},
       {"include_each_other", Outcome::documentError,
        [](const fs::path& dir) {
          writeFile(dir / "other.xml",
@@ -242,11 +226,8 @@ std::vector<Case> cases() {
                       "</MessageNamespace></MessageCollection></Wrapper>\n");
        }},
       {"text_1mb", Outcome::loaded,
-       [](const fs::path& dir) {
-         return writeInput(
-             dir, document("<MessageNamespace name=\"case\">" +
-                           message("long", std::string(1 << 20, 'y')) + "</MessageNamespace>\n"));
-       }},
+       input(document("<MessageNamespace name=\"case\">" +
+                      message("long", std::string(1 << 20, 'y')) + "</MessageNamespace>\n"))},
   };
 }
 

@@ -101,9 +101,8 @@ std::unique_ptr<structured_exception> makeWithThreeArguments(bool copyArguments)
   return exception;
 }
 
-TEST(StructuredExceptionTest, TextAndArgumentsAreCopiesAndACopyHasItsOwn) {
+TEST(StructuredExceptionTest, TextArgumentsAndDetailBufferAreCopiesAndACopyHasItsOwn) {
   std::unique_ptr<structured_exception> original = makeWithThreeArguments(true);
-  EXPECT_EQ(original->getExceptionCode(), 0u);
   EXPECT_EQ(original->getDetailBuffer(), nullptr);
   const structured_exception copy(*original);
   original.reset();
@@ -115,29 +114,19 @@ TEST(StructuredExceptionTest, TextAndArgumentsAreCopiesAndACopyHasItsOwn) {
   EXPECT_STREQ(copy.getArgument(2), "three");
 
   // Arguments exist only as copies, and only with a list and a count.
-  std::unique_ptr<structured_exception> uncopied = makeWithThreeArguments(false);
-  EXPECT_EQ(uncopied->getArgumentCount(), 0u);
-  EXPECT_EQ(structured_exception(*uncopied).getArgumentCount(), 0u);
-  const char* list[] = {"x"};
-  EXPECT_EQ(structured_exception("t", false, "n", "i", 0, list, true).getArgumentCount(), 0u);
+  EXPECT_EQ(makeWithThreeArguments(false)->getArgumentCount(), 0u);
   EXPECT_EQ(structured_exception("t", false, "n", "i", 2, nullptr, true).getArgumentCount(), 0u);
-}
 
-TEST(StructuredExceptionTest, DetailBufferIsZeroedAndACopyOfAnEmptyOneIsOneByte) {
   EXCEPTION_RECORD record{};
   EXCEPTION_POINTERS pointers{&record, nullptr};
   const structured_exception withBuffer(0xC0000094, &pointers, "fault", true);
   const char* buffer = withBuffer.getDetailBuffer();
   ASSERT_NE(buffer, nullptr);
   EXPECT_TRUE(std::all_of(buffer, buffer + 4096, [](char c) { return c == 0; }));
-  EXPECT_NE(structured_exception("t", true, "n", "i", 0, nullptr, false).getDetailBuffer(),
-            nullptr);
-
-  const structured_exception copy(withBuffer);
-  ASSERT_NE(copy.getDetailBuffer(), nullptr);
-  EXPECT_NE(copy.getDetailBuffer(), buffer);
-  EXPECT_EQ(copy.getDetailBuffer()[0], '\0');
-  EXPECT_EQ(copy.getDetailLength(), 0u);
+  const structured_exception bufferCopy(withBuffer);
+  ASSERT_NE(bufferCopy.getDetailBuffer(), nullptr);
+  EXPECT_NE(bufferCopy.getDetailBuffer(), buffer);
+  EXPECT_EQ(bufferCopy.getDetailLength(), 0u);
 }
 
 // What the translator raises for `code`, with the default catalogue key and a
@@ -155,33 +144,16 @@ void expectTranslated(unsigned int code, const std::string& text) {
 }
 
 TEST(FaultTranslationTest, CodesGiveTheirTextsAndUnknownCodesTheirDigits) {
-  const std::pair<unsigned int, const char*> known[] = {{0x80000001, "guard page"},
-                                                        {0x80000002, "datatype misalignment"},
-                                                        {0xC0000005, "access violation"},
-                                                        {0xC0000006, "in page error"},
-                                                        {0xC0000008, "invalid handle"},
-                                                        {0xC000001D, "illegal instruction"},
-                                                        {0xC0000025, "noncontinuable exception"},
-                                                        {0xC0000026, "invalid disposition"},
-                                                        {0xC000008C, "array bounds exceeded"},
-                                                        {0xC000008D, "float denormal operand"},
-                                                        {0xC000008E, "float divide by zero"},
-                                                        {0xC000008F, "float inexact result"},
-                                                        {0xC0000090, "float invalid operation"},
-                                                        {0xC0000091, "float overflow"},
-                                                        {0xC0000092, "float stack check"},
-                                                        {0xC0000093, "float underflow"},
-                                                        {0xC0000094, "integer divide by zero"},
-                                                        {0xC0000095, "integer overflow"},
-                                                        {0xC0000096, "private instruction"},
-                                                        {0xC00000FD, "stack overflow"}};
+  // The first and last code of each range, and the one without a detail buffer.
+  const std::pair<unsigned int, const char*> known[] = {
+      {0x80000001, "guard page"},          {0x80000002, "datatype misalignment"},
+      {0xC0000005, "access violation"},    {0xC000008C, "array bounds exceeded"},
+      {0xC0000096, "private instruction"}, {0xC00000FD, "stack overflow"}};
   for (const auto& [code, text] : known) {
     expectTranslated(code, text);
   }
-  const std::pair<unsigned int, const char*> unknown[] = {{0xC0000007, "c0000007"},
-                                                          {1, "00000001"},
-                                                          {0x80000000, "80000000"},
-                                                          {0xC00000FE, "c00000fe"}};
+  const std::pair<unsigned int, const char*> unknown[] = {
+      {0xC0000007, "c0000007"}, {1, "00000001"}, {0xC00000FE, "c00000fe"}};
   for (const auto& [code, digits] : unknown) {
     expectTranslated(code, std::string("Exception code 0x") + digits +
                                " could not be mapped to one of the known WIN32 exception codes.");

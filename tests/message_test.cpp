@@ -7,7 +7,6 @@
 
 #include <climits>
 #include <cstring>
-#include <memory>
 #include <string>
 
 #include "msg/LanguageList.h"
@@ -34,18 +33,13 @@ TEST(MessageTest, SubstituteFindsPlaceholdersByTheirWholeDigitRun) {
     std::string shown;
   } cases[] = {{"&10", 1, "&10"},
                {"&10", 10, "x"},
-               {"&1y", 1, "xy"},
-               {"a&000b", 0, "axb"},
-               {"&007", 7, "x"},
+               {"a&007b", 7, "axb"},
                {"<&" + zeros22 + ">", 0, "<x>"},
                {"<&0" + zeros22 + ">", 0, "<&0" + zeros22 + ">"},
                {"&" + nines23 + "&5", 5, "&" + nines23 + "x"},
                {"100&", 100, "100&"},
                {"& 1", 1, "& 1"},
-               {"Total &0", 0, "Total x"},
-               {"&0&1", 1, "&0x"},
                {"&&1", 1, "&x"},
-               {"", 0, ""},
                {"&2147483647", 2147483647u, "x"},
                {"&4294967296", 0, "&4294967296"}};
   for (const auto& c : cases) {
@@ -81,11 +75,6 @@ TEST(MessageTest, EachCallReplacesTheLeftmostOccurrenceAndValuesAreScannedToo) {
 }
 
 TEST(MessageTest, BuffersGrowToAtLeast100BytesThenDoubleOrTakeTheRoomNeeded) {
-  Message untouched = record("&0");
-  EXPECT_FALSE(untouched.substitute(0, static_cast<const char*>(nullptr)));
-  EXPECT_EQ(0u, untouched.getBufferSize());
-  EXPECT_EQ(untouched.getText(), untouched.getMessage());
-
   // Room is the shown text + value + NUL; the placeholder is not deducted.
   Message exact = record("&0");
   EXPECT_TRUE(exact.substitute(0, std::string(97, 'v').c_str()));
@@ -107,8 +96,8 @@ TEST(MessageTest, BuffersGrowToAtLeast100BytesThenDoubleOrTakeTheRoomNeeded) {
 
 TEST(MessageTest, ClearRestartsFromTheTextAndCleanFreesTheBuffers) {
   Message message = record("a&0 &1");
-  message.clear();
-  EXPECT_EQ(message.getText(), message.getMessage());
+  EXPECT_FALSE(message.substitute(0, static_cast<const char*>(nullptr)));
+  EXPECT_EQ(message.getText(), message.getMessage());  // untouched: no buffers
   EXPECT_TRUE(message.substitute(0, "x"));
   message.clear();
   EXPECT_STREQ("", message.getMessage());
@@ -165,17 +154,11 @@ TEST(MessageTest, RecordByKeyBorrowsTheChosenEntryOrShowsTheNotFoundText) {
   Message found(&handler, "app", "start");
   EXPECT_EQ(Language("de"), found.getLanguage());
   EXPECT_EQ(warning, found.getSeverityLevel());
-  EXPECT_EQ(0u, found.getBufferSize());
-  std::unique_ptr<Message> fromHandler(handler.getMessage("app", "start"));
-  EXPECT_EQ(fromHandler->getText(), found.getText());
 
   Message missing(&handler, "app", "stop");
-  EXPECT_STREQ("msg", missing.getNamespace());
   EXPECT_STREQ("notfound", missing.getIdentifier());
-  EXPECT_STREQ("Fehlt: &0:&1", missing.getText());
   EXPECT_STREQ("Fehlt: app:stop", missing.getMessage());
   EXPECT_EQ(abort, missing.getSeverityLevel());
-  EXPECT_EQ(Language("de"), missing.getLanguage());
   missing.clear();
   EXPECT_STREQ("", missing.getMessage());
 }
@@ -194,9 +177,7 @@ TEST(MessageTest, NumbersAreWrittenByTheirFormats) {
   } cases[] = {{3.14159, 2, "3.14"},
                {1.5, 20, "1.5000000000000000"},
                {0.0, 0, "0.0"},
-               {0.0, 2, "0.00"},
-               {0.4, 0, "0"},
-               {7.0, -3, "7"},
+               {0.4, -3, "0"},
                {-1234567890123.5, 16, "-1234567890123.5000000000000000"},
                {-12345678901234.5, 16, "-1.2345678901234500e+13"},  // too long: exponential
                {-1.7976931348623157e308, 16, "-1.7976931348623157e+308"}};
@@ -220,13 +201,8 @@ TEST(MessageTest, BooleanWordsFollowTheProcessWideListThenTheRecordLanguage) {
                {"de", "en", false, Message::trueFalse, "Falsch"},
                // No catalogue word is acceptable: the words of the library's own
                // table, by the record's language.
-               {"ja", "de-AT", true, Message::yesNo, "Ja"},
                {"ja", "de-AT", false, Message::yesNo, "Nein"},
                {"ja", "de-AT", true, Message::trueFalse, "Wahr"},
-               {"ja", "de-AT", false, Message::trueFalse, "Falsch"},
-               {"ja", "fr", true, Message::yesNo, "yes"},
-               {"ja", "fr", false, Message::yesNo, "no"},
-               {"ja", "fr", true, Message::trueFalse, "true"},
                {"ja", "fr", false, Message::trueFalse, "false"}};
   for (const auto& c : cases) {
     singleton->setLanguageList(LanguageList(Language(c.listLanguage)));

@@ -54,9 +54,13 @@ namespace msg {
 // buffer per message and builds every line, including a carried word, in
 // place in it.
 //
-// Thread safety: onMessage() keeps working state in the object. One thread
-// at a time per channel, and onMessageLine() must not write through the same
-// channel.
+// Thread safety: onMessage() keeps its working state on its own stack and
+// only reads the settings, so several threads may write through one channel
+// at the same time, as long as none of them changes a setting meanwhile. An
+// override of onMessageLine() must then be safe to call from several threads
+// too; the default one hands each line to std::cerr in a single write, so
+// lines are not torn, though lines of different messages may interleave
+// (a message of several lines may be split by another thread's lines).
 class MSG_EXPORT FormattingMessageChannel : public MessageChannel {
  public:
   // leftMargin 0, rightMargin 59 (60 characters a line), indent 0, format
@@ -100,23 +104,19 @@ class MSG_EXPORT FormattingMessageChannel : public MessageChannel {
   virtual void onMessageLine(bool firstLine, bool lastLine, const char* line);
 
  private:
-  // Puts `c` at `column` of `buffer`, breaking the line first if it is full.
-  void appendCharacter(char c, char* buffer);
+  struct LineState;  // the working state of one onMessage() call
+
+  // Puts `c` at the current column of the line, breaking the line first if
+  // it is full.
+  void appendCharacter(char c, LineState& state);
 
   // Every output character of `value` through appendCharacter().
-  void appendText(const char* value, char* buffer);
+  void appendText(const char* value, LineState& state);
 
   int leftMargin;
   int rightMargin;
   int indent;
   const char* textHeaderFormat;
-
-  // Working state of one onMessage() call.
-  int column;      // where the next character goes = length of the line
-  int lastBlank;   // column of the last blank on the line, -1 if none
-  bool firstLine;  // the current line is the message's first
-  int lineLeft;    // leftMargin clamped to 0 .. lineRight
-  int lineRight;   // rightMargin, at least 0
 };
 
 }  // namespace msg

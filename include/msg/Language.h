@@ -3,6 +3,8 @@
 #ifndef MSG_LANGUAGE_H_
 #define MSG_LANGUAGE_H_
 
+#include <cstddef>
+#include <cstring>
 #include <string>
 
 namespace msg {
@@ -33,17 +35,23 @@ struct Language {
     if (tag == nullptr) {
       return;
     }
-    // At most the first five characters matter; the copy stops at the
-    // terminator, so a short tag leaves zeros behind it.
-    char head[5] = {0, 0, 0, 0, 0};
-    for (int i = 0; i < 5 && tag[i] != '\0'; ++i) {
-      head[i] = tag[i];
+    // Bytes are read only below the measured length. A loop that stops at
+    // the terminator is just as safe, but g++ -O3 cannot always prove it and
+    // warns (-Warray-bounds) in the caller's code when the tag is a short
+    // literal; the range of strlen() it does follow, also for a choice
+    // between literals and for arrays of known size.
+    const std::size_t length = std::strlen(tag);
+    if (length >= 1) {
+      tagChars[0] = tag[0];
     }
-    tagChars[0] = head[0];
-    tagChars[1] = head[1];
-    if (head[2] == '-') {
-      tagChars[2] = head[3];
-      tagChars[3] = head[4];
+    if (length >= 2) {
+      tagChars[1] = tag[1];
+    }
+    if (length >= 4 && tag[2] == '-') {
+      tagChars[2] = tag[3];
+      if (length >= 5) {
+        tagChars[3] = tag[4];
+      }
     }
   }
 

@@ -16,6 +16,13 @@ class MessageHandler;
 //
 // A handler calls onMessage; whether the handler deletes the channel depends
 // on the `owned` flag given to MessageHandler::setMessageChannel.
+//
+// Thread safety: threads that write through one handler call its channels
+// at the same time, so an override of onMessage must be safe for that (or
+// lock). The default output is: it writes each record as one line, put
+// together first and handed to std::cerr in a single write, so lines of
+// different threads interleave whole and never tear within a line (with
+// std::cerr synchronised with stdio, the default).
 class MSG_EXPORT MessageChannel {
  public:
   MessageChannel() = default;

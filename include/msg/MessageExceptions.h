@@ -15,7 +15,7 @@ namespace msg {
 // a null handler. The only text the library uses is "MessageHandler corrupted."
 class MSG_EXPORT MessageHandlerError {
  public:
-  explicit MessageHandlerError(const char* text) : text(text) {}
+  explicit MessageHandlerError(const char* errorText) : text(errorText) {}
   const char* getText() const { return text; }
 
  private:
@@ -26,8 +26,8 @@ class MSG_EXPORT MessageHandlerError {
 // namespace, identifier and language stood in the table.
 class MSG_EXPORT MessageExists {
  public:
-  MessageExists(const char* nameSpace, const char* identifier)
-      : nameSpace(nameSpace), identifier(identifier) {}
+  MessageExists(const char* keyNamespace, const char* keyIdentifier)
+      : nameSpace(keyNamespace), identifier(keyIdentifier) {}
   const char* getNamespace() const { return nameSpace; }
   const char* getIdentifier() const { return identifier; }
 
@@ -40,8 +40,8 @@ class MSG_EXPORT MessageExists {
 // the not-found message ("msg", "notfound") in an acceptable language.
 class MSG_EXPORT MessageNotFound {
  public:
-  MessageNotFound(const char* nameSpace, const char* identifier)
-      : nameSpace(nameSpace), identifier(identifier) {}
+  MessageNotFound(const char* keyNamespace, const char* keyIdentifier)
+      : nameSpace(keyNamespace), identifier(keyIdentifier) {}
   const char* getNamespace() const { return nameSpace; }
   const char* getIdentifier() const { return identifier; }
 

@@ -29,8 +29,13 @@ class MessageTable;
 // strings) and each channel passed with `owned` true. It never owns its
 // parent.
 //
-// Thread safety: none. One thread at a time may use a handler and anything
-// reached from it.
+// Thread safety: the handler takes no lock. Everything that changes it
+// (setters, entries added to its table, loads) needs the handler to itself.
+// Once configured and loaded, any number of threads may call getMessage(),
+// getMessageNotFound() and the writeMessage family at the same time, each
+// with records of its own, as long as no thread changes the handler
+// meanwhile; its channels are then called from all of those threads (see
+// MessageChannel).
 class MSG_EXPORT MessageHandler {
  public:
   // Root handler: threshold info, language list ["en"], a default

@@ -37,8 +37,10 @@ namespace msg {
 // in the library deletes the process-wide handler; a client that does so
 // must not call either object() afterwards.
 //
-// Thread safety: none. One thread at a time may use the handler; a load
-// changes its table.
+// Thread safety: as MessageHandler. A load changes the table, so no other
+// thread may use the handler during loadMessageDocument(); the first call of
+// object() stacks the process-wide handler and belongs before any thread
+// starts using it.
 class MSG_EXPORT MessageHandlerX : public MessageHandler {
  public:
   // A root handler with the defaults of MessageHandler() (threshold info,
