@@ -114,6 +114,14 @@ bool Catalogue::readEntries(const std::string& file) {
   try {
     document = msg::parseMessageDocument(file.c_str());
   } catch (msg::DocumentRefused& refused) {
+    // The parser names the document by its full path; a problem in the
+    // document itself names it as the user did.
+    for (msg::DocumentProblem& problem : refused.problems) {
+      std::error_code ignored;
+      if (problem.file.empty() || std::filesystem::equivalent(problem.file, file, ignored)) {
+        problem.file = file;
+      }
+    }
     refused_.push_back(RefusedDocument{file, std::move(refused.problems)});
     return false;
   }
