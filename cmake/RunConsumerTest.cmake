@@ -85,6 +85,9 @@ run_step("Running the find_package consumer" "${consumer_build}/app")
 expect_line("The find_package consumer" "${run_stderr}" "${expected_line}")
 run_step("Running the C++20 find_package consumer" "${consumer_build}/app20")
 expect_line("The C++20 find_package consumer" "${run_stderr}" "${expected_line20}")
+# typed_app uses keys that the installed msgtool generated through the
+# installed msg_generate_header().
+run_step("Running the typed-key consumer" "${consumer_build}/typed_app")
 
 # 3. pkg-config.
 file(GLOB_RECURSE pc_files "${prefix}/*/msg.pc")
