@@ -1,7 +1,7 @@
 # Developer entry points. `make demo` and `make test` work on a fresh Debian 12
 # machine: they install what is missing, configure, build and run.
 
-DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
+DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev libxxhash-dev \
                    libgtest-dev libgmock-dev libbenchmark-dev
 
 RELEASE_DIR := build/release
