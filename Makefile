@@ -1,8 +1,11 @@
 # Developer entry points. `make demo` and `make test` work on a fresh Debian 12
 # machine: they install what is missing, configure, build and run.
 
-DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev libxxhash-dev \
-                   libgtest-dev libgmock-dev libbenchmark-dev
+DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
+                   libgtest-dev libgmock-dev libbenchmark-dev \
+                   libcli11-dev nlohmann-json3-dev
+# Checksums of compiled catalogues (header only).
+DEBIAN_PACKAGES += libxxhash-dev
 
 RELEASE_DIR := build/release
 TEST_DIR    := build/debug-asan
