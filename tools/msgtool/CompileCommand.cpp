@@ -6,14 +6,13 @@
 
 #include <iostream>
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Catalogue.h"
 #include "CommandSupport.h"
-#include "Placeholders.h"
+#include "Findings.h"
 #include "Subcommand.h"
 #include "ToolError.h"
 #include "message_documents/CompiledCatalogueWriter.h"
@@ -28,22 +27,16 @@ struct CompileOptions {
   bool force = false;
 };
 
-// Prints every key whose languages disagree on their placeholders, naming
-// the text that differs from the key's first one; returns how many.
-std::size_t reportPlaceholderMismatches(const Catalogue& catalogue) {
+// Prints the placeholder findings at error level that `msgtool check`
+// reports, in its format; returns how many.
+std::size_t reportPlaceholderErrors(const Catalogue& catalogue) {
   std::size_t found = 0;
-  for (const auto& [key, entries] : catalogue.byKey()) {
-    const CatalogueEntry& reference = *entries.front();
-    const std::set<unsigned> expected = placeholderNumbers(reference.text);
-    for (const CatalogueEntry* entry : entries) {
-      const std::set<unsigned> numbers = placeholderNumbers(entry->text);
-      if (numbers != expected) {
-        std::cerr << describePlace(entry->place) << ": error: " << key.first << ":"
-                  << key.second << " [" << entry->packedLanguage << "] has placeholders "
-                  << describePlaceholders(numbers) << ", its [" << reference.packedLanguage
-                  << "] text " << describePlaceholders(expected) << '\n';
-        ++found;
-      }
+  for (const Finding& finding : findFindings(catalogue, CheckSettings{})) {
+    if (finding.severity == FindingSeverity::error &&
+        finding.code == code::kPlaceholderMismatch) {
+      std::cerr << describePlace(finding.place) << ": error: " << finding.message << " ["
+                << finding.code << "]\n";
+      ++found;
     }
   }
   return found;
@@ -51,7 +44,7 @@ std::size_t reportPlaceholderMismatches(const Catalogue& catalogue) {
 
 int runCompile(const CompileOptions& options) {
   const Catalogue catalogue = readWholeCatalogue(options.files);
-  const std::size_t mismatches = reportPlaceholderMismatches(catalogue);
+  const std::size_t mismatches = reportPlaceholderErrors(catalogue);
   if (mismatches > 0 && !options.force) {
     std::cerr << "msgtool compile: " << mismatches
               << " placeholder error(s); nothing written. Fix them, or pass --force to compile "
