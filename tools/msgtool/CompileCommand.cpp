@@ -32,8 +32,7 @@ struct CompileOptions {
 std::size_t reportPlaceholderErrors(const Catalogue& catalogue) {
   std::size_t found = 0;
   for (const Finding& finding : findFindings(catalogue, CheckSettings{})) {
-    if (finding.severity == FindingSeverity::error &&
-        finding.code == code::kPlaceholderMismatch) {
+    if (finding.severity == FindingSeverity::error && finding.code == code::kPlaceholderMismatch) {
       std::cerr << describePlace(finding.place) << ": error: " << finding.message << " ["
                 << finding.code << "]\n";
       ++found;
