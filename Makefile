@@ -4,6 +4,8 @@
 DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
                    libgtest-dev libgmock-dev libbenchmark-dev \
                    libcli11-dev nlohmann-json3-dev
+# Checksums of compiled catalogues (header only).
+DEBIAN_PACKAGES += libxxhash-dev
 
 RELEASE_DIR := build/release
 TEST_DIR    := build/debug-asan

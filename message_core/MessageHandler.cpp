@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "message_core/MessageTable.h"
+#include "message_documents/CompiledCatalogueLoader.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
@@ -68,6 +69,8 @@ MessageHandler::~MessageHandler() {
     delete messageChannel2;
   }
   delete messageTable;
+  // Only now, with no table left to link them, may borrowed entries go.
+  delete compiledCatalogues;
 }
 
 void MessageHandler::setSeverityLevel(SeverityLevel level) {

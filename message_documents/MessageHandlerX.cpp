@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "message_documents/CompiledCatalogueLoader.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
@@ -131,6 +132,14 @@ void MessageHandlerX::loadMessageDocument(const char* path) {
     reportAndThrow(*this, kNoCollectionId, path, kNoCollectionText);
   }
   registerCollection(collection, getLanguageList(), this);
+}
+
+}  // namespace msg
+
+namespace msg {
+
+void MessageHandlerX::loadCompiledCatalogue(const char* path) {
+  CompiledCatalogueLoader::load(*this, path);
 }
 
 }  // namespace msg

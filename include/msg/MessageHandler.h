@@ -9,6 +9,7 @@
 
 namespace msg {
 
+class CompiledCatalogueStorage;
 class MTE;
 class Message;
 class MessageChannel;
@@ -28,6 +29,20 @@ class MessageTable;
 // Ownership: the handler owns its table (and every entry made with copied
 // strings) and each channel passed with `owned` true. It never owns its
 // parent.
+//
+// Compiled catalogues (MessageHandlerX::loadCompiledCatalogue) add one
+// owner more, held by the handler beside its table:
+//
+//   what                               owned by       released
+//   the read-only mapping of the file  the handler    ~MessageHandler, after the table
+//   the entries of one load (1 block)  the handler    ~MessageHandler, after the table
+//   the strings of those entries       the mapping    with the mapping
+//
+// Those entries are linked with ownsStrings false, so the table never
+// deletes them; an entry that a later load or registration replaces is only
+// unlinked and stays valid until the handler dies, as do the strings of
+// every record made from it. Each load keeps its file mapped until then,
+// also when all of its entries have been replaced.
 //
 // Thread safety: the handler takes no lock. Everything that changes it
 // (setters, entries added to its table, loads) needs the handler to itself.
@@ -124,6 +139,7 @@ class MSG_EXPORT MessageHandler {
 
  private:
   friend class MTE;
+  friend class CompiledCatalogueLoader;
 
   // Links `entry` into the table, growing the table first if its chains
   // have become long. Throws MessageExists for a duplicate if
@@ -138,6 +154,9 @@ class MSG_EXPORT MessageHandler {
   bool messageChannelOwned;
   bool messageChannel2Owned;
   MessageTable* messageTable;  // owned, never null after construction
+  // Mappings and entry blocks of compiled catalogues; owned, null until the
+  // first one is loaded.
+  CompiledCatalogueStorage* compiledCatalogues = nullptr;
 };
 
 }  // namespace msg

@@ -1,0 +1,129 @@
+// Fuzzes the compiled catalogue loader: arbitrary bytes as a file, loaded by
+// MessageHandlerX::loadCompiledCatalogue into a handler that already holds
+// an entry. Each input is tried twice: as it is, and with its checksum made
+// right, so that mutations reach the checks behind the checksum. The
+// in-memory reader decides on every input; the loader, from a file, must
+// decide the same: succeed, or fail with ErrorInMessageDocument leaving the
+// table as it was. After a load every accepted text of the file is found.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "message_core/MessageTable.h"
+#include "message_documents/CompiledCatalogueFormat.h"
+#include "message_documents/CompiledCatalogueReader.h"
+#include "msg/ErrorInMessageDocument.h"
+#include "msg/MTE.h"
+#include "msg/Message.h"
+#include "msg/MessageHandlerX.h"
+
+namespace {
+
+std::string* scratchPath = nullptr;
+
+void fail(const char* what) {
+  std::fprintf(stderr, "compiled catalogue check failed: %s\n", what);
+  std::abort();
+}
+
+class ProbeHandler : public msg::MessageHandlerX {
+ public:
+  ProbeHandler() {
+    setMessageChannel(nullptr, false);
+    const msg::Language languages[] = {msg::Language("de-AT"), msg::Language("de"),
+                                       msg::Language("en")};
+    setLanguageList(msg::LanguageList(3, languages));
+    new msg::MTE(msg::info, "en", "\x01", "\x01", "made before", this, false, true);
+    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "cannot load &0", this, false,
+                 true);
+  }
+  std::uint32_t entryCount() const { return messageTableOf(*this)->getCount(); }
+};
+
+void writeScratch(const unsigned char* data, std::size_t size) {
+  const int fd = open(scratchPath->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  if (fd < 0 || (size > 0 && write(fd, data, size) != static_cast<ssize_t>(size)) ||
+      close(fd) != 0) {
+    fail("cannot write the scratch file");
+  }
+}
+
+void loadOnce(const unsigned char* data, std::size_t size) {
+  const msg::CompiledCatalogueReader reader(data, size);
+  // Most inputs are refused by the reader; the whole load through a file
+  // and a handler runs for every accepted one and for one refused in 32,
+  // which keeps the target fast enough for long runs.
+  static unsigned refusedCount = 0;
+  if (!reader.problem().empty() && refusedCount++ % 32 != 0) {
+    return;
+  }
+  writeScratch(data, size);
+  ProbeHandler handler;
+  const std::uint32_t before = handler.entryCount();
+  bool loaded = true;
+  try {
+    handler.loadCompiledCatalogue(scratchPath->c_str());
+  } catch (const msg::ErrorInMessageDocument& error) {
+    loaded = false;
+    if (error.getProblems().empty()) {
+      fail("a refusal without a problem");
+    }
+  }
+  if (loaded != reader.problem().empty()) {
+    fail("the loader and the reader disagree");
+  }
+  if (!loaded && handler.entryCount() != before) {
+    fail("a refused file changed the table");
+  }
+  std::unique_ptr<msg::Message> kept(handler.getMessage("\x01", "\x01"));
+  if (kept == nullptr) {
+    fail("the entry made before is gone");  // a file of that key may replace it, not remove it
+  }
+  if (!loaded) {
+    return;
+  }
+  const msg::LanguageList languages = handler.getLanguageList();
+  for (std::uint32_t i = 0; i < reader.entryCount() && i < 64; ++i) {
+    const msg::CompiledCatalogueReader::Entry entry = reader.entry(i);
+    if (languages.distance(msg::Language(entry.language)) < 0) {
+      continue;
+    }
+    std::unique_ptr<msg::Message> record(handler.getMessage(entry.nameSpace, entry.identifier));
+    if (record == nullptr) {
+      fail("an accepted text is not found");
+    }
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  static msg::MessageHandlerX xmlSystemKeeper;  // each handler only joins the running system
+  // In memory where possible: a file truncated and rewritten on a disk file
+  // system is flushed at every close.
+  const char* dir = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::getenv("TMPDIR");
+  static std::string path = std::string(dir != nullptr ? dir : "/tmp") + "/msg-compiled-fuzz-" +
+                            std::to_string(getpid()) + ".msgc";
+  scratchPath = &path;
+  std::atexit([] { unlink(scratchPath->c_str()); });
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  loadOnce(data, size);
+  if (size >= msg::compiled::kHeaderSize) {
+    std::vector<unsigned char> fixed(data, data + size);
+    msg::compiled::writeU64(fixed.data() + msg::compiled::kChecksumOffset,
+                            msg::compiled::checksumOf(fixed.data(), fixed.size()));
+    loadOnce(fixed.data(), fixed.size());
+  }
+  return 0;
+}

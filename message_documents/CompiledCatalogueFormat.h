@@ -1,0 +1,111 @@
+// CompiledCatalogueFormat: the byte layout of a compiled catalogue, shared by
+// the writer and the loader. docs/compiled-catalogues.md describes it for
+// people; this header is its one definition in code.
+//
+// Private to the library: not installed.
+
+#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEFORMAT_H_
+#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEFORMAT_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace msg {
+namespace compiled {
+
+// Every integer is little-endian, whatever the host, and is read and
+// written through the helpers below, so no field needs to be aligned.
+//
+// Header (version 1.0: 56 bytes)
+//   0  8  magic            kMagic
+//   8  2  major version    a reader refuses a major version it does not know
+//  10  2  minor version    additions a reader of the same major may ignore
+//  12  4  byte order       kByteOrderMark; the bytes 04 03 02 01
+//  16  8  checksum         XXH3-64 of the whole file, these 8 bytes read as 0
+//  24  8  file size        bytes of the whole file
+//  32  4  header size      at least kHeaderSize
+//  36  4  entry count
+//  40  4  entry size       at least kEntrySize
+//  44  4  entry table      offset of the first entry
+//  48  4  string block     offset of the block
+//  52  4  string block size
+//
+// Entry (version 1.0: 20 bytes), one per text
+//   0  4  namespace        offset in the string block
+//   4  4  identifier       offset in the string block
+//   8  4  text             offset in the string block
+//  12  2  severity         0 info, 1 warning, 2 error, 3 abort
+//  14  6  language tag     1 to 5 bytes, then zero bytes to the end
+//
+// The string block holds NUL-terminated strings; its last byte is NUL, so
+// every offset inside the block reaches a terminator inside it.
+
+inline constexpr unsigned char kMagic[8] = {0x89, 'M', 'S', 'G', 'C', '\r', '\n', 0x1a};
+inline constexpr std::uint16_t kMajorVersion = 1;
+inline constexpr std::uint16_t kMinorVersion = 0;
+inline constexpr std::uint32_t kByteOrderMark = 0x01020304;
+
+inline constexpr std::size_t kMagicOffset = 0;
+inline constexpr std::size_t kMajorOffset = 8;
+inline constexpr std::size_t kMinorOffset = 10;
+inline constexpr std::size_t kByteOrderOffset = 12;
+inline constexpr std::size_t kChecksumOffset = 16;
+inline constexpr std::size_t kChecksumSize = 8;
+inline constexpr std::size_t kFileSizeOffset = 24;
+inline constexpr std::size_t kHeaderSizeOffset = 32;
+inline constexpr std::size_t kEntryCountOffset = 36;
+inline constexpr std::size_t kEntrySizeOffset = 40;
+inline constexpr std::size_t kEntryTableOffset = 44;
+inline constexpr std::size_t kStringBlockOffset = 48;
+inline constexpr std::size_t kStringBlockSizeOffset = 52;
+inline constexpr std::size_t kHeaderSize = 56;
+
+inline constexpr std::size_t kEntryNamespace = 0;
+inline constexpr std::size_t kEntryIdentifier = 4;
+inline constexpr std::size_t kEntryText = 8;
+inline constexpr std::size_t kEntrySeverity = 12;
+inline constexpr std::size_t kEntryLanguage = 14;
+inline constexpr std::size_t kLanguageField = 6;  // a tag of at most 5 bytes and its NUL
+inline constexpr std::size_t kEntrySize = 20;
+
+inline constexpr std::uint16_t kHighestSeverity = 3;
+
+inline std::uint16_t readU16(const unsigned char* p) {
+  return static_cast<std::uint16_t>(p[0] | (p[1] << 8));
+}
+
+inline std::uint32_t readU32(const unsigned char* p) {
+  return static_cast<std::uint32_t>(p[0]) | (static_cast<std::uint32_t>(p[1]) << 8) |
+         (static_cast<std::uint32_t>(p[2]) << 16) | (static_cast<std::uint32_t>(p[3]) << 24);
+}
+
+inline std::uint64_t readU64(const unsigned char* p) {
+  return static_cast<std::uint64_t>(readU32(p)) |
+         (static_cast<std::uint64_t>(readU32(p + 4)) << 32);
+}
+
+inline void writeU16(unsigned char* p, std::uint16_t value) {
+  p[0] = static_cast<unsigned char>(value);
+  p[1] = static_cast<unsigned char>(value >> 8);
+}
+
+inline void writeU32(unsigned char* p, std::uint32_t value) {
+  for (int i = 0; i < 4; ++i) {
+    p[i] = static_cast<unsigned char>(value >> (8 * i));
+  }
+}
+
+inline void writeU64(unsigned char* p, std::uint64_t value) {
+  writeU32(p, static_cast<std::uint32_t>(value));
+  writeU32(p + 4, static_cast<std::uint32_t>(value >> 32));
+}
+
+// The checksum of `size` bytes that begin with a whole header: XXH3-64 with
+// the checksum field taken as zero.
+// REQUIRES: size >= kHeaderSize.
+std::uint64_t checksumOf(const unsigned char* bytes, std::size_t size);
+
+}  // namespace compiled
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEFORMAT_H_

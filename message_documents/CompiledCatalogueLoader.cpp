@@ -1,0 +1,175 @@
+#include "message_documents/CompiledCatalogueLoader.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "message_documents/CompiledCatalogueReader.h"
+#include "msg/ErrorInMessageDocument.h"
+#include "msg/LanguageList.h"
+#include "msg/MTE.h"
+#include "msg/Message.h"
+#include "msg/MessageHandler.h"
+
+namespace msg {
+
+namespace {
+
+// The file, open and mapped read-only while it is checked. The descriptor is
+// closed at the end of the load; the mapping stays until released.
+class MappedFile {
+ public:
+  explicit MappedFile(const char* path) {
+    // O_NONBLOCK: opening a FIFO must not wait for a writer.
+    descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0) {
+      fault = std::string("the file cannot be opened: ") + std::strerror(errno);
+      return;
+    }
+    if (fstat(descriptor, &opened) != 0) {
+      fault = std::string("the file cannot be examined: ") + std::strerror(errno);
+      return;
+    }
+    if (!S_ISREG(opened.st_mode)) {
+      fault = S_ISDIR(opened.st_mode) ? "the path names a folder, not a file"
+                                      : "the path names no regular file (a FIFO, socket or device)";
+      return;
+    }
+    size = static_cast<std::size_t>(opened.st_size);
+    if (size == 0) {
+      return;  // the reader names the fault; there is nothing to map
+    }
+    int flags = MAP_PRIVATE;
+#ifdef MAP_POPULATE
+    flags |= MAP_POPULATE;  // every page is read by the checksum anyway
+#endif
+    void* address = mmap(nullptr, size, PROT_READ, flags, descriptor, 0);
+    if (address == MAP_FAILED) {
+      fault = std::string("the file cannot be mapped: ") + std::strerror(errno);
+      return;
+    }
+    mapping = address;
+  }
+
+  MappedFile(const MappedFile&) = delete;
+  MappedFile& operator=(const MappedFile&) = delete;
+
+  ~MappedFile() {
+    if (mapping != nullptr) {
+      munmap(mapping, size);
+    }
+    if (descriptor >= 0) {
+      close(descriptor);
+    }
+  }
+
+  // True if the file still has the size, time and identity it had when it
+  // was mapped: then the bytes checked are the bytes of the file.
+  bool unchanged() const {
+    struct stat now {};
+    return fstat(descriptor, &now) == 0 && now.st_size == opened.st_size &&
+           now.st_ino == opened.st_ino && now.st_mtim.tv_sec == opened.st_mtim.tv_sec &&
+           now.st_mtim.tv_nsec == opened.st_mtim.tv_nsec;
+  }
+
+  // Hands the mapping over; the descriptor is closed.
+  void* release() {
+    close(descriptor);
+    descriptor = -1;
+    return std::exchange(mapping, nullptr);
+  }
+
+  const std::string& problem() const {
+    return fault;
+  }
+  const unsigned char* bytes() const {
+    return static_cast<const unsigned char*>(mapping);
+  }
+  std::size_t length() const {
+    return size;
+  }
+
+ private:
+  int descriptor = -1;
+  struct stat opened {};
+  void* mapping = nullptr;
+  std::size_t size = 0;
+  std::string fault;
+};
+
+[[noreturn]] void refuse(MessageHandler& handler, const char* path, const std::string& why) {
+  {
+    Message report(&handler, "msgx", "MessageDocumentError");
+    handler.writeMessage1(report, path);
+  }
+  throw ErrorInMessageDocument(
+      (std::string("Message document \"") + path + "\" contains syntactical error.").c_str(),
+      {DocumentProblem{path, 0, 0, "compiled catalogue refused: " + why}});
+}
+
+}  // namespace
+
+CompiledCatalogueStorage::~CompiledCatalogueStorage() {
+  for (Load& load : loads) {
+    for (std::size_t i = 0; i < load.constructed; ++i) {
+      load.entries[i].~MTE();
+    }
+    ::operator delete(load.entries);
+    munmap(load.mapping, load.mappingSize);
+  }
+}
+
+void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
+  MappedFile file(path);
+  if (!file.problem().empty()) {
+    refuse(handler, path, file.problem());
+  }
+  const CompiledCatalogueReader reader(file.bytes(), file.length());
+  if (!reader.problem().empty()) {
+    refuse(handler, path, reader.problem());
+  }
+  if (!file.unchanged()) {
+    refuse(handler, path, "the file changed while it was read");
+  }
+
+  // Count first, so the entries take one block of exactly their size.
+  const LanguageList languages = handler.getLanguageList();
+  std::size_t accepted = 0;
+  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
+    accepted += languages.distance(Language(reader.entry(i).language)) >= 0 ? 1 : 0;
+  }
+
+  // Everything that can fail to allocate comes before the first entry is
+  // linked; from then on, the storage owns the block and the mapping.
+  if (handler.compiledCatalogues == nullptr) {
+    handler.compiledCatalogues = new CompiledCatalogueStorage();
+  }
+  std::vector<CompiledCatalogueStorage::Load>& loads = handler.compiledCatalogues->loads;
+  loads.reserve(loads.size() + 1);
+  MTE* entries = static_cast<MTE*>(::operator new(accepted * sizeof(MTE)));
+  loads.push_back({file.release(), file.length(), entries, 0});
+  CompiledCatalogueStorage::Load& load = loads.back();
+
+  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
+    const CompiledCatalogueReader::Entry entry = reader.entry(i);
+    if (languages.distance(Language(entry.language)) < 0) {
+      continue;
+    }
+    // Strings borrowed from the mapping; linking replaces an entry of the
+    // same key. A failure to grow the table leaves the entries linked so far.
+    new (&entries[load.constructed])
+        MTE(static_cast<short>(entry.severity), entry.language, entry.nameSpace, entry.identifier,
+            entry.text, &handler, false, false);
+    ++load.constructed;
+  }
+}
+
+}  // namespace msg

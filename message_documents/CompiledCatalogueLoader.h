@@ -1,0 +1,60 @@
+// CompiledCatalogueLoader: fills a handler's table from a compiled catalogue
+// whose strings stay in the mapped file, and keeps what those entries
+// borrow for as long as the handler lives.
+//
+// Private to the library: not installed.
+
+#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUELOADER_H_
+#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUELOADER_H_
+
+#include <cstddef>
+#include <vector>
+
+namespace msg {
+
+class MTE;
+class MessageHandler;
+
+// What the entries of a handler's compiled catalogues borrow: for each load,
+// the read-only mapping of the file (their strings) and one block that holds
+// the entries themselves. The entries are linked into the handler's table
+// with ownsStrings false, so the table never deletes them; this storage
+// does, after the table is gone (~MessageHandler). An entry that a later
+// load replaces is unlinked but stays here, so a record made from it before
+// keeps valid strings until the handler dies.
+class CompiledCatalogueStorage {
+ public:
+  CompiledCatalogueStorage() = default;
+  CompiledCatalogueStorage(const CompiledCatalogueStorage&) = delete;
+  CompiledCatalogueStorage& operator=(const CompiledCatalogueStorage&) = delete;
+
+  // Destroys every entry and releases every block and mapping.
+  // REQUIRES: no table links any of the entries any more.
+  ~CompiledCatalogueStorage();
+
+ private:
+  friend class CompiledCatalogueLoader;
+
+  struct Load {
+    void* mapping;  // munmap on release
+    std::size_t mappingSize;
+    MTE* entries;             // ::operator new, room for `capacity` entries
+    std::size_t constructed;  // entries [0, constructed) are alive
+  };
+  std::vector<Load> loads;
+};
+
+class CompiledCatalogueLoader {
+ public:
+  // Maps the compiled catalogue `path`, checks every byte of it, and then
+  // registers one entry per text whose language the handler's list accepts,
+  // replacing entries of the same key without complaint. Nothing is
+  // registered unless the whole file is accepted. On refusal: the report
+  // "msgx", "MessageDocumentError" with `path` through `handler`, then
+  // ErrorInMessageDocument whose problems say what is wrong.
+  static void load(MessageHandler& handler, const char* path);
+};
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUELOADER_H_

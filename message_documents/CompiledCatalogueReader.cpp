@@ -1,0 +1,148 @@
+#include "message_documents/CompiledCatalogueReader.h"
+
+#include <cstring>
+#include <utility>
+
+#include "message_documents/CompiledCatalogueFormat.h"
+
+namespace msg {
+
+using namespace compiled;
+
+namespace {
+
+std::string number(std::uint64_t value) {
+  return std::to_string(value);
+}
+
+}  // namespace
+
+CompiledCatalogueReader::CompiledCatalogueReader(const unsigned char* bytes, std::size_t size)
+    : bytes(bytes), size(size) {
+  if (checkHeader()) {
+    checkEntries();
+  }
+}
+
+bool CompiledCatalogueReader::refuse(std::string why) {
+  fault = std::move(why);
+  return false;
+}
+
+bool CompiledCatalogueReader::checkHeader() {
+  if (size == 0) {
+    return refuse("the file is empty");
+  }
+  const std::size_t magicBytes = size < sizeof kMagic ? size : sizeof kMagic;
+  if (std::memcmp(bytes + kMagicOffset, kMagic, magicBytes) != 0) {
+    return refuse(
+        "the file is not a compiled catalogue (its first bytes are not the magic number)");
+  }
+  if (size < kHeaderSize) {
+    return refuse("the file ends after " + number(size) + " bytes, inside the " +
+                  number(kHeaderSize) + "-byte header");
+  }
+  const std::uint16_t major = readU16(bytes + kMajorOffset);
+  const std::uint16_t minor = readU16(bytes + kMinorOffset);
+  if (major != kMajorVersion) {
+    const std::string version = number(major) + "." + number(minor);
+    return refuse(major > kMajorVersion
+                      ? "format version " + version + " is newer than this library reads (" +
+                            number(kMajorVersion) +
+                            ".x); compile the catalogue again with this "
+                            "library's msgtool"
+                      : "format version " + version + " is not one this library knows");
+  }
+  const std::uint32_t order = readU32(bytes + kByteOrderOffset);
+  if (order != kByteOrderMark) {
+    return refuse("the byte-order mark is not 04 03 02 01 (only little-endian files exist)");
+  }
+  const std::uint64_t declaredSize = readU64(bytes + kFileSizeOffset);
+  if (declaredSize != size) {
+    return refuse("the file holds " + number(size) + " bytes but its header says " +
+                  number(declaredSize) + " (truncated or extended)");
+  }
+  if (readU64(bytes + kChecksumOffset) != checksumOf(bytes, size)) {
+    return refuse("the checksum does not match the contents (the file is damaged)");
+  }
+
+  // The sections, in this order, each inside the file: header, entry table,
+  // string block. Every sum is made in 64 bits from 32-bit fields, and the
+  // table's length is compared by division, so nothing can overflow.
+  const std::uint64_t headerSize = readU32(bytes + kHeaderSizeOffset);
+  count = readU32(bytes + kEntryCountOffset);
+  entrySize = readU32(bytes + kEntrySizeOffset);
+  const std::uint64_t tableOffset = readU32(bytes + kEntryTableOffset);
+  const std::uint64_t stringsOffset = readU32(bytes + kStringBlockOffset);
+  stringsSize = readU32(bytes + kStringBlockSizeOffset);
+  if (headerSize < kHeaderSize || headerSize > size) {
+    return refuse("the header size " + number(headerSize) + " is out of range");
+  }
+  if (entrySize < kEntrySize) {
+    return refuse("the entry size " + number(entrySize) + " is below " + number(kEntrySize));
+  }
+  if (tableOffset < headerSize || tableOffset > size) {
+    return refuse("the entry table offset " + number(tableOffset) + " is out of range");
+  }
+  if (count > (size - tableOffset) / entrySize) {
+    return refuse(number(count) + " entries of " + number(entrySize) +
+                  " bytes do not fit in the file");
+  }
+  const std::uint64_t tableEnd = tableOffset + std::uint64_t{count} * entrySize;
+  if (stringsOffset < tableEnd || stringsOffset > size || stringsSize > size - stringsOffset) {
+    return refuse("the string block (offset " + number(stringsOffset) + ", " + number(stringsSize) +
+                  " bytes) lies outside the file or over the entries");
+  }
+  if (stringsSize > 0 && bytes[stringsOffset + stringsSize - 1] != 0) {
+    return refuse("the last string of the string block has no terminator");
+  }
+  if (count > 0 && stringsSize == 0) {
+    return refuse("the file has entries but no strings");
+  }
+  table = bytes + tableOffset;
+  strings = reinterpret_cast<const char*>(bytes + stringsOffset);
+  return true;
+}
+
+bool CompiledCatalogueReader::checkEntries() {
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const unsigned char* entry = table + std::uint64_t{i} * entrySize;
+    for (std::size_t field : {kEntryNamespace, kEntryIdentifier, kEntryText}) {
+      const std::uint32_t offset = readU32(entry + field);
+      if (offset >= stringsSize) {
+        return refuse("entry " + number(i) + " points at string offset " + number(offset) +
+                      ", outside the " + number(stringsSize) + "-byte string block");
+      }
+    }
+    const std::uint16_t severity = readU16(entry + kEntrySeverity);
+    if (severity > kHighestSeverity) {
+      return refuse("entry " + number(i) + " has severity " + number(severity) + " (0 to 3 exist)");
+    }
+    const unsigned char* tag = entry + kEntryLanguage;
+    std::size_t length = 0;
+    while (length < kLanguageField && tag[length] != 0) {
+      ++length;
+    }
+    if (length == 0 || length == kLanguageField) {
+      return refuse("entry " + number(i) + " has a language tag of " +
+                    (length == 0 ? std::string("no characters") : "more than 5 characters") +
+                    " (1 to 5 are allowed)");
+    }
+    for (std::size_t k = length; k < kLanguageField; ++k) {
+      if (tag[k] != 0) {
+        return refuse("entry " + number(i) + " has bytes behind the end of its language tag");
+      }
+    }
+  }
+  return true;
+}
+
+CompiledCatalogueReader::Entry CompiledCatalogueReader::entry(std::uint32_t index) const {
+  const unsigned char* entry = table + std::uint64_t{index} * entrySize;
+  return Entry{strings + readU32(entry + kEntryNamespace),
+               strings + readU32(entry + kEntryIdentifier), strings + readU32(entry + kEntryText),
+               reinterpret_cast<const char*>(entry + kEntryLanguage),
+               readU16(entry + kEntrySeverity)};
+}
+
+}  // namespace msg

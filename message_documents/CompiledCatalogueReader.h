@@ -1,0 +1,63 @@
+// CompiledCatalogueReader: checks the bytes of a compiled catalogue and
+// reads its entries in place.
+//
+// Private to the library: not installed.
+
+#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEREADER_H_
+#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEREADER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace msg {
+
+// A view of a compiled catalogue (the format of CompiledCatalogueFormat.h)
+// that lies in memory somebody else owns, usually a mapped file. The bytes
+// may come from anywhere: the constructor checks every field before anything
+// is read through the view, touches nothing outside [bytes, bytes + size),
+// and takes time proportional to `size`.
+//
+// The strings of an entry point into the bytes: they are valid for as long
+// as the bytes are, and are never copied.
+class CompiledCatalogueReader {
+ public:
+  // One text of the catalogue, read in place.
+  struct Entry {
+    const char* nameSpace;
+    const char* identifier;
+    const char* text;
+    const char* language;    // 1 to 5 characters
+    std::uint16_t severity;  // a SeverityLevel
+  };
+
+  // Checks the `size` bytes at `bytes`. problem() then says whether they
+  // make a catalogue this library reads.
+  CompiledCatalogueReader(const unsigned char* bytes, std::size_t size);
+
+  // Empty if the bytes are a catalogue; otherwise the first fault found, as
+  // one line of words for people.
+  const std::string& problem() const { return fault; }
+
+  // Entries in file order. REQUIRES: problem() is empty; index < entryCount().
+  std::uint32_t entryCount() const { return count; }
+  Entry entry(std::uint32_t index) const;
+
+ private:
+  bool checkHeader();
+  bool checkEntries();
+  bool refuse(std::string why);
+
+  const unsigned char* bytes;
+  std::size_t size;
+  std::string fault;
+  std::uint32_t count = 0;
+  std::uint32_t entrySize = 0;
+  const unsigned char* table = nullptr;
+  const char* strings = nullptr;
+  std::uint32_t stringsSize = 0;
+};
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEREADER_H_
