@@ -2,7 +2,8 @@
 # machine: they install what is missing, configure, build and run.
 
 DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
-                   libgtest-dev libgmock-dev libbenchmark-dev
+                   libgtest-dev libgmock-dev libbenchmark-dev \
+                   libcli11-dev nlohmann-json3-dev
 
 RELEASE_DIR := build/release
 TEST_DIR    := build/debug-asan

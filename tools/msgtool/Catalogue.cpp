@@ -1,0 +1,180 @@
+#include "Catalogue.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <system_error>
+
+#include "ToolError.h"
+#include "message_documents/MessageDocumentReader.h"
+#include "msg/Language.h"
+#include "xml_access/XercesXML.h"
+
+namespace msgtool {
+
+namespace {
+
+// How much of a file is looked at to tell a binary file from a document.
+constexpr std::size_t kSniffBytes = 8192;
+
+// Text that XML allows in UTF-16 or UTF-32 holds NUL bytes; such a document
+// starts with its byte order mark or with "<" in a wide encoding.
+bool startsLikeWideText(const std::string& head) {
+  if (head.size() < 2) {
+    return false;
+  }
+  const unsigned char first = static_cast<unsigned char>(head[0]);
+  const unsigned char second = static_cast<unsigned char>(head[1]);
+  return (first == 0xFF && second == 0xFE) || (first == 0xFE && second == 0xFF) ||
+         (first == '<' && second == 0) || (first == 0 && second == '<') ||
+         (first == 0 && second == 0);
+}
+
+// Raises ToolError unless `file` can be handed to the parser as a document.
+void requireReadableDocument(const std::string& file) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::file_status status = fs::status(file, error);
+  if (!fs::exists(status)) {
+    throw ToolError(file + ": no such file");
+  }
+  if (fs::is_directory(status)) {
+    throw ToolError(file + ": is a folder; name the message documents in it");
+  }
+  if (!fs::is_regular_file(status)) {
+    throw ToolError(file + ": is not a regular file");
+  }
+  const std::uintmax_t size = fs::file_size(file, error);
+  if (error) {
+    throw ToolError(file + ": " + error.message());
+  }
+  if (size == 0) {
+    throw ToolError(file + ": is empty, not a message document");
+  }
+  if (size > Catalogue::kMaxDocumentBytes) {
+    throw ToolError(file + ": is " + std::to_string(size) +
+                    " bytes; msgtool reads documents of up to " +
+                    std::to_string(Catalogue::kMaxDocumentBytes) + " bytes");
+  }
+  std::ifstream in(file, std::ios::binary);
+  if (!in) {
+    throw ToolError(file + ": cannot be read: " + std::strerror(errno));
+  }
+  std::string head(kSniffBytes, '\0');
+  in.read(&head[0], static_cast<std::streamsize>(head.size()));
+  if (in.bad()) {
+    throw ToolError(file + ": cannot be read: " + std::strerror(errno));
+  }
+  head.resize(static_cast<std::size_t>(in.gcount()));
+  if (head.find('\0') != std::string::npos && !startsLikeWideText(head)) {
+    throw ToolError(file + ": is a binary file, not a message document");
+  }
+}
+
+SourcePlace placeOf(const std::string& file, const XercesXML::DOMNode& element) {
+  return SourcePlace{file, element.getSourceLine(), element.getSourceColumn()};
+}
+
+}  // namespace
+
+XmlSession::XmlSession() {
+  XercesXML::initializeSystem(XercesXML::UTF8);
+}
+
+XmlSession::~XmlSession() {
+  XercesXML::terminateSystem();
+}
+
+Catalogue Catalogue::read(const std::vector<std::string>& files) {
+  for (const std::string& file : files) {
+    requireReadableDocument(file);
+  }
+  Catalogue catalogue;
+  XmlSession session;
+  for (const std::string& file : files) {
+    catalogue.readDocument(file);
+  }
+  return catalogue;
+}
+
+void Catalogue::readDocument(const std::string& file) {
+  // The loader's parse decides whether the document is taken and gives the
+  // values; a second parse that keeps element positions gives the places.
+  XercesXML::DOMNode document;
+  try {
+    document = msg::parseMessageDocument(file.c_str());
+  } catch (msg::DocumentRefused& refused) {
+    refused_.push_back(RefusedDocument{file, std::move(refused.problems)});
+    return;
+  }
+  const XercesXML::DOMNode collection = msg::findMessageCollection(document);
+  if (!collection.isValid()) {
+    refused_.push_back(RefusedDocument{
+        file,
+        {msg::DocumentProblem{file, 0, 0, "No MessageCollection element found in document"}}});
+    return;
+  }
+
+  const std::size_t first = entries_.size();
+  msg::forEachDocumentText(collection, [&](const msg::DocumentText& text) {
+    CatalogueEntry entry;
+    entry.place.file = file;
+    entry.messagePlace.file = file;
+    entry.namespacePlace.file = file;
+    entry.nameSpace = text.nameSpace;
+    entry.identifier = text.identifier;
+    entry.severityWord = text.severityWord;
+    entry.language = text.language;
+    entry.text = text.readText();
+    entry.effectiveNamespace = text.effectiveNamespace();
+    entry.effectiveIdentifier = text.effectiveIdentifier();
+    entry.effectiveLanguage = text.effectiveLanguage();
+    entry.packedLanguage = msg::Language(entry.effectiveLanguage.c_str()).toString();
+    entry.severity = text.effectiveSeverity();
+    entries_.push_back(std::move(entry));
+  });
+
+  // Both parses read the same file the same way, so the Text elements come
+  // in the same order. Should the second parse fail (the file changed in
+  // between), the entries simply have no places.
+  XercesXML::DOMNode positioned;
+  try {
+    positioned = msg::parseMessageDocumentWithPositions(file.c_str());
+  } catch (const msg::DocumentRefused&) {
+    return;
+  }
+  const XercesXML::DOMNode positionedCollection = msg::findMessageCollection(positioned);
+  if (!positionedCollection.isValid()) {
+    return;
+  }
+  std::size_t index = first;
+  msg::forEachDocumentText(positionedCollection, [&](const msg::DocumentText& text) {
+    if (index >= entries_.size()) {
+      return;
+    }
+    CatalogueEntry& entry = entries_[index++];
+    entry.place = placeOf(file, text.textElement);
+    entry.messagePlace = placeOf(file, text.messageElement);
+    entry.namespacePlace = placeOf(file, text.namespaceElement);
+  });
+}
+
+std::vector<std::string> Catalogue::languages() const {
+  std::set<std::string> present;
+  for (const CatalogueEntry& entry : entries_) {
+    present.insert(entry.packedLanguage);
+  }
+  return std::vector<std::string>(present.begin(), present.end());
+}
+
+std::map<MessageKey, std::vector<const CatalogueEntry*>> Catalogue::byKey() const {
+  std::map<MessageKey, std::vector<const CatalogueEntry*>> keys;
+  for (const CatalogueEntry& entry : entries_) {
+    keys[MessageKey(entry.effectiveNamespace, entry.effectiveIdentifier)].push_back(&entry);
+  }
+  return keys;
+}
+
+}  // namespace msgtool

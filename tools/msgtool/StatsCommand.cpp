@@ -1,0 +1,98 @@
+// msgtool stats: how far each language is translated.
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Catalogue.h"
+#include "CommandSupport.h"
+#include "Subcommand.h"
+#include "msg/Language.h"
+
+namespace msgtool {
+
+namespace {
+
+struct StatsOptions {
+  std::vector<std::string> files;
+  std::string languages;
+  OutputFormat format = OutputFormat::text;
+};
+
+struct LanguageCount {
+  std::string language;
+  std::size_t translated = 0;
+  std::size_t missing = 0;
+  double share = 0.0;  // translated / messages, 0 with no messages
+};
+
+int runStats(const StatsOptions& options) {
+  const Catalogue catalogue = readWholeCatalogue(options.files);
+  const auto keys = catalogue.byKey();
+
+  std::vector<std::string> languages;
+  for (const std::string& tag : splitList(options.languages)) {
+    languages.push_back(msg::Language(tag.c_str()).toString());
+  }
+  if (languages.empty()) {
+    languages = catalogue.languages();
+  }
+
+  std::vector<LanguageCount> counts;
+  for (const std::string& language : languages) {
+    LanguageCount count{language};
+    for (const auto& key : keys) {
+      bool found = false;
+      for (const CatalogueEntry* entry : key.second) {
+        found = found || entry->packedLanguage == language;
+      }
+      ++(found ? count.translated : count.missing);
+    }
+    count.share = keys.empty() ? 0.0 : static_cast<double>(count.translated) / keys.size();
+    counts.push_back(count);
+  }
+
+  if (options.format == OutputFormat::json) {
+    nlohmann::ordered_json out;
+    out["messages"] = keys.size();
+    out["languages"] = nlohmann::ordered_json::array();
+    for (const LanguageCount& count : counts) {
+      out["languages"].push_back({{"language", count.language},
+                                  {"translated", count.translated},
+                                  {"missing", count.missing},
+                                  {"share", count.share}});
+    }
+    std::cout << out.dump(2) << '\n';
+    return kExitClean;
+  }
+  for (const LanguageCount& count : counts) {
+    char share[16];
+    std::snprintf(share, sizeof share, "%.1f%%", 100.0 * count.share);
+    std::cout << count.language << ": " << count.translated << " translated, " << count.missing
+              << " missing, " << share << " of " << keys.size() << " messages\n";
+  }
+  return kExitClean;
+}
+
+Action setUpStats(CLI::App& command) {
+  auto options = std::make_shared<StatsOptions>();
+  command.add_option("--languages", options->languages,
+                     "Languages to count, comma-separated (default: every language present)");
+  addFormatOption(command, options->format);
+  addDocumentsArgument(command, options->files);
+  return [options] { return runStats(*options); };
+}
+
+const SubcommandRegistration registration("stats",
+                                          "Count translated and missing messages per language",
+                                          setUpStats);
+
+}  // namespace
+
+}  // namespace msgtool

@@ -1,0 +1,31 @@
+#include "Subcommand.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace msgtool {
+
+namespace {
+
+// Function-local, so registrations from other files' static objects find it
+// constructed whatever the order of initialisation.
+std::vector<SubcommandInfo>& registry() {
+  static std::vector<SubcommandInfo> subcommands;
+  return subcommands;
+}
+
+}  // namespace
+
+SubcommandRegistration::SubcommandRegistration(std::string name, std::string description,
+                                               SetUp setUp) {
+  registry().push_back(SubcommandInfo{std::move(name), std::move(description), std::move(setUp)});
+}
+
+std::vector<SubcommandInfo> registeredSubcommands() {
+  std::vector<SubcommandInfo> sorted = registry();
+  std::sort(sorted.begin(), sorted.end(),
+            [](const SubcommandInfo& a, const SubcommandInfo& b) { return a.name < b.name; });
+  return sorted;
+}
+
+}  // namespace msgtool

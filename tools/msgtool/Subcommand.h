@@ -1,0 +1,65 @@
+// Subcommand: how a subcommand of msgtool joins the command line.
+//
+// Each subcommand lives in its own file and registers itself there with a
+// static SubcommandRegistration; main() knows none of them by name. A
+// registration names the subcommand, says in one line what it does, and
+// supplies a setup function. main() makes the CLI11 subcommand, hands it to
+// the setup function, which declares the options and returns the action to
+// run when the user picked this subcommand.
+//
+//   namespace {
+//   msgtool::Action setUp(CLI::App& command) {
+//     auto options = std::make_shared<Options>();
+//     command.add_option("FILE", options->files, "...")->required();
+//     return [options] { return run(*options); };
+//   }
+//   const msgtool::SubcommandRegistration registration("stats", "Counts ...", setUp);
+//   }  // namespace
+
+#ifndef MSGTOOL_SUBCOMMAND_H_
+#define MSGTOOL_SUBCOMMAND_H_
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace msgtool {
+
+// The exit codes scripts rely on.
+enum ExitCode : int {
+  kExitClean = 0,     // nothing found, or nothing to find
+  kExitFindings = 1,  // findings at error level
+  kExitFailure = 2,   // wrong usage, or an input or output that failed
+};
+
+// Runs the chosen subcommand once its options are parsed; returns its exit
+// code. May raise ToolError (see ToolError.h) for exit code 2.
+using Action = std::function<int()>;
+
+// Declares the options of `command` and returns what to run.
+using SetUp = std::function<Action(CLI::App& command)>;
+
+struct SubcommandInfo {
+  std::string name;
+  std::string description;  // one line, for the tool's --help
+  SetUp setUp;
+};
+
+// Adds a subcommand to the tool while the program starts. Make one static
+// object per subcommand, in the subcommand's own file.
+class SubcommandRegistration {
+ public:
+  SubcommandRegistration(std::string name, std::string description, SetUp setUp);
+};
+
+// Every registered subcommand, sorted by name (registration order across
+// files is not defined, and --help should not depend on the link order).
+std::vector<SubcommandInfo> registeredSubcommands();
+
+}  // namespace msgtool
+
+#endif  // MSGTOOL_SUBCOMMAND_H_
