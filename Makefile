@@ -3,7 +3,7 @@
 
 DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
                    libgtest-dev libgmock-dev libbenchmark-dev \
-                   libcli11-dev nlohmann-json3-dev
+                   libcli11-dev nlohmann-json3-dev libxxhash-dev
 
 RELEASE_DIR := build/release
 TEST_DIR    := build/debug-asan

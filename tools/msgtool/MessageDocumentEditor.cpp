@@ -1,10 +1,10 @@
-#include "tools/msgtool/MessageDocumentEditor.h"
+#include "MessageDocumentEditor.h"
 
 #include <deque>
 #include <filesystem>
 
 #include "message_documents/MessageDocumentReader.h"
-#include "tools/msgtool/SourceStamp.h"
+#include "SourceStamp.h"
 
 namespace msgtool {
 
@@ -88,6 +88,10 @@ MessageDocumentEditor::MessageDocumentEditor(std::string path, const std::string
   for (const auto& [key, place] : messages) {
     includedKeys.erase(key);
   }
+  for (auto text = includedTexts.begin(); text != includedTexts.end();) {
+    text = includedKeys.count(text->first.substr(0, text->first.rfind('\n'))) != 0 ? std::next(text)
+                                                                                   : includedTexts.erase(text);
+  }
 }
 
 std::string MessageDocumentEditor::keyOf(const std::string& nameSpace, const std::string& identifier) {
@@ -98,7 +102,10 @@ void MessageDocumentEditor::readIncludedKeys() {
   try {
     XercesXML::DOMNode expanded = msg::parseMessageDocument(path.c_str());
     msg::forEachDocumentText(msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
-      includedKeys.insert(keyOf(text.effectiveNamespace(), text.effectiveIdentifier()));
+      const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
+      includedKeys.insert(key);
+      includedTexts[key + '\n' + text.effectiveLanguage()] =
+          ExistingText{text.readText(), text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
     });
   } catch (const msg::DocumentRefused& refused) {
     const msg::DocumentProblem& first = refused.problems.front();
@@ -136,7 +143,8 @@ std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(c
                                                                                const std::string& language) const {
   auto place = messages.find(keyOf(nameSpace, identifier));
   if (place == messages.end()) {
-    return std::nullopt;
+    auto included = includedTexts.find(keyOf(nameSpace, identifier) + '\n' + language);
+    return included == includedTexts.end() ? std::nullopt : std::optional<ExistingText>(included->second);
   }
   auto text = place->second.texts.find(language);
   if (text == place->second.texts.end()) {
@@ -144,6 +152,10 @@ std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(c
   }
   return ExistingText{toUtf8(text->second->getTextContent()),
                       attributeOf(text->second, kTranslatedFromAttribute, kMsgtoolNamespace)};
+}
+
+bool MessageDocumentEditor::hasMessage(const std::string& nameSpace, const std::string& identifier) const {
+  return messages.count(keyOf(nameSpace, identifier)) != 0 || isInIncludedPart(nameSpace, identifier);
 }
 
 bool MessageDocumentEditor::isInIncludedPart(const std::string& nameSpace, const std::string& identifier) const {

@@ -7,15 +7,15 @@
 // file written back still includes its parts. Keys that live only in an
 // included part are reported by isInIncludedPart() and are not edited here.
 
-#ifndef MSG_TOOLS_MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
-#define MSG_TOOLS_MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
+#ifndef MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
+#define MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
 
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 
-#include "tools/msgtool/OutsideXml.h"
+#include "OutsideXml.h"
 
 namespace msgtool {
 
@@ -35,6 +35,9 @@ class MessageDocumentEditor {
   };
   std::optional<ExistingText> find(const std::string& nameSpace, const std::string& identifier,
                                    const std::string& language) const;
+
+  // True if the key has a Message in the document or an included part.
+  bool hasMessage(const std::string& nameSpace, const std::string& identifier) const;
 
   // True if the key has a Message in an included part but none in the
   // document itself.
@@ -77,9 +80,11 @@ class MessageDocumentEditor {
   xercesc::DOMElement* collection = nullptr;
   std::map<std::string, MessagePlace> messages;                 // keyOf -> place
   std::map<std::string, xercesc::DOMElement*> namespaces;  // name -> last one
-  std::set<std::string> includedKeys;
+  std::set<std::string> includedKeys;                       // keys only in included parts
+  std::map<std::string, ExistingText> includedTexts;        // keyOf + '\n' + language
+
 };
 
 }  // namespace msgtool
 
-#endif  // MSG_TOOLS_MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
+#endif  // MSGTOOL_MESSAGEDOCUMENTEDITOR_H_

@@ -1,4 +1,4 @@
-#include "tools/msgtool/OutsideXml.h"
+#include "OutsideXml.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -211,14 +211,19 @@ std::string XmlDocument::serialize() const {
       ls->createLSSerializer(), [](xercesc::DOMLSSerializer* s) { s->release(); });
   std::unique_ptr<xercesc::DOMLSOutput, void (*)(xercesc::DOMLSOutput*)> output(
       ls->createLSOutput(), [](xercesc::DOMLSOutput* o) { o->release(); });
-  xercesc::MemBufFormatTarget target;
-  output->setByteStream(&target);
+  // The declaration is written here: the serialiser's own adds standalone="no".
+  // The nodes around the root element (comments, processing instructions)
+  // go on lines of their own, as they stood in a parsed file.
+  serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMXMLDeclaration, false);
   output->setEncoding(XmlString("UTF-8"));
-  if (!serializer->write(document, output.get())) {
-    throw std::runtime_error("the document could not be written as XML");
-  }
-  std::string bytes(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
-  if (bytes.empty() || bytes.back() != '\n') {
+  std::string bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+  for (xercesc::DOMNode* node = document->getFirstChild(); node != nullptr; node = node->getNextSibling()) {
+    xercesc::MemBufFormatTarget target;
+    output->setByteStream(&target);
+    if (!serializer->write(node, output.get())) {
+      throw std::runtime_error("the document could not be written as XML");
+    }
+    bytes.append(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
     bytes += '\n';
   }
   return bytes;

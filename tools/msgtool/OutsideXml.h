@@ -7,8 +7,8 @@
 // than kMaxXmlFileBytes before it starts. Every element remembers the line
 // on which its start tag ends, for error messages.
 
-#ifndef MSG_TOOLS_MSGTOOL_OUTSIDEXML_H_
-#define MSG_TOOLS_MSGTOOL_OUTSIDEXML_H_
+#ifndef MSGTOOL_OUTSIDEXML_H_
+#define MSGTOOL_OUTSIDEXML_H_
 
 #include <cstddef>
 #include <functional>
@@ -105,4 +105,4 @@ void replaceFileAtomically(const std::string& path, const std::string& bytes,
 
 }  // namespace msgtool
 
-#endif  // MSG_TOOLS_MSGTOOL_OUTSIDEXML_H_
+#endif  // MSGTOOL_OUTSIDEXML_H_

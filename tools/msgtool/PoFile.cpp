@@ -1,11 +1,11 @@
-#include "tools/msgtool/PoFile.h"
+#include "PoFile.h"
 
 #include <algorithm>
 #include <cctype>
 #include <fstream>
 #include <sstream>
 
-#include "tools/msgtool/OutsideXml.h"
+#include "OutsideXml.h"
 
 namespace msgtool {
 

@@ -8,8 +8,8 @@
 // spaces the way gettext does, so that files diff cleanly against the ones
 // gettext rewrites.
 
-#ifndef MSG_TOOLS_MSGTOOL_POFILE_H_
-#define MSG_TOOLS_MSGTOOL_POFILE_H_
+#ifndef MSGTOOL_POFILE_H_
+#define MSGTOOL_POFILE_H_
 
 #include <optional>
 #include <ostream>
@@ -54,4 +54,4 @@ class PoFile {
 
 }  // namespace msgtool
 
-#endif  // MSG_TOOLS_MSGTOOL_POFILE_H_
+#endif  // MSGTOOL_POFILE_H_

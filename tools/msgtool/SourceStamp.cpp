@@ -1,8 +1,13 @@
-#include "tools/msgtool/SourceStamp.h"
+#include "SourceStamp.h"
 
 #include <cstdio>
 
+// Header-only: the hash is compiled into the tool, no library to link.
+#define XXH_INLINE_ALL
 #include <xxhash.h>
+
+#include "Catalogue.h"
+#include "msg/Language.h"
 
 namespace msgtool {
 
@@ -35,6 +40,22 @@ std::optional<SourceStamp> SourceStamp::parse(const std::string& value) {
 
 bool SourceStamp::isStaleFor(const std::string& sourceText) const {
   return hashOf(sourceText) != hash;
+}
+
+bool isStaleTranslation(const CatalogueEntry& translation,
+                        const std::vector<const CatalogueEntry*>& entriesOfKey) {
+  std::optional<SourceStamp> stamp = SourceStamp::parse(translation.translatedFrom);
+  if (!stamp) {
+    return false;
+  }
+  const std::string sourceLanguage = msg::Language(stamp->language.c_str()).toString();
+  const CatalogueEntry* source = nullptr;
+  for (const CatalogueEntry* entry : entriesOfKey) {
+    if (entry->packedLanguage == sourceLanguage) {
+      source = entry;
+    }
+  }
+  return source == nullptr || stamp->isStaleFor(source->text);
 }
 
 }  // namespace msgtool

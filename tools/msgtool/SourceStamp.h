@@ -14,13 +14,16 @@
 // stale: export marks it for review, check warns about it and stats counts
 // it. A text without a stamp was not imported and is never called stale.
 
-#ifndef MSG_TOOLS_MSGTOOL_SOURCESTAMP_H_
-#define MSG_TOOLS_MSGTOOL_SOURCESTAMP_H_
+#ifndef MSGTOOL_SOURCESTAMP_H_
+#define MSGTOOL_SOURCESTAMP_H_
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace msgtool {
+
+struct CatalogueEntry;
 
 inline constexpr char kMsgtoolNamespace[] = "urn:x-msg:msgtool:1";
 inline constexpr char kMsgtoolPrefix[] = "msgtool";
@@ -42,6 +45,12 @@ struct SourceStamp {
   bool isStaleFor(const std::string& sourceText) const;
 };
 
+// True if `translation` is stamped and its key's text in the stamp's
+// language (the last of `entriesOfKey`, as the loader keeps it) is no longer
+// the one the stamp was made from, or is gone.
+bool isStaleTranslation(const CatalogueEntry& translation,
+                        const std::vector<const CatalogueEntry*>& entriesOfKey);
+
 }  // namespace msgtool
 
-#endif  // MSG_TOOLS_MSGTOOL_SOURCESTAMP_H_
+#endif  // MSGTOOL_SOURCESTAMP_H_

@@ -1,8 +1,8 @@
-#include "tools/msgtool/XliffFile.h"
+#include "XliffFile.h"
 
 #include <map>
 
-#include "tools/msgtool/OutsideXml.h"
+#include "OutsideXml.h"
 
 namespace msgtool {
 
@@ -15,9 +15,10 @@ constexpr char kXliffNamespace[] = "urn:oasis:names:tc:xliff:document:1.2";
 constexpr char kXmlNamespace[] = "http://www.w3.org/XML/1998/namespace";
 constexpr char kSeverityNote[] = "severity: ";
 constexpr int kMaxInlineDepth = 32;
-constexpr std::size_t kMaxPlaceholderDigits = 22;
 
-// A text cut into plain runs and placeholders ("&" and 1 to 22 digits).
+// A text cut into plain runs and placeholder-like runs: "&" and every digit
+// behind it. All of them are protected, also runs too long for substitution
+// to replace, so that each comes back byte for byte.
 struct Piece {
   bool placeholder;
   std::string text;
@@ -34,7 +35,7 @@ std::vector<Piece> splitPlaceholders(const std::string& text) {
         ++digits;
       }
     }
-    if (digits == 0 || digits > kMaxPlaceholderDigits) {
+    if (digits == 0) {
       plain.append(text, i, digits + 1);
       i += digits + 1;
       continue;

@@ -13,8 +13,8 @@
 // what msgtool does not use. Files are documents from outside and are read
 // through OutsideXml.
 
-#ifndef MSG_TOOLS_MSGTOOL_XLIFFFILE_H_
-#define MSG_TOOLS_MSGTOOL_XLIFFFILE_H_
+#ifndef MSGTOOL_XLIFFFILE_H_
+#define MSGTOOL_XLIFFFILE_H_
 
 #include <optional>
 #include <string>
@@ -55,4 +55,4 @@ class XliffFile {
 
 }  // namespace msgtool
 
-#endif  // MSG_TOOLS_MSGTOOL_XLIFFFILE_H_
+#endif  // MSGTOOL_XLIFFFILE_H_
