@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <vector>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
@@ -80,6 +81,16 @@ class FirstErrorKeeper : public xercesc::ErrorHandler {
   }
 };
 
+// True if a DOCTYPE stands in the first kilobytes of `path`, where the
+// prolog is.
+bool startsWithDoctype(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::string head(4096, '\0');
+  in.read(&head[0], static_cast<std::streamsize>(head.size()));
+  head.resize(static_cast<std::size_t>(in.gcount()));
+  return head.find("<!DOCTYPE") != std::string::npos;
+}
+
 xercesc::DOMImplementation* implementation() {
   static const XMLCh kCore[] = {'C', 'o', 'r', 'e', 0};
   xercesc::DOMImplementation* found =
@@ -93,10 +104,7 @@ xercesc::DOMImplementation* implementation() {
 }  // namespace
 
 std::string FileProblem::describe() const {
-  if (line > 0) {
-    return file + ":" + std::to_string(line) + ": " + what();
-  }
-  return file + ": " + what();
+  return file + (line > 0 ? ":" + std::to_string(line) : std::string()) + ": error: " + what();
 }
 
 XmlString::XmlString(const std::string& utf8) {
@@ -157,6 +165,10 @@ XmlDocument XmlDocument::parse(const std::string& path, bool keepComments) {
     throw FileProblem(path, 0, toUtf8(failure.getMessage()));
   }
   if (errors.failed) {
+    if (errors.message == "invalid document structure" &&
+        startsWithDoctype(path)) {
+      throw FileProblem(path, errors.line, "has a DOCTYPE, which files from outside may not have");
+    }
     throw FileProblem(path, errors.line, "is not well-formed XML: " + errors.message);
   }
   if (parser.getDocument() == nullptr || parser.getDocument()->getDocumentElement() == nullptr) {

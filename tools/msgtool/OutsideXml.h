@@ -31,7 +31,7 @@ class FileProblem : public std::runtime_error {
 
   const std::string& getFile() const { return file; }
   int getLine() const { return line; }
-  // "file:line: message" (or "file: message" for line 0).
+  // "file:line: error: message" (no line for line 0), as check writes findings.
   std::string describe() const;
 
  private:
