@@ -26,6 +26,7 @@ endif()
 set(exported_classes
   "msg::LanguageList" "msg::MTE" "msg::Message" "msg::MessageHandler" "msg::MessageChannel"
   "msg::FormattingMessageChannel" "msg::MessageHandlerX"
+  "msg::JsonLinesMessageChannel" "msg::SyslogMessageChannel"
   "msg::MessageHandlerError" "msg::MessageExists" "msg::MessageNotFound"
   "msg::ErrorInMessageDocument"
   "structured_exception"

@@ -24,6 +24,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cm
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cmake
+  ${PROJECT_SOURCE_DIR}/cmake/MsgTools.cmake
   DESTINATION ${MSG_CMAKE_DIR})
 
 # msg.pc derives its prefix from its own place (${pcfiledir}), so it stays

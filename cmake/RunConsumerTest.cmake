@@ -79,6 +79,9 @@ endif()
 run_step("Building examples/consumer" "${CMAKE_COMMAND}" --build "${consumer_build}")
 run_step("Running the find_package consumer" "${consumer_build}/app")
 expect_greeting("The find_package consumer" "${run_stderr}")
+# typed_app uses keys that the installed msgtool generated through the
+# installed msg_generate_header().
+run_step("Running the typed-key consumer" "${consumer_build}/typed_app")
 
 # 3. pkg-config.
 file(GLOB_RECURSE pc_files "${prefix}/*/msg.pc")

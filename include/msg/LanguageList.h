@@ -4,6 +4,9 @@
 #define MSG_LANGUAGELIST_H_
 
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <string_view>
 
 #include "msg/Language.h"
 #include "msg/export.h"
@@ -22,10 +25,44 @@ class MSG_EXPORT LanguageList {
   // A list of two languages, in this order.
   LanguageList(Language first, Language second);
 
+  // The languages in this order: LanguageList{"de-AT", "de", "en"}. An
+  // empty list accepts no language.
+  LanguageList(std::initializer_list<Language> languages);
+
   // Copies `count` languages out of `languages`.
   // REQUIRES: count >= 0 (a negative count fails in the allocator with
   // std::bad_array_new_length); languages holds count entries.
   LanguageList(int count, const Language languages[]);
+
+  // The list written as text: tags separated by commas, as in
+  // "de-AT, de, en". Blanks around a tag and empty items are skipped. A tag
+  // is two letters with an optional region of two letters behind "-" or "_";
+  // later subtags ("de-AT-1996") are ignored. Case is normalised to "de-AT".
+  // Throws std::invalid_argument naming the first item that is no such tag,
+  // or if the text names no language at all.
+  static LanguageList parse(std::string_view text);
+
+  // The user's preference as gettext finds it in the environment:
+  //  - the locale is the first non-empty one of LC_ALL, LC_MESSAGES, LANG;
+  //  - if there is none, or it is "C" or "POSIX" (with any codeset, such as
+  //    "C.UTF-8"), the list is ["en"] and LANGUAGE is ignored, so that
+  //    `LC_ALL=C program` gives untranslated output as with gettext;
+  //  - otherwise the colon list of LANGUAGE ("de_AT:de:en"), if it names a
+  //    usable tag, else the locale.
+  // Locale names lose their codeset and modifier and take "-" for "_":
+  // "de_AT.UTF-8@euro" gives de-AT. Entries that are no two-letter tag
+  // ("ast_ES", "sr@latin" keeps "sr") are skipped, and repeats are dropped;
+  // if nothing is left the list is ["en"]. Never throws for any content.
+  //
+  // The library never reads the environment by itself; the application
+  // calls this (typically once, before handing the list to a handler). It
+  // reads with std::getenv, so no thread may change the environment
+  // meanwhile.
+  static LanguageList fromEnvironment();
+
+  // The same, with `lookup` in place of std::getenv: it gets a variable's
+  // name and returns its value, or null if it is not set.
+  static LanguageList fromEnvironment(const std::function<const char*(const char*)>& lookup);
 
   LanguageList(const LanguageList& other);
   LanguageList& operator=(const LanguageList& other);  // self-assignment is a no-op

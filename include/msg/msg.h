@@ -5,6 +5,7 @@
 
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/FormattingMessageChannel.h"
+#include "msg/JsonLinesMessageChannel.h"
 #include "msg/Language.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
@@ -14,6 +15,8 @@
 #include "msg/MessageHandler.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/SeverityLevel.h"
+#include "msg/SyslogMessageChannel.h"
+#include "msg/Typed.h"
 #include "msg/XercesXMLException.h"
 #include "msg/structured_exception.h"
 

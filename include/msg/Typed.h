@@ -1,0 +1,246 @@
+// Typed calls: look up, fill in and write a message in one line.
+
+#ifndef MSG_TYPED_H_
+#define MSG_TYPED_H_
+
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "msg/Message.h"
+#include "msg/MessageHandler.h"
+
+namespace msg {
+
+// A catalogue key that knows how many placeholders its texts have (&0 up to
+// &Placeholders-1). write() and format() with a Key take exactly that many
+// arguments; any other count does not compile. The catalogue tool generates
+// keys like
+//
+//   inline constexpr ::msg::Key<2> diskfull{"app", "diskfull"};
+//
+// Both strings must outlive the key (string literals do).
+template <std::size_t Placeholders>
+struct Key {
+  const char* nameSpace;
+  const char* identifier;
+  static constexpr std::size_t placeholders = Placeholders;
+};
+
+// A floating-point argument with its number of decimals; see fixed().
+struct FixedArgument {
+  double value;
+  int decimals;
+};
+
+// A boolean argument with its choice of words; see yesNo() and trueFalse().
+struct BoolArgument {
+  bool value;
+  Message::BoolOption words;
+};
+
+// `value` with `decimals` decimals (1 to 16; 0 or less gives none, more
+// than 16 gives 16). A plain float or double argument gets 6, as printf's
+// "%f" does.
+constexpr FixedArgument fixed(double value, int decimals) {
+  return FixedArgument{value, decimals};
+}
+
+// `value` as "yes"/"no" in the reader's language. A plain bool argument gives
+// "true"/"false".
+constexpr BoolArgument yesNo(bool value) {
+  return BoolArgument{value, Message::yesNo};
+}
+constexpr BoolArgument trueFalse(bool value) {
+  return BoolArgument{value, Message::trueFalse};
+}
+
+namespace typed_detail {
+
+template <typename T>
+inline constexpr bool isCharacter =
+    std::is_same_v<T, char> || std::is_same_v<T, signed char> || std::is_same_v<T, unsigned char> ||
+    std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>
+#if defined(__cpp_char8_t)
+    || std::is_same_v<T, char8_t>
+#endif
+    ;
+
+template <typename T>
+inline constexpr bool alwaysFalse = false;
+
+// Fills placeholder `number` of `message` with `argument` through the
+// matching Message::substitute overload. Returns what substitute returns.
+template <typename T>
+bool substituteArgument(Message& message, unsigned int number, const T& argument) {
+  using Argument = std::decay_t<T>;
+  if constexpr (std::is_same_v<Argument, bool>) {
+    return message.substitute(number, argument, Message::trueFalse);
+  } else if constexpr (std::is_same_v<Argument, BoolArgument>) {
+    return message.substitute(number, argument.value, argument.words);
+  } else if constexpr (std::is_same_v<Argument, FixedArgument>) {
+    return message.substitute(number, argument.value, argument.decimals);
+  } else if constexpr (std::is_floating_point_v<Argument>) {
+    return message.substitute(number, static_cast<double>(argument), 6);
+  } else if constexpr (isCharacter<Argument>) {
+    static_assert(alwaysFalse<Argument>,
+                  "msg: a character is not a message argument; pass it as a string "
+                  "(std::string(1, c)) or as a number (static_cast<int>(c))");
+    return false;
+  } else if constexpr (std::is_integral_v<Argument>) {
+    if constexpr (std::is_signed_v<Argument> ? sizeof(Argument) <= sizeof(int)
+                                             : sizeof(Argument) < sizeof(int)) {
+      return message.substitute(number, static_cast<int>(argument));
+    } else {
+      // Wider than int: the same decimal text, made here.
+      char digits[24];
+      const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits - 1, argument);
+      *end.ptr = '\0';
+      return message.substitute(number, static_cast<const char*>(digits));
+    }
+  } else if constexpr (std::is_same_v<Argument, const char*> || std::is_same_v<Argument, char*>) {
+    return message.substitute(number, static_cast<const char*>(argument));
+  } else if constexpr (std::is_same_v<Argument, std::string>) {
+    return message.substitute(number, argument.c_str());
+  } else if constexpr (std::is_same_v<Argument, std::string_view>) {
+    const std::string copy(argument);  // substitute() needs a terminated string
+    return message.substitute(number, copy.c_str());
+  } else {
+    static_assert(alwaysFalse<Argument>,
+                  "msg: unsupported message argument type; pass an integer, a float or double "
+                  "(or msg::fixed(value, decimals)), a bool (or msg::yesNo/msg::trueFalse), "
+                  "a const char*, std::string or std::string_view");
+    return false;
+  }
+}
+
+// True if `message` is the not-found record standing in for another key.
+inline bool standsInForMissingKey(const Message& message, const char* nameSpace,
+                                  const char* identifier) {
+  const char* shownNamespace = message.getNamespace();
+  const char* shownIdentifier = message.getIdentifier();
+  return shownNamespace != nullptr && shownIdentifier != nullptr &&
+         std::strcmp(shownNamespace, "msg") == 0 && std::strcmp(shownIdentifier, "notfound") == 0 &&
+         (std::strcmp(nameSpace, "msg") != 0 || std::strcmp(identifier, "notfound") != 0);
+}
+
+// The record of the key with the arguments filled in, or the not-found
+// record with the key filled in (and the arguments left out).
+template <typename... Args>
+void fillFound([[maybe_unused]] Message& message, [[maybe_unused]] const char* nameSpace,
+               [[maybe_unused]] const char* identifier, const Args&... arguments) {
+  if constexpr (sizeof...(Args) > 0) {
+    if (!standsInForMissingKey(message, nameSpace, identifier)) {
+      unsigned int number = 0;
+      (substituteArgument(message, number++, arguments), ...);
+    }
+  }
+}
+
+inline std::string shownText(const Message& message) {
+  const char* text = message.getMessage();
+  return text != nullptr ? std::string(text) : std::string();
+}
+
+}  // namespace typed_detail
+
+// Takes back what was filled into `message` and fills &0, &1, ... with the
+// arguments in order, each by its type (see write()). An argument whose
+// placeholder the text lacks changes nothing.
+template <typename... Args>
+void fill(Message& message, const Args&... arguments) {
+  message.clear();
+  if constexpr (sizeof...(Args) > 0) {
+    unsigned int number = 0;
+    (typed_detail::substituteArgument(message, number++, arguments), ...);
+  }
+}
+
+// Looks up the key in `handler` (as Message(handler, nameSpace, identifier)
+// does), fills &0, &1, ... with the arguments in order and writes the record
+// through handler.writeMessage(), so the threshold and channels apply.
+//
+// Arguments: integers (as "%d" gives them), float and double (6 decimals, or
+// msg::fixed(value, decimals)), bool ("true"/"false", or msg::yesNo(value)),
+// const char*, std::string and std::string_view. A null const char* leaves
+// its placeholder as it is. Anything else does not compile.
+//
+// A key that is not found is no failure: the library's not-found message
+// ("System error: Message with key app:diskfull not found.") is written
+// instead, with its own severity and without the arguments. If the
+// language list accepts no not-found message either, MessageNotFound is
+// thrown and nothing is written.
+//
+// The handler is given by reference or by pointer; a null pointer throws
+// MessageHandlerError. Each call makes one record of its own, so threads
+// may write through one handler that none of them changes.
+// REQUIRES: nameSpace and identifier are not null.
+template <typename... Args>
+void write(MessageHandler& handler, const char* nameSpace, const char* identifier,
+           const Args&... arguments) {
+  Message message(&handler, nameSpace, identifier);
+  typed_detail::fillFound(message, nameSpace, identifier, arguments...);
+  handler.writeMessage(message);
+}
+
+template <typename... Args>
+void write(MessageHandler* handler, const char* nameSpace, const char* identifier,
+           const Args&... arguments) {
+  Message message(handler, nameSpace, identifier);  // throws on a null handler
+  typed_detail::fillFound(message, nameSpace, identifier, arguments...);
+  handler->writeMessage(message);
+}
+
+// The text write() would send, whatever the threshold: the filled-in text,
+// or the not-found text with the key filled in. Throws as write() does.
+template <typename... Args>
+std::string format(const MessageHandler& handler, const char* nameSpace, const char* identifier,
+                   const Args&... arguments) {
+  Message message(&handler, nameSpace, identifier);
+  typed_detail::fillFound(message, nameSpace, identifier, arguments...);
+  return typed_detail::shownText(message);
+}
+
+template <typename... Args>
+std::string format(const MessageHandler* handler, const char* nameSpace, const char* identifier,
+                   const Args&... arguments) {
+  Message message(handler, nameSpace, identifier);  // throws on a null handler
+  typed_detail::fillFound(message, nameSpace, identifier, arguments...);
+  return typed_detail::shownText(message);
+}
+
+// The same with a Key: exactly key.placeholders arguments.
+template <std::size_t Placeholders, typename Handler, typename... Args>
+void write(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
+  static_assert(sizeof...(Args) == Placeholders,
+                "msg::write: the number of arguments differs from the key's placeholders");
+  write(handler, key.nameSpace, key.identifier, arguments...);
+}
+
+template <std::size_t Placeholders, typename Handler, typename... Args>
+std::string format(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
+  static_assert(sizeof...(Args) == Placeholders,
+                "msg::format: the number of arguments differs from the key's placeholders");
+  return format(handler, key.nameSpace, key.identifier, arguments...);
+}
+
+// The record of the key from handler.getMessage(), owned by the caller; null
+// if no acceptable entry exists (no not-found record stands in). The record
+// borrows the entry's strings: it must not outlive the entry.
+inline std::unique_ptr<Message> getMessage(const MessageHandler& handler, const char* nameSpace,
+                                           const char* identifier) {
+  return std::unique_ptr<Message>(handler.getMessage(nameSpace, identifier));
+}
+
+template <std::size_t Placeholders>
+std::unique_ptr<Message> getMessage(const MessageHandler& handler, const Key<Placeholders>& key) {
+  return getMessage(handler, key.nameSpace, key.identifier);
+}
+
+}  // namespace msg
+
+#endif  // MSG_TYPED_H_

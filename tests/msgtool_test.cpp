@@ -1,0 +1,235 @@
+// msgtool as a user runs it: the built tool is started as a process on
+// documents with planted faults, and its exit code, findings and output are
+// checked.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#ifndef MSGTOOL_PATH
+#error "msgtool_test needs the msgtool target (configure with MSG_BUILD_TOOLS=ON)"
+#endif
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kData = std::string(MSG_TEST_DATA_DIR) + "/msgtool/";
+
+struct Outcome {
+  int exitCode;
+  std::string out;
+  std::string err;
+};
+
+std::string readFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+class MsgtoolTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    scratch = fs::temp_directory_path() /
+              ("msgtool_test_" + std::to_string(::getpid()) + "_" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(scratch);
+  }
+  void TearDown() override {
+    fs::permissions(scratch, fs::perms::owner_all, fs::perm_options::add);
+    fs::remove_all(scratch);
+  }
+
+  // Runs msgtool with `arguments` (already quoted where needed).
+  Outcome run(const std::string& arguments) const {
+    const fs::path out = scratch / "stdout";
+    const fs::path err = scratch / "stderr";
+    const std::string command = std::string("'") + MSGTOOL_PATH + "' " + arguments + " >'" +
+                                out.string() + "' 2>'" + err.string() + "'";
+    const int status = std::system(command.c_str());
+    return Outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
+  }
+
+  fs::path write(const std::string& name, const std::string& content) const {
+    std::ofstream(scratch / name, std::ios::binary) << content;
+    return scratch / name;
+  }
+
+  // A document beside which no schema lies: it names none.
+  std::string document(const std::string& messages) const {
+    return "<?xml version=\"1.0\"?>\n<MessageCollection "
+           "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+           "xsi:noNamespaceSchemaLocation=\"" +
+           std::string(MSG_SOURCE_DIR) + "/schema/messages.xsd\">\n" + messages +
+           "</MessageCollection>\n";
+  }
+
+  fs::path scratch;
+};
+
+TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLine) {
+  const std::string en = kData + "faults-en.xml";
+  const std::string de = kData + "faults-de.xml";
+  const std::string broken = kData + "broken.xml";
+  const Outcome result = run("check --format json " + en + " " + de + " " + broken);
+  ASSERT_EQ(result.exitCode, 1) << result.err;
+  const nlohmann::json report = nlohmann::json::parse(result.out);
+  EXPECT_EQ(report["version"], 1);
+
+  using Place = std::tuple<std::string, int, std::string>;
+  std::set<Place> found;
+  int errors = 0;
+  for (const auto& finding : report["findings"]) {
+    found.emplace(finding["file"], finding["line"], finding["code"]);
+    errors += finding["severity"] == "error" ? 1 : 0;
+  }
+  // The parser's own error line is the first problem of the refusal.
+  EXPECT_EQ(report["findings"][0]["file"], broken);
+  EXPECT_EQ(report["findings"][0]["line"], 6);
+  found.erase(Place(broken, 0, "document-refused"));
+  found.erase(Place(broken, 6, "document-refused"));
+  const std::set<Place> expected{
+      {en, 17, "unknown-severity"},    {en, 21, "missing-id"},
+      {en, 25, "missing-translation"}, {en, 29, "placeholder-gap"},
+      {en, 32, "ignored-placeholder"}, {en, 41, "missing-namespace-name"},
+      {de, 9, "placeholder-mismatch"}, {de, 12, "duplicate-text"},
+      {de, 15, "language-tag"},        {de, 18, "ignored-placeholder"},
+      {de, 21, "whitespace-mismatch"}, {de, 24, "empty-text"},
+  };
+  EXPECT_EQ(found, expected);
+  EXPECT_EQ(report["summary"]["errors"], errors);
+
+  // The duplicate names the first definition too.
+  for (const auto& finding : report["findings"]) {
+    if (finding["code"] == "duplicate-text") {
+      EXPECT_EQ(finding["related"][0]["file"], en);
+      EXPECT_EQ(finding["related"][0]["line"], 15);
+    }
+  }
+
+  // The text form carries the same findings, one line each.
+  const Outcome text = run("check " + en + " " + de);
+  EXPECT_EQ(text.exitCode, 1);
+  EXPECT_NE(text.out.find(de + ":9:"), std::string::npos) << text.out;
+  EXPECT_NE(text.out.find(": error: "), std::string::npos);
+  EXPECT_NE(text.out.find("[placeholder-mismatch]\n"), std::string::npos);
+}
+
+TEST_F(MsgtoolTest, CheckExitCodeFollowsStrictAndLanguages) {
+  const fs::path file = write("partial.xml", document(R"(  <MessageNamespace name="app">
+    <Message id="a" severity="info"><Text xml:lang="en">A &amp;0</Text>
+      <Text xml:lang="de">A &amp;0</Text></Message>
+    <Message id="b" severity="info"><Text xml:lang="en">B</Text></Message>
+  </MessageNamespace>
+)"));
+  EXPECT_EQ(run("check " + file.string()).exitCode, 0);  // a missing text only warns
+  EXPECT_EQ(run("check --strict " + file.string()).exitCode, 1);
+  // de-AT falls back to de, so only b misses it; fr is missing everywhere.
+  const Outcome json = run("check --format json --languages de-AT,fr " + file.string());
+  EXPECT_EQ(json.exitCode, 0);
+  EXPECT_EQ(nlohmann::json::parse(json.out)["summary"]["warnings"], 3);
+}
+
+TEST_F(MsgtoolTest, BadInputEndsWithExitCodeTwoAndSaysWhy) {
+  const fs::path empty = write("empty.xml", "");
+  const fs::path binary = write("binary.xml", std::string("\x7f"
+                                                          "ELF\0\0\1",
+                                                          7));
+  const fs::path locked = write("locked.xml", document(""));
+  fs::permissions(locked, fs::perms::none);
+  const fs::path huge = scratch / "huge.xml";
+  std::ofstream(huge).put('<');
+  fs::resize_file(huge, 257u * 1024u * 1024u);  // sparse: takes no disk space
+
+  std::vector<std::string> inputs{(scratch / "missing.xml").string(), scratch.string(),
+                                  empty.string(), binary.string(), huge.string()};
+  if (::geteuid() != 0) {  // root reads any file
+    inputs.push_back(locked.string());
+  }
+  for (const std::string& input : inputs) {
+    for (const char* command : {"check", "stats", "header -o out.h"}) {
+      const Outcome result = run(std::string(command) + " '" + input + "'");
+      EXPECT_EQ(result.exitCode, 2) << command << ' ' << input;
+      EXPECT_NE(result.err.find("msgtool: error: " + input + ": "), std::string::npos)
+          << result.err;
+    }
+  }
+  const Outcome unknown = run("check --no-such-option x.xml");
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_NE(unknown.err.find("--no-such-option"), std::string::npos);
+  EXPECT_EQ(run("").exitCode, 2);
+  EXPECT_EQ(run("--version").exitCode, 0);
+}
+
+TEST_F(MsgtoolTest, StatsCountsEachLanguage) {
+  const Outcome result =
+      run("stats --format json " + kData + "faults-en.xml " + kData + "faults-de.xml");
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const nlohmann::json stats = nlohmann::json::parse(result.out);
+  EXPECT_EQ(stats["messages"], 11);
+  EXPECT_EQ(stats["languages"][0]["language"], "de");
+  EXPECT_EQ(stats["languages"][0]["translated"], 10);
+  EXPECT_EQ(stats["languages"][0]["missing"], 1);
+  EXPECT_EQ(stats["languages"][1]["translated"], 11);
+}
+
+TEST_F(MsgtoolTest, ShowRendersLikeTheLibrary) {
+  const std::string demo = std::string(MSG_SOURCE_DIR) + "/examples/catalogue/demo.xml";
+  const Outcome plain = run("show --languages de-AT,de,en " + demo + " demo diskspace 12 /home");
+  ASSERT_EQ(plain.exitCode, 0) << plain.err;
+  EXPECT_EQ(plain.out, "demo:diskspace (de, warning)\nNur noch 12 MB frei auf /home.\n");
+
+  const Outcome wrapped = run("show --width 24 --languages en " + demo + " demo maintenance /srv");
+  ASSERT_EQ(wrapped.exitCode, 0) << wrapped.err;
+  std::istringstream lines(wrapped.out);
+  std::string line;
+  std::getline(lines, line);  // the heading
+  int count = 0;
+  for (; std::getline(lines, line); ++count) {
+    EXPECT_LE(line.size(), 24u) << line;
+  }
+  EXPECT_GT(count, 4);
+
+  EXPECT_EQ(run("show --languages fr " + demo + " demo diskspace").exitCode, 2);
+  EXPECT_EQ(run("show " + demo + " demo nosuchkey").exitCode, 2);
+}
+
+TEST_F(MsgtoolTest, HeaderIsSafeDeterministicAndKeepsTheOldFileOnFailure) {
+  const fs::path file = write("names.xml", document(R"(  <MessageNamespace name="my-app">
+    <Message id="disk-full"><Text xml:lang="en">Disk &amp;1 full */ \</Text></Message>
+    <Message id="disk_full"><Text xml:lang="en">Disk full</Text></Message>
+    <Message id="class"><Text xml:lang="en">Class</Text></Message>
+    <Message id="3d"><Text xml:lang="de">3D</Text></Message>
+  </MessageNamespace>
+)"));
+  const fs::path first = scratch / "keys.h";
+  const std::string arguments = "header -o '" + first.string() + "' '" + file.string() + "'";
+  ASSERT_EQ(run(arguments).exitCode, 0);
+  const std::string header = readFile(first);
+  ASSERT_EQ(run(arguments).exitCode, 0);
+  EXPECT_EQ(readFile(first), header);  // the same bytes again
+  for (const char* expected :
+       {"namespace my_app {", "::msg::Key<2> disk_full_2{\"my-app\", \"disk-full\"};",
+        "::msg::Key<0> disk_full{\"my-app\", \"disk_full\"};", "::msg::Key<0> class_{",
+        "::msg::Key<0> k_3d{", "// en: \"Disk &1 full */ \\\\\"\n", "// de: \"3D\"\n"}) {
+    EXPECT_NE(header.find(expected), std::string::npos) << expected << "\n" << header;
+  }
+
+  // A refused document writes nothing: the header stays as it was.
+  const fs::path broken = write("broken.xml", "<MessageCollection><Message>");
+  EXPECT_EQ(run("header -o '" + first.string() + "' '" + broken.string() + "'").exitCode, 2);
+  EXPECT_EQ(readFile(first), header);
+}
+
+}  // namespace

@@ -1,0 +1,277 @@
+#include "Findings.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <tuple>
+#include <utility>
+
+#include "Placeholders.h"
+#include "message_documents/MessageDocumentReader.h"
+
+namespace msgtool {
+
+namespace {
+
+constexpr char kSpaces[] = " \t\r\n";
+
+std::string quoted(const std::string& text) {
+  return '"' + text + '"';
+}
+
+std::string keyName(const CatalogueEntry& entry) {
+  return quoted(entry.effectiveNamespace + ':' + entry.effectiveIdentifier);
+}
+
+std::string placeText(const SourcePlace& place) {
+  return place.file + ':' + std::to_string(place.line) + ':' + std::to_string(place.column);
+}
+
+std::string leadingSpace(const std::string& text) {
+  return text.substr(0, std::min(text.find_first_not_of(kSpaces), text.size()));
+}
+
+std::string trailingSpace(const std::string& text) {
+  const std::size_t last = text.find_last_not_of(kSpaces);
+  return last == std::string::npos ? text : text.substr(last + 1);
+}
+
+bool isAsciiLower(char c) {
+  return c >= 'a' && c <= 'z';
+}
+
+bool isAsciiUpper(char c) {
+  return c >= 'A' && c <= 'Z';
+}
+
+// "en" or "de-AT": a tag the library uses exactly as written and that
+// language lists written the usual way match.
+bool isUsualTag(const std::string& tag) {
+  const bool language = tag.size() >= 2 && isAsciiLower(tag[0]) && isAsciiLower(tag[1]);
+  if (tag.size() == 2) {
+    return language;
+  }
+  return language && tag.size() == 5 && tag[2] == '-' && isAsciiUpper(tag[3]) &&
+         isAsciiUpper(tag[4]);
+}
+
+class Collector {
+ public:
+  explicit Collector(std::vector<Finding>& findings) : findings(findings) {}
+
+  Finding& add(const SourcePlace& place, FindingSeverity severity, const char* code,
+               std::string message, const CatalogueEntry* entry = nullptr) {
+    Finding finding;
+    finding.place = place;
+    finding.severity = severity;
+    finding.code = code;
+    finding.message = std::move(message);
+    if (entry != nullptr) {
+      finding.nameSpace = entry->effectiveNamespace;
+      finding.identifier = entry->effectiveIdentifier;
+      finding.language = entry->packedLanguage;
+    }
+    findings.push_back(std::move(finding));
+    return findings.back();
+  }
+
+ private:
+  std::vector<Finding>& findings;
+};
+
+void findRefusals(const Catalogue& catalogue, Collector& out) {
+  for (const RefusedDocument& document : catalogue.refused()) {
+    for (const msg::DocumentProblem& problem : document.problems) {
+      const SourcePlace place{problem.file.empty() ? document.file : problem.file, problem.line,
+                              problem.column};
+      out.add(place, FindingSeverity::error, code::kDocumentRefused, problem.message);
+    }
+  }
+}
+
+// Attributes the loader replaces by a default without a word. Each Message
+// and MessageNamespace is reported once, not once per Text.
+void findDefaultedAttributes(const Catalogue& catalogue, Collector& out) {
+  using Seen = std::tuple<std::string, int, int, std::string, std::string>;
+  std::set<Seen> messages;
+  std::set<Seen> namespaces;
+  for (const CatalogueEntry& entry : catalogue.entries()) {
+    const SourcePlace& message = entry.messagePlace;
+    const bool newMessage =
+        messages
+            .insert(Seen(message.file, message.line, message.column,
+                         entry.nameSpace + '\n' + entry.identifier, entry.severityWord))
+            .second;
+    if (newMessage && !entry.severityWord.empty() &&
+        !msg::DocumentText::isSeverityWord(entry.severityWord)) {
+      out.add(message, FindingSeverity::error, code::kUnknownSeverity,
+              "severity " + quoted(entry.severityWord) + " of " + keyName(entry) +
+                  " is not info, warning, error or abort; the loader reads it as error",
+              &entry)
+          .language.clear();
+    }
+    if (newMessage && entry.identifier.empty()) {
+      out.add(message, FindingSeverity::error, code::kMissingId,
+              std::string("Message has no id; the loader files its texts under \"") +
+                  msg::kDefaultIdentifier + '"',
+              &entry)
+          .language.clear();
+    }
+    const SourcePlace& space = entry.namespacePlace;
+    if (entry.nameSpace.empty() &&
+        namespaces.insert(Seen(space.file, space.line, space.column, "", "")).second) {
+      out.add(space, FindingSeverity::error, code::kMissingNamespaceName,
+              std::string("MessageNamespace has no name; the loader files its messages under \"") +
+                  msg::kDefaultNamespace + '"');
+    }
+  }
+}
+
+// A tag the library reads otherwise than written is reported once per file.
+void findLanguageTags(const Catalogue& catalogue, Collector& out) {
+  std::set<std::pair<std::string, std::string>> seen;
+  for (const CatalogueEntry& entry : catalogue.entries()) {
+    if (entry.language.empty() || isUsualTag(entry.language) ||
+        !seen.insert({entry.place.file, entry.language}).second) {
+      continue;
+    }
+    std::string message = "language " + quoted(entry.language);
+    if (entry.packedLanguage != entry.language) {
+      message += " is read as " + quoted(entry.packedLanguage) + ";";
+    } else {
+      message += " is kept as written, and tags are compared byte for byte;";
+    }
+    message +=
+        " write a lower-case language and an optional upper-case region, like \"de\" or "
+        "\"de-AT\"";
+    out.add(entry.place, FindingSeverity::warning, code::kLanguageTag, message, &entry);
+  }
+}
+
+// Faults of one text on its own.
+void findTextFaults(const CatalogueEntry& entry, Collector& out) {
+  if (entry.text.find_first_not_of(kSpaces) == std::string::npos) {
+    out.add(entry.place, FindingSeverity::warning, code::kEmptyText,
+            "text of " + keyName(entry) + " in " + quoted(entry.packedLanguage) + " is empty",
+            &entry);
+  }
+  for (const IgnoredRun& run : scanPlaceholders(entry.text).ignored) {
+    const std::string written =
+        entry.text.substr(run.offset, std::min<std::size_t>(run.digits + 1, 12));
+    const std::string shown = run.digits + 1 > 12 ? written + "..." : written;
+    out.add(entry.place, FindingSeverity::warning, code::kIgnoredPlaceholder,
+            quoted(shown) + " in " + keyName(entry) + " is plain text: " +
+                (run.digits > kMaxPlaceholderDigits
+                     ? "a placeholder has at most " + std::to_string(kMaxPlaceholderDigits) +
+                           " digits, this one " + std::to_string(run.digits)
+                     : std::string("its number is too large for a placeholder")),
+            &entry);
+  }
+}
+
+// The text of `entries` that the others are compared with.
+const CatalogueEntry* referenceOf(const std::vector<const CatalogueEntry*>& entries,
+                                  const std::string& reference) {
+  for (const CatalogueEntry* entry : entries) {
+    if (entry->packedLanguage == reference) {
+      return entry;
+    }
+  }
+  return entries.front();
+}
+
+// Faults between the texts of one key.
+void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
+                   const std::vector<std::string>& required, const CheckSettings& settings,
+                   Collector& out) {
+  std::map<std::string, const CatalogueEntry*> firstOfLanguage;
+  for (const CatalogueEntry* entry : entries) {
+    const auto inserted = firstOfLanguage.emplace(entry->packedLanguage, entry);
+    if (!inserted.second) {
+      const CatalogueEntry* first = inserted.first->second;
+      out.add(entry->place, FindingSeverity::error, code::kDuplicateText,
+              keyName(*entry) + " has a second text in " + quoted(entry->packedLanguage) +
+                  "; the first is at " + placeText(first->place) +
+                  ", and the loader keeps the last",
+              entry)
+          .related.push_back(first->place);
+    }
+  }
+
+  const CatalogueEntry* reference = referenceOf(entries, settings.reference);
+  const std::set<unsigned> expected = placeholderNumbers(reference->text);
+  if (!expected.empty() && *expected.rbegin() + 1 != expected.size()) {
+    out.add(reference->place, FindingSeverity::warning, code::kPlaceholderGap,
+            "placeholders of " + keyName(*reference) +
+                " skip numbers: " + describePlaceholders(expected),
+            reference);
+  }
+  const std::string lead = leadingSpace(reference->text);
+  const std::string trail = trailingSpace(reference->text);
+  for (const CatalogueEntry* entry : entries) {
+    if (entry == reference) {
+      continue;
+    }
+    const std::set<unsigned> numbers = placeholderNumbers(entry->text);
+    if (numbers != expected) {
+      out.add(entry->place, FindingSeverity::error, code::kPlaceholderMismatch,
+              keyName(*entry) + " in " + quoted(entry->packedLanguage) + " has placeholders " +
+                  describePlaceholders(numbers) + ", but " + quoted(reference->packedLanguage) +
+                  " at " + placeText(reference->place) + " has " + describePlaceholders(expected),
+              entry)
+          .related.push_back(reference->place);
+    }
+    if (leadingSpace(entry->text) != lead || trailingSpace(entry->text) != trail) {
+      out.add(entry->place, FindingSeverity::warning, code::kWhitespaceMismatch,
+              keyName(*entry) + " in " + quoted(entry->packedLanguage) +
+                  " starts or ends with other whitespace than " +
+                  quoted(reference->packedLanguage) + " at " + placeText(reference->place),
+              entry)
+          .related.push_back(reference->place);
+    }
+  }
+
+  // A regional language is served by its bare language when it has no text
+  // of its own, so only a key with neither misses it.
+  for (const std::string& language : required) {
+    const bool present = firstOfLanguage.count(language) != 0 ||
+                         (language.size() > 2 && firstOfLanguage.count(language.substr(0, 2)) != 0);
+    if (!present) {
+      const CatalogueEntry& first = *entries.front();
+      Finding& finding = out.add(
+          first.messagePlace, settings.strict ? FindingSeverity::error : FindingSeverity::warning,
+          code::kMissingTranslation, keyName(first) + " has no text in " + quoted(language),
+          &first);
+      finding.language = language;
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<Finding> findFindings(const Catalogue& catalogue, const CheckSettings& settings) {
+  std::vector<Finding> findings;
+  Collector out(findings);
+  findRefusals(catalogue, out);
+  findDefaultedAttributes(catalogue, out);
+  findLanguageTags(catalogue, out);
+  for (const CatalogueEntry& entry : catalogue.entries()) {
+    findTextFaults(entry, out);
+  }
+  const std::vector<std::string> required =
+      settings.languages.empty() ? catalogue.languages() : settings.languages;
+  for (const auto& key : catalogue.byKey()) {
+    findKeyFaults(key.second, required, settings, out);
+  }
+  std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
+    return std::tie(a.place.file, a.place.line, a.place.column, a.code) <
+           std::tie(b.place.file, b.place.line, b.place.column, b.code);
+  });
+  return findings;
+}
+
+const char* severityName(FindingSeverity severity) {
+  return severity == FindingSeverity::error ? "error" : "warning";
+}
+
+}  // namespace msgtool

@@ -1,0 +1,177 @@
+// msgtool show: a message as an application would print it, so that a
+// translator can check a text without writing a program.
+
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Catalogue.h"
+#include "CommandSupport.h"
+#include "Placeholders.h"
+#include "Subcommand.h"
+#include "ToolError.h"
+#include "msg/ErrorInMessageDocument.h"
+#include "msg/FormattingMessageChannel.h"
+#include "msg/LanguageList.h"
+#include "msg/Message.h"
+#include "msg/MessageChannel.h"
+#include "msg/MessageHandlerX.h"
+
+namespace msgtool {
+
+namespace {
+
+struct ShowOptions {
+  std::vector<std::string> words;  // FILE... NAMESPACE IDENTIFIER [ARG...]
+  std::string languages;
+  int width = 0;
+};
+
+const char* const kSeverityNames[] = {"info", "warning", "error", "abort"};
+
+// The message's text as it stands, on standard output.
+class PlainChannel : public msg::MessageChannel {
+ protected:
+  void onMessage(const msg::Message& message) override {
+    const char* text = message.getMessage();
+    std::cout << (text != nullptr ? text : "") << '\n';
+  }
+};
+
+// The message laid out by the library's formatting channel, on standard
+// output.
+class WrappingChannel : public msg::FormattingMessageChannel {
+ public:
+  void onMessageLine(bool, bool, const char* line) override { std::cout << line << '\n'; }
+};
+
+// The leading words that are documents: those that end in ".xml" or name an
+// existing file. The first other word is the namespace.
+std::size_t countDocuments(const std::vector<std::string>& words) {
+  std::size_t count = 0;
+  while (count < words.size()) {
+    const std::string& word = words[count];
+    std::error_code ignored;
+    const bool looksLikeDocument =
+        (word.size() > 4 && word.compare(word.size() - 4, 4, ".xml") == 0) ||
+        std::filesystem::is_regular_file(word, ignored);
+    if (!looksLikeDocument) {
+      break;
+    }
+    ++count;
+  }
+  return count;
+}
+
+std::string languagesOf(const Catalogue& catalogue, const MessageKey& key) {
+  std::string out;
+  for (const CatalogueEntry& entry : catalogue.entries()) {
+    if (entry.effectiveNamespace == key.first && entry.effectiveIdentifier == key.second &&
+        out.find(entry.packedLanguage) == std::string::npos) {
+      out += (out.empty() ? "" : ", ") + entry.packedLanguage;
+    }
+  }
+  return out;
+}
+
+int runShow(const ShowOptions& options) {
+  const std::size_t documents = countDocuments(options.words);
+  if (documents == 0) {
+    throw ToolError("show: name at least one message document first");
+  }
+  if (options.words.size() < documents + 2) {
+    throw ToolError("show: name the message by NAMESPACE and IDENTIFIER after the documents");
+  }
+  const std::vector<std::string> files(options.words.begin(), options.words.begin() + documents);
+  const MessageKey key(options.words[documents], options.words[documents + 1]);
+  std::vector<const char*> arguments;
+  for (std::size_t i = documents + 2; i < options.words.size(); ++i) {
+    arguments.push_back(options.words[i].c_str());
+  }
+  if (options.width < 0 || options.width == 1) {
+    throw ToolError("show: --width must be at least 2");
+  }
+
+  const Catalogue catalogue = readWholeCatalogue(files);
+  msg::LanguageList languages = msg::LanguageList::fromEnvironment();
+  if (!options.languages.empty()) {
+    try {
+      languages = msg::LanguageList::parse(options.languages);
+    } catch (const std::invalid_argument& error) {
+      throw ToolError(std::string("show: --languages: ") + error.what());
+    }
+  }
+
+  // The session comes first, so that the handler joins it with UTF-8 output.
+  XmlSession session;
+  msg::MessageHandlerX handler;
+  handler.setLanguageList(languages);
+  for (const std::string& file : files) {
+    try {
+      handler.loadMessageDocument(file.c_str());
+    } catch (const msg::ErrorInMessageDocument& error) {
+      throw ToolError(error.getText());  // the document changed since it was read
+    }
+  }
+
+  std::unique_ptr<msg::Message> found(handler.getMessage(key.first.c_str(), key.second.c_str()));
+  if (!found) {
+    const std::string present = languagesOf(catalogue, key);
+    throw ToolError("show: " + key.first + ':' + key.second +
+                    (present.empty()
+                         ? std::string(" is not in the catalogue")
+                         : " has no text in the languages asked for; it has " + present));
+  }
+  std::cout << key.first << ':' << key.second << " (" << found->getLanguage().toString() << ", "
+            << kSeverityNames[found->getSeverityLevel()] << ")\n";
+
+  const std::set<unsigned> numbers = placeholderNumbers(found->getText());
+  const std::size_t needed = numbers.empty() ? 0 : *numbers.rbegin() + 1;
+  if (arguments.size() != needed) {
+    std::cerr << "msgtool: note: the text has placeholders " << describePlaceholders(numbers)
+              << "; " << arguments.size() << " argument(s) given\n";
+  }
+
+  if (options.width > 0) {
+    auto* channel = new WrappingChannel;
+    channel->setRightMargin(options.width - 1);
+    channel->setTextHeaderFormat("&t");
+    handler.setMessageChannel(channel, true);
+  } else {
+    handler.setMessageChannel(new PlainChannel, true);
+  }
+  handler.setSeverityLevel(msg::info);
+  msg::Message message(&handler, key.first.c_str(), key.second.c_str());
+  handler.writeMessageN(message, static_cast<unsigned>(arguments.size()), arguments.data());
+  return kExitClean;
+}
+
+Action setUpShow(CLI::App& command) {
+  auto options = std::make_shared<ShowOptions>();
+  command.add_option("--languages", options->languages,
+                     "Preferred languages, best first, e.g. de-AT,de,en (default: from "
+                     "LANGUAGE, LC_ALL, LC_MESSAGES, LANG)");
+  command.add_option("--width", options->width,
+                     "Wrap the text at this many columns, as FormattingMessageChannel does");
+  command
+      .add_option("FILE... NAMESPACE IDENTIFIER ARG...", options->words,
+                  "Message documents, then the key, then the arguments &0, &1, ...")
+      ->required();
+  command.footer(
+      "Example: msgtool show --languages de-AT,de,en app.xml app diskspace 12 /home\n"
+      "The documents are the leading arguments that end in .xml or name a file.");
+  return [options] { return runShow(*options); };
+}
+
+const SubcommandRegistration registration(
+    "show", "Show a message as the library renders it, with arguments filled in", setUpShow);
+
+}  // namespace
+
+}  // namespace msgtool
