@@ -1,6 +1,8 @@
 #include "message_documents/MessageDocumentReader.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <system_error>
 
 #include "xml_access/XercesXML.h"
@@ -74,19 +76,18 @@ bool DocumentText::isSeverityWord(const std::string& word) {
 
 namespace {
 
-// The lines of a ParsingError's text as problems of `path`.
-DocumentRefused refusalFromParserText(const char* path, const std::string& text) {
+int clampToInt(std::uint64_t value) {
+  constexpr auto kLargest = static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+  return static_cast<int>(value > kLargest ? kLargest : value);
+}
+
+// The problems the parser recorded for its last parse, as the refusal of
+// `path`.
+DocumentRefused refusalFromParser(const char* path, const XercesXML::Parser& parser) {
   DocumentRefused refused;
-  std::size_t begin = 0;
-  while (begin < text.size()) {
-    std::size_t end = text.find('\n', begin);
-    if (end == std::string::npos) {
-      end = text.size();
-    }
-    if (end > begin) {
-      refused.problems.push_back(DocumentProblem{path, 0, 0, text.substr(begin, end - begin)});
-    }
-    begin = end + 1;
+  for (const XercesXML::ParseProblem& problem : parser.getProblems()) {
+    refused.problems.push_back(DocumentProblem{problem.file, clampToInt(problem.line),
+                                               clampToInt(problem.column), problem.message});
   }
   if (refused.problems.empty()) {
     refused.problems.push_back(DocumentProblem{path, 0, 0, "the document could not be parsed"});
@@ -94,31 +95,36 @@ DocumentRefused refusalFromParserText(const char* path, const std::string& text)
   return refused;
 }
 
-XercesXML::DOMNode parse(const char* path) {
+enum class Pass { WithRoundTrip, FirstOnly };
+
+XercesXML::DOMNode parse(const char* path, Pass pass) {
   // A folder is refused before Xerces-C opens it: its reader loses a buffer
   // when the first read of a directory fails.
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) {
     throw DocumentRefused{{DocumentProblem{path, 0, 0, "is a folder, not a document"}}};
   }
+  XercesXML::Parser parser(false, false);
+  parser.setXInclude(true, std::string());
   try {
-    XercesXML::Parser parser(false, false);
-    parser.setXInclude(true, std::string());
     // The document outlives the parser: it belongs to its handles.
+    if (pass == Pass::FirstOnly) {
+      return parser.parseFileWithPositions(path);
+    }
     return parser.parseFile(path);
-  } catch (const XercesXML::ParsingError& failure) {
-    throw refusalFromParserText(path, failure.getText());
+  } catch (const XercesXML::ParsingError&) {
+    throw refusalFromParser(path, parser);
   }
 }
 
 }  // namespace
 
 XercesXML::DOMNode parseMessageDocument(const char* path) {
-  return parse(path);
+  return parse(path, Pass::WithRoundTrip);
 }
 
 XercesXML::DOMNode parseMessageDocumentWithPositions(const char* path) {
-  return parse(path);
+  return parse(path, Pass::FirstOnly);
 }
 
 XercesXML::DOMNode findMessageCollection(const XercesXML::DOMNode& document) {

@@ -61,17 +61,17 @@ class DeepDocumentTest : public ::testing::Test {
 };
 
 // 100,000 levels overflowed the stack in the serialiser; such a document is
-// now refused with a ParsingError before serialisation.
+// refused while it is parsed, before anything is built from it.
 TEST_F(DeepDocumentTest, TooDeepIsRefusedAndWithinTheLimitTakesTheRoundTrip) {
   writeNested(100000);
-  EXPECT_THAT(roundTripError(), ::testing::HasSubstr("nested deeper than 1000 levels"));
+  EXPECT_THAT(roundTripError(), ::testing::HasSubstr("nested deeper than the limit of 1000 levels"));
 
   // The document node is level 0, so 1,000 nested elements are the deepest
   // document that passes.
   writeNested(1000);
   EXPECT_EQ(roundTripError(), "");
   writeNested(1001);
-  EXPECT_THAT(roundTripError(), ::testing::HasSubstr("nested deeper than 1000 levels"));
+  EXPECT_THAT(roundTripError(), ::testing::HasSubstr("nested deeper than the limit of 1000 levels"));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "xml_access/DOMNode.h"
 
+#include <limits>
 #include <sstream>
 
 #include <xercesc/dom/DOMException.hpp>
@@ -8,6 +9,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "msg/XercesXMLException.h"
+#include "xml_access/SourcePosition.h"
 #include "xml_access/XMLSystem.h"
 
 namespace XercesXML {
@@ -26,6 +28,12 @@ std::string domFailureText(const char* prefix, const xercesc::DOMException& fail
   std::ostringstream text;
   text << prefix << "Error code = " << failure.code << std::endl;
   return text.str();
+}
+
+// A stored position as an int; one beyond the range of int saturates.
+int clampPosition(std::uint64_t value) {
+  constexpr auto kLargest = static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+  return static_cast<int>(value > kLargest ? kLargest : value);
 }
 
 // The first element among `candidate` and its following siblings, or null.
@@ -232,19 +240,14 @@ std::string DOMNode::getAttributeByName(const std::string& name,
   }
 }
 
-// Positions are not kept yet: every node reports "not known".
 int DOMNode::getSourceLine() const {
-  if (!isValid()) {
-    throw NullPointer("XercesXML - Access to DOM null pointer.");
-  }
-  return 0;
+  requireNode(node);
+  return clampPosition(readSourcePosition(node).line);
 }
 
 int DOMNode::getSourceColumn() const {
-  if (!isValid()) {
-    throw NullPointer("XercesXML - Access to DOM null pointer.");
-  }
-  return 0;
+  requireNode(node);
+  return clampPosition(readSourcePosition(node).column);
 }
 
 }  // namespace XercesXML

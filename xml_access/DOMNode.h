@@ -105,9 +105,11 @@ class DOMNode {
   // and a node without attributes all give an empty string.
   std::string getAttributeByName(const std::string& name, const std::string& namespaceUri) const;
 
-  // Where the element starts in its file (1-based line and column), for a
-  // document parsed with positions kept (see Parser); 0 when not known, and
-  // for every other node. Raises NullPointer on a null handle.
+  // Where the element starts in its file: the 1-based line and column of
+  // its '<', for an element of a document read by
+  // Parser::parseFileWithPositions. 0 for every other node, for elements of
+  // other documents, and for elements that XInclude brought in from a part.
+  // Raises NullPointer on a null handle.
   int getSourceLine() const;
   int getSourceColumn() const;
 

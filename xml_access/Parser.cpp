@@ -27,11 +27,34 @@ const char kFinishedWithErrors[] = "XercesXML - Parsing finished with errors.";
 const char kAbortWhileParsing[] = "XercesXML - Abort: error while parsing: ";
 const char kAbortInDom[] = "XercesXML - Abort: error in DOM while parsing: ";
 const char kUnknownError[] = "XercesXML - Unknown system error while parsing.";
+const char kRefused[] = "XercesXML - Refused: ";
 
 // Appends the abort line for a DOM failure; the code is a signed 16-bit number.
 void appendDomAbort(std::ostream& errorText, const xercesc::DOMException& exception) {
   errorText << kAbortInDom << "Error code = " << static_cast<std::int16_t>(exception.code)
             << std::endl;
+}
+
+// The first line of `text`, without its line end.
+std::string firstLine(const std::string& text) {
+  return text.substr(0, text.find('\n'));
+}
+
+// Appends `line` to the error text, with a line end, and to `problems` as a
+// problem of `file` without a place.
+void appendAbort(std::ostream& errorText, std::vector<ParseProblem>& problems,
+                 const std::string& file, const std::string& line) {
+  errorText << line << std::endl;
+  problems.push_back(ParseProblem{file, 0, 0, line});
+}
+
+// Appends the refusal line: where, and the reason.
+void appendRefusal(std::ostream& errorText, std::vector<ParseProblem>& problems,
+                   const ParseRefused& refused) {
+  const ParseProblem& problem = refused.problem;
+  errorText << kRefused << "in file \"" << problem.file << "\", line " << problem.line
+            << ", column " << problem.column << ": " << problem.message << std::endl;
+  problems.push_back(problem);
 }
 
 // Owns the memory target of the round trip, which starts out null; the
@@ -52,8 +75,7 @@ Parser::Parser(bool relaxedValidation, bool createSchemaInfo)
   if (!isSystemInitialized()) {
     throw NotInitialized("XercesXML - Parser object created without initializing system.");
   }
-  parser.reset(
-      new xercesc::XercesDOMParser(nullptr, xercesc::XMLPlatformUtils::fgMemoryManager, nullptr));
+  parser.reset(new BoundedDOMParser());
   parser->setCreateEntityReferenceNodes(false);
   parser->setDoNamespaces(true);
   parser->setCreateCommentNodes(false);
@@ -87,29 +109,7 @@ std::string Parser::getXIncludeOutputFile() const {
 }
 
 DOMNode Parser::parseFile(const std::string& fileName) {
-  std::ostringstream errorText;
-  const auto defaultHandler = std::make_unique<DefaultErrorHandler>(errorText);
-  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()));
-
-  // Whatever the parse throws ends the call, behind the blocks reported so
-  // far. An exception of this layer out of a receiver counts as unknown here.
-  try {
-    parser->parse(fileName.c_str());
-  } catch (const xercesc::XMLException& exception) {
-    errorText << kAbortWhileParsing << transcodeFromXMLCh(exception.getMessage()) << std::endl;
-    throw ParsingError(errorText.str());
-  } catch (const xercesc::DOMException& exception) {
-    appendDomAbort(errorText, exception);
-    throw ParsingError(errorText.str());
-  } catch (...) {
-    errorText << kUnknownError << std::endl;
-    throw ParsingError(errorText.str());
-  }
-  if (reporter.getSawErrors()) {
-    errorText << kFinishedWithErrors << std::endl;
-    throw ParsingError(errorText.str());
-  }
-
+  parseFirst(fileName, false);
   xercesc::DOMNode* document = nullptr;
   if (getXInclude() || !xIncludeOutputFile.empty()) {
     document = validateAfterXInclude(fileName, getXInclude());
@@ -120,12 +120,49 @@ DOMNode Parser::parseFile(const std::string& fileName) {
   return DOMNode(document, nullptr);
 }
 
+DOMNode Parser::parseFileWithPositions(const std::string& fileName) {
+  parseFirst(fileName, true);
+  return DOMNode(parser->adoptDocument(), nullptr);
+}
+
+void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
+  problems.clear();
+  std::ostringstream errorText;
+  const auto defaultHandler = std::make_unique<DefaultErrorHandler>(errorText);
+  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()), &problems);
+
+  // Whatever the parse throws ends the call, behind the blocks reported so
+  // far. An exception of this layer out of a receiver counts as unknown here.
+  parser->setKeepPositions(keepPositions);
+  try {
+    parser->parseBounded(fileName.c_str());
+  } catch (const xercesc::XMLException& exception) {
+    appendAbort(errorText, problems, fileName,
+                kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
+    throw ParsingError(errorText.str());
+  } catch (const xercesc::DOMException& exception) {
+    appendDomAbort(errorText, exception);
+    problems.push_back(ParseProblem{fileName, 0, 0, "error in DOM while parsing"});
+    throw ParsingError(errorText.str());
+  } catch (const ParseRefused& refused) {
+    appendRefusal(errorText, problems, refused);
+    throw ParsingError(errorText.str());
+  } catch (...) {
+    appendAbort(errorText, problems, fileName, kUnknownError);
+    throw ParsingError(errorText.str());
+  }
+  if (reporter.getSawErrors()) {
+    errorText << kFinishedWithErrors << std::endl;
+    throw ParsingError(errorText.str());
+  }
+}
+
 xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse) {
   // This reporter takes the parser's callbacks over from the one of
   // parseFile, so the second parse has its own blocks and flag.
   std::ostringstream errorText;
   const auto defaultHandler = std::make_unique<DefaultErrorHandler>(errorText);
-  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()));
+  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()), &problems);
 
   DOMNode firstDocument(parser->adoptDocument(), nullptr);
   MemoryTargetGuard memory;
@@ -153,7 +190,8 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       const xercesc::MemBufInputSource source(memory.target->getRawBuffer(),
                                               memory.target->getLen(), systemId.c_str(), false,
                                               xercesc::XMLPlatformUtils::fgMemoryManager);
-      parser->parse(source);
+      parser->setKeepPositions(false);
+      parser->parseBounded(source);
       applyRelaxedSettings();
     }
   } catch (const Exception& exception) {
@@ -161,24 +199,33 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       applyRelaxedSettings();
     }
     errorText << kAbortWhileParsing << exception.getText() << std::endl;
+    problems.push_back(ParseProblem{systemId, 0, 0, firstLine(exception.getText())});
     throw ParsingError(errorText.str());
   } catch (const xercesc::XMLException& exception) {
     if (reparse) {
       applyRelaxedSettings();
     }
-    errorText << kAbortWhileParsing << transcodeFromXMLCh(exception.getMessage()) << std::endl;
+    appendAbort(errorText, problems, systemId,
+                kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
     throw ParsingError(errorText.str());
   } catch (const xercesc::DOMException& exception) {
     if (reparse) {
       applyRelaxedSettings();
     }
     appendDomAbort(errorText, exception);
+    problems.push_back(ParseProblem{systemId, 0, 0, "error in DOM while parsing"});
+    throw ParsingError(errorText.str());
+  } catch (const ParseRefused& refused) {
+    if (reparse) {
+      applyRelaxedSettings();
+    }
+    appendRefusal(errorText, problems, refused);
     throw ParsingError(errorText.str());
   } catch (...) {
     if (reparse) {
       applyRelaxedSettings();
     }
-    errorText << kUnknownError << std::endl;
+    appendAbort(errorText, problems, systemId, kUnknownError);
     throw ParsingError(errorText.str());
   }
 

@@ -5,11 +5,13 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOMNode.hpp>
-#include <xercesc/parsers/XercesDOMParser.hpp>
 
+#include "xml_access/BoundedDOMParser.h"
 #include "xml_access/DOMNode.h"
+#include "xml_access/ParseProblem.h"
 #include "xml_access/XercesXMLErrorHandlerInterface.h"
 
 namespace XercesXML {
@@ -35,6 +37,12 @@ namespace XercesXML {
 // resolve against it). parseFile returns the document of that second parse,
 // and leaves the parser object with the relaxed settings again, on success
 // and on failure alike, so one Parser reads file after file the same way.
+//
+// Every parse is bounded (see BoundedDOMParser): elements nest at most
+// kMaxElementDepth levels, and entity references expand at most
+// kMaxEntityReferences times and kMaxEntityExpansion characters. A document
+// that breaks a bound is refused while it is parsed, with a ParsingError
+// whose last line begins "XercesXML - Refused: " and names the limit.
 //
 // Ownership: the Parser owns its Xerces-C parser object. A document that
 // parseFile returns belongs to the returned handle alone and outlives the
@@ -85,7 +93,23 @@ class Parser {
   // with no error handler, and the Parser stays usable, on every path.
   DOMNode parseFile(const std::string& fileName);
 
+  // The first parse of parseFile alone (includes expanded if XInclude is
+  // on, no round trip, so nothing is validated beyond what the relaxed or
+  // strict settings do in that parse), with the start of every element
+  // recorded for DOMNode::getSourceLine and getSourceColumn.
+  // Raises ParsingError as parseFile does.
+  DOMNode parseFileWithPositions(const std::string& fileName);
+
+  // What made the last parseFile or parseFileWithPositions fail, in the
+  // order found: the parser's errors, a refusal, the abort line. Empty after
+  // a parse that succeeded.
+  const std::vector<ParseProblem>& getProblems() const { return problems; }
+
  private:
+  // The first parse of `fileName`: raises ParsingError with the call's error
+  // text, or returns with the document in the parser object.
+  void parseFirst(const std::string& fileName, bool keepPositions);
+
   void applyRelaxedSettings();
   void applyStrictSettings();
 
@@ -110,9 +134,10 @@ class Parser {
   // REQUIRES: `handle` is the only handle on its block.
   static xercesc::DOMNode* giveUpDocument(DOMNode& handle);
 
-  std::unique_ptr<xercesc::XercesDOMParser> parser;  // owned, never null
-  XercesXMLErrorHandlerInterface* errorHandler;      // borrowed, may be null
+  std::unique_ptr<BoundedDOMParser> parser;      // owned, never null
+  XercesXMLErrorHandlerInterface* errorHandler;  // borrowed, may be null
   std::string xIncludeOutputFile;
+  std::vector<ParseProblem> problems;  // of the last parse
 };
 
 }  // namespace XercesXML

@@ -28,8 +28,9 @@ std::string formatBlock(const char* firstWords, const xercesc::SAXParseException
 }  // namespace
 
 TreeErrorReporter::TreeErrorReporter(xercesc::XercesDOMParser* parser,
-                                     XercesXMLErrorHandlerInterface* handler)
-    : parser(parser), handler(handler), sawErrors(false) {
+                                     XercesXMLErrorHandlerInterface* handler,
+                                     std::vector<ParseProblem>* problems)
+    : parser(parser), handler(handler), problems(problems), sawErrors(false) {
   parser->setErrorHandler(this);
 }
 
@@ -42,14 +43,25 @@ void TreeErrorReporter::warning(const xercesc::SAXParseException&) {}
 void TreeErrorReporter::error(const xercesc::SAXParseException& exception) {
   // The flag comes first, so that it stands even if building the text fails.
   sawErrors = true;
+  record(exception);
   handler->error(formatBlock("Error ", exception));
 }
 
 void TreeErrorReporter::fatalError(const xercesc::SAXParseException& exception) {
   sawErrors = true;
+  record(exception);
   handler->fatalError(formatBlock("Fatal error ", exception));
 }
 
 void TreeErrorReporter::resetErrors() {}
+
+void TreeErrorReporter::record(const xercesc::SAXParseException& exception) {
+  if (problems != nullptr) {
+    problems->push_back(ParseProblem{transcodeFromXMLCh(exception.getSystemId()),
+                                     static_cast<std::uint64_t>(exception.getLineNumber()),
+                                     static_cast<std::uint64_t>(exception.getColumnNumber()),
+                                     transcodeFromXMLCh(exception.getMessage())});
+  }
+}
 
 }  // namespace XercesXML

@@ -3,10 +3,13 @@
 #ifndef MSG_XML_ACCESS_TREEERRORREPORTER_H_
 #define MSG_XML_ACCESS_TREEERRORREPORTER_H_
 
+#include <vector>
+
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 
+#include "xml_access/ParseProblem.h"
 #include "xml_access/XercesXMLErrorHandlerInterface.h"
 
 namespace XercesXML {
@@ -27,15 +30,20 @@ namespace XercesXML {
 // encoding of the XML system; a failed conversion leaves the callback as the
 // exception of that conversion, after the flag has been set.
 //
-// Neither the parser object nor the receiver is owned; both must outlive the
+// With a problem list, every error and fatal error is also appended to it
+// as a ParseProblem (system id, line, column, message), before the block is
+// built.
+//
+// Neither the parser object, the receiver nor the list is owned; both must outlive the
 // reporter. The flag is never cleared, so a reporter serves one parse
 // operation only. All callbacks come on the thread that calls parse.
 class TreeErrorReporter : public xercesc::ErrorHandler {
  public:
   // Stores both pointers and installs this reporter as the error handler of
   // `parser`, replacing whatever handler was installed.
-  // REQUIRES: parser and handler are not null.
-  TreeErrorReporter(xercesc::XercesDOMParser* parser, XercesXMLErrorHandlerInterface* handler);
+  // REQUIRES: parser and handler are not null; `problems` may be.
+  TreeErrorReporter(xercesc::XercesDOMParser* parser, XercesXMLErrorHandlerInterface* handler,
+                    std::vector<ParseProblem>* problems = nullptr);
 
   TreeErrorReporter(const TreeErrorReporter&) = delete;
   TreeErrorReporter& operator=(const TreeErrorReporter&) = delete;
@@ -58,8 +66,11 @@ class TreeErrorReporter : public xercesc::ErrorHandler {
   void resetErrors() override;
 
  private:
+  void record(const xercesc::SAXParseException& exception);
+
   xercesc::XercesDOMParser* parser;         // not owned
   XercesXMLErrorHandlerInterface* handler;  // not owned, never null
+  std::vector<ParseProblem>* problems;      // not owned, may be null
   bool sawErrors;
 };
 

@@ -1,0 +1,133 @@
+// BoundedDOMParser: the Xerces-C DOM parser with the limits, refusals and
+// records that this library's documents need.
+
+#ifndef MSG_XML_ACCESS_BOUNDEDDOMPARSER_H_
+#define MSG_XML_ACCESS_BOUNDEDDOMPARSER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+
+#include "xml_access/ParseProblem.h"
+
+namespace XercesXML {
+
+// The limits every parse of this library applies. Trusted parsers bound
+// hostile documents in the same way; the values leave room for every
+// document a person writes by hand or a tool generates.
+
+// Elements nested deeper than this are refused while parsing. The
+// serialiser of the XInclude round trip recurses once per level, and message
+// documents need five levels; 1,000 is far above any real document and far
+// below the depth that overflows a thread's stack.
+inline constexpr std::size_t kMaxElementDepth = 1000;
+
+// Entity references a document may expand in all (nested ones included).
+// Ten levels of ten references each (the "billion laughs") need 10^10; a
+// document that uses entities for names and boilerplate needs a few hundred.
+inline constexpr std::size_t kMaxEntityReferences = 10000;
+
+// Characters that entity references may add to a document in all, the
+// bound on what a small document can make the parser build (one entity of
+// 50,000 characters referenced 20,000 times would be 10^9). libxml2 bounds
+// one text to the same 10,000,000.
+inline constexpr std::size_t kMaxEntityExpansion = 10000000;
+
+// Thrown from the parser's callbacks when a document breaks one of the
+// rules above, or a rule its client switched on. It ends the parse at once;
+// the parser object is left as after any failed parse.
+struct ParseRefused {
+  ParseProblem problem;
+};
+
+// A XercesDOMParser that
+//  - refuses elements nested deeper than kMaxElementDepth as they open;
+//  - bounds entity expansion: at most kMaxEntityReferences references, and
+//    no more than kMaxEntityExpansion characters from them in all (see
+//    parseBounded);
+//  - refuses a document type declaration if asked to (setRefuseDoctype),
+//    before the parser reads anything of its internal subset;
+//  - records where each element starts (line and column of its '<') if
+//    asked to (setKeepPositions), for DOMNode::getSourceLine;
+//  - appends text that follows an entity reference through the public
+//    appendData, which keeps long texts with many references linear (the
+//    parser's own fast append rescans the document's block list each time);
+//  - tells its entity resolver whether the reference it is asked about is
+//    an XInclude (isExpandingInclude).
+// Everything else is the XercesDOMParser. One parse at a time, one thread.
+class BoundedDOMParser : public xercesc::XercesDOMParser {
+ public:
+  BoundedDOMParser();
+  ~BoundedDOMParser() override;
+
+  BoundedDOMParser(const BoundedDOMParser&) = delete;
+  BoundedDOMParser& operator=(const BoundedDOMParser&) = delete;
+
+  void setRefuseDoctype(bool refuse) { refuseDoctype = refuse; }
+  void setKeepPositions(bool keep) { keepPositions = keep; }
+
+  // True while the parser expands an xi:include element (and its nested
+  // includes); every external reference asked about then is a part to
+  // include.
+  bool isExpandingInclude() const { return includeDepth > 0; }
+
+  // Parses `source` with the bounds above. The number of references is
+  // bounded by the scanner, which fixes its limit when a parse starts; when
+  // the internal subset declares entities long enough that the limit would
+  // allow more than kMaxEntityExpansion characters, the parse stops at the
+  // end of the subset and starts again with a lower reference limit, so
+  // every reference in content and in attribute values stays within the
+  // bound. Raises what parse raises, and ParseRefused.
+  void parseBounded(const xercesc::InputSource& source);
+  void parseBounded(const char* systemId);
+
+  // The XMLDocumentHandler and DocTypeHandler callbacks this class watches.
+  void startDocument() override;
+  void startElement(const xercesc::XMLElementDecl& elemDecl, unsigned int urlId,
+                    const XMLCh* elemPrefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attrList,
+                    XMLSize_t attrCount, bool isEmpty, bool isRoot) override;
+  void endElement(const xercesc::XMLElementDecl& elemDecl, unsigned int urlId, bool isRoot,
+                  const XMLCh* elemPrefix) override;
+  void docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+  void ignorableWhitespace(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+  void docComment(const XMLCh* comment) override;
+  void docPI(const XMLCh* target, const XMLCh* data) override;
+  void doctypeDecl(const xercesc::DTDElementDecl& elemDecl, const XMLCh* publicId,
+                   const XMLCh* systemId, bool hasIntSubset, bool hasExtSubset) override;
+  void entityDecl(const xercesc::DTDEntityDecl& entityDecl, bool isPEDecl, bool isIgnored) override;
+  void endIntSubset() override;
+
+ private:
+  // Thrown at the end of the internal subset when the reference limit must
+  // come down; parseBounded catches it and starts again.
+  struct RestartWithLimit {
+    std::size_t referenceLimit;
+  };
+
+  template <typename Source>
+  void parseWithRestarts(const Source& source);
+
+  // Remembers where the scanner stands: the next element starts here.
+  void markPosition();
+
+  // A refusal at the scanner's position.
+  ParseRefused refusal(const std::string& reason) const;
+
+  xercesc::SecurityManager securityManager;
+  std::basic_string<XMLCh> appendBuffer;
+  std::size_t referenceLimit = kMaxEntityReferences;  // of the running parse
+  std::size_t longestEntityValue = 0;
+  std::size_t depth = 0;
+  int includeDepth = 0;
+  bool refuseDoctype = false;
+  bool keepPositions = false;
+  std::uint64_t lastLine = 1;
+  std::uint64_t lastColumn = 1;
+};
+
+}  // namespace XercesXML
+
+#endif  // MSG_XML_ACCESS_BOUNDEDDOMPARSER_H_
