@@ -5,59 +5,42 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
-#include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
-#include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "xml_access/BoundedDOMParser.h"
+#include "xml_access/SourcePosition.h"
+
 namespace msgtool {
 
 namespace {
 
-const XMLCh kLineKey[] = {'m', 's', 'g', 'L', 'i', 'n', 'e', 0};
-
-// A DOM parser that notes the line of every element and refuses a DOCTYPE.
-class LineRecordingParser : public xercesc::XercesDOMParser {
- public:
-  LineRecordingParser() {
-    getScanner()->setDisallowDTD(true);
-    setDoNamespaces(true);
-    setValidationScheme(Val_Never);
-    setDoSchema(false);
-    setLoadSchema(false);
-    setLoadExternalDTD(false);
-    setDoXInclude(false);
-    setDisableDefaultEntityResolution(true);
-    setCreateEntityReferenceNodes(false);
-    setExitOnFirstFatalError(true);
-  }
-
-  void startElement(const xercesc::XMLElementDecl& elemDecl, const unsigned int urlId,
-                    const XMLCh* const elemPrefix,
-                    const xercesc::RefVectorOf<xercesc::XMLAttr>& attrList,
-                    const XMLSize_t attrCount, const bool isEmpty, const bool isRoot) override {
-    xercesc::XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount,
-                                           isEmpty, isRoot);
-    const xercesc::Locator* locator = getScanner()->getLocator();
-    xercesc::DOMNode* element = getCurrentNode();
-    if (locator != nullptr && element != nullptr) {
-      auto line = static_cast<std::intptr_t>(locator->getLineNumber());
-      element->setUserData(kLineKey, reinterpret_cast<void*>(line), nullptr);
-    }
-  }
-};
+// The library's bounded parser (element depth, entity expansion) with every
+// door closed: no DOCTYPE, no validation, no schema, no include, no
+// external entity.
+void closeEveryDoor(XercesXML::BoundedDOMParser& parser) {
+  parser.setRefuseDoctype(true);
+  parser.setKeepPositions(true);
+  parser.setDoNamespaces(true);
+  parser.setValidationScheme(xercesc::XercesDOMParser::Val_Never);
+  parser.setDoSchema(false);
+  parser.setLoadSchema(false);
+  parser.setLoadExternalDTD(false);
+  parser.setDoXInclude(false);
+  parser.setDisableDefaultEntityResolution(true);
+  parser.setCreateEntityReferenceNodes(false);
+  parser.setExitOnFirstFatalError(true);
+}
 
 // Keeps the first error of a parse with its line.
 class FirstErrorKeeper : public xercesc::ErrorHandler {
@@ -80,16 +63,6 @@ class FirstErrorKeeper : public xercesc::ErrorHandler {
     }
   }
 };
-
-// True if a DOCTYPE stands in the first kilobytes of `path`, where the
-// prolog is.
-bool startsWithDoctype(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::string head(4096, '\0');
-  in.read(&head[0], static_cast<std::streamsize>(head.size()));
-  head.resize(static_cast<std::size_t>(in.gcount()));
-  return head.find("<!DOCTYPE") != std::string::npos;
-}
 
 xercesc::DOMImplementation* implementation() {
   static const XMLCh kCore[] = {'C', 'o', 'r', 'e', 0};
@@ -153,22 +126,21 @@ XmlDocument XmlDocument::parse(const std::string& path, bool keepComments) {
   if (access(path.c_str(), R_OK) != 0) {
     throw FileProblem(path, 0, std::string("cannot be read: ") + std::strerror(errno));
   }
-  LineRecordingParser parser;
+  XercesXML::BoundedDOMParser parser;
+  closeEveryDoor(parser);
   parser.setCreateCommentNodes(keepComments);
   FirstErrorKeeper errors;
   parser.setErrorHandler(&errors);
   try {
-    parser.parse(XmlString(path));
+    parser.parseBounded(path.c_str());
+  } catch (const XercesXML::ParseRefused& refused) {
+    throw FileProblem(path, static_cast<int>(refused.problem.line), refused.problem.message);
   } catch (const xercesc::XMLException& failure) {
     throw FileProblem(path, static_cast<int>(failure.getSrcLine()), toUtf8(failure.getMessage()));
   } catch (const xercesc::DOMException& failure) {
     throw FileProblem(path, 0, toUtf8(failure.getMessage()));
   }
   if (errors.failed) {
-    if (errors.message == "invalid document structure" &&
-        startsWithDoctype(path)) {
-      throw FileProblem(path, errors.line, "has a DOCTYPE, which files from outside may not have");
-    }
     throw FileProblem(path, errors.line, "is not well-formed XML: " + errors.message);
   }
   if (parser.getDocument() == nullptr || parser.getDocument()->getDocumentElement() == nullptr) {
@@ -208,8 +180,7 @@ XmlDocument::~XmlDocument() {
 }
 
 int XmlDocument::lineOf(const xercesc::DOMNode* node) {
-  auto line = reinterpret_cast<std::intptr_t>(node->getUserData(kLineKey));
-  return static_cast<int>(line);
+  return static_cast<int>(XercesXML::readSourcePosition(node).line);
 }
 
 std::string XmlDocument::serialize() const {

@@ -1,11 +1,12 @@
 // OutsideXml: reads and writes the XML files that msgtool exchanges with
 // translators' tools and the message documents it edits.
 //
-// Files read here come from outside, so the parser allows no DOCTYPE (and
-// with it no entities to expand and no external DTD), opens nothing but the
-// one file (no XInclude, no schema, no network), and refuses files larger
-// than kMaxXmlFileBytes before it starts. Every element remembers the line
-// on which its start tag ends, for error messages.
+// Files read here come from outside. They go through the library's bounded
+// parser, which limits element depth and entity expansion, and here it also
+// allows no DOCTYPE (so no entities and no external DTD) and opens nothing
+// but the one file (no XInclude, no schema, no network). Files larger than
+// kMaxXmlFileBytes are refused before the parse. Every element remembers
+// the line where it starts, for error messages.
 
 #ifndef MSGTOOL_OUTSIDEXML_H_
 #define MSGTOOL_OUTSIDEXML_H_
