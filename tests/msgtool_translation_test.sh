@@ -21,7 +21,7 @@ po_tools)
   msgfmt --check -o /dev/null fr.po
   msgcat --width=40 fr.po | msgen - -o filled.po   # rewrapped, then every msgstr filled
   "$tool" import --format po filled.po --into app.xml
-  "$tool" stats app.xml | grep -qx 'fr: 5 translated, 0 missing, 100.0% of 5 messages' || fail "fr incomplete"
+  grep -qx 'fr: 5 translated, 0 missing, 100.0% of 5 messages' <<<"$("$tool" stats app.xml)" || fail "fr incomplete"
   same_texts original.xml app.xml en
   same_texts original.xml app.xml de
   # msgen copied each msgid, so every fr text is its en text: placeholders intact.
@@ -45,7 +45,7 @@ xliff_tools)
 round_trip)
   for format in po xliff; do
     "$tool" export --format $format --source en --target de -o de.$format app.xml
-    "$tool" import --format $format de.$format --into app.xml | grep -q ' 0 updated, 0 added, 3 unchanged'
+    grep -q ' 0 updated, 0 added, 3 unchanged' <<<"$("$tool" import --format $format de.$format --into app.xml)"
     cmp original.xml app.xml || fail "unchanged $format import changed the document"
     "$tool" import --format $format de.$format --into new-$format.xml >/dev/null
     same_texts original.xml new-$format.xml de
@@ -59,11 +59,13 @@ stale)
   "$tool" export --format po --source en --target de -o stale.po app.xml
   "$tool" export --format xliff --source en --target de -o stale.xlf app.xml
   [ "$(grep -c '^#, fuzzy' stale.po)" = 1 ] || fail "stale text not fuzzy"
+  grep -q '^de: .*, 1 stale$' <<<"$("$tool" stats app.xml)" || fail "stats does not count it"
+  grep -q 'app.xml:9:[0-9]*: warning: .*\[stale-translation\]' <<<"$("$tool" check app.xml)" || fail "check does not warn"
   [ "$(grep -c 'state="needs-review-translation"' stale.xlf)" = 1 ] || fail "stale text not for review"
-  "$tool" import --format po stale.po --into app.xml | grep -q '1 fuzzy' || fail "fuzzy imported"
+  grep -q '1 fuzzy' <<<"$("$tool" import --format po stale.po --into app.xml)" || fail "fuzzy imported"
   sed -i '/^#, fuzzy/d' stale.po   # the translator confirms it
-  "$tool" import --format po stale.po --into app.xml | grep -q '1 updated' || fail "confirmation not taken"
-  "$tool" export --format po --source en --target de app.xml | grep -q fuzzy && fail "still fuzzy"
+  grep -q '1 updated' <<<"$("$tool" import --format po stale.po --into app.xml)" || fail "confirmation not taken"
+  grep -q fuzzy <<<"$("$tool" export --format po --source en --target de app.xml 2>/dev/null)" && fail "still fuzzy"
   ;;
 bad_input)
   "$tool" export --format po --source en --target de -o good.po app.xml
