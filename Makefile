@@ -33,6 +33,10 @@ MEMCHECK_PACKAGES  := valgrind
 FUZZ_SECONDS       ?= 60
 FUZZ_SMOKE_SECONDS ?= 5
 
+# The translators' tools that msgtool's export and import are tested
+# against; test tools only, never dependencies of the library or the tool.
+TRANSLATION_TEST_PACKAGES := gettext translate-toolkit
+
 .PHONY: deps demo test release bench fuzz fuzz-build memcheck tsan format clean
 
 deps:
@@ -53,6 +57,7 @@ demo: release
 # runs for FUZZ_SMOKE_SECONDS and replays its kept regression inputs, in the
 # clang tree of `make fuzz` (CTest label "fuzz").
 test: deps fuzz-build tsan
+	@tools/install-deps.sh $(TRANSLATION_TEST_PACKAGES)
 	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON -DMSG_BUILD_BENCH=ON $(OWN_BUILD)
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)

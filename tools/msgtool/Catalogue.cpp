@@ -7,6 +7,7 @@
 #include <set>
 #include <system_error>
 
+#include "SourceStamp.h"
 #include "ToolError.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/Language.h"
@@ -142,6 +143,7 @@ bool Catalogue::readEntries(const std::string& file) {
     entry.severityWord = text.severityWord;
     entry.language = text.language;
     entry.text = text.readText();
+    entry.translatedFrom = text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace);
     entry.effectiveNamespace = text.effectiveNamespace();
     entry.effectiveIdentifier = text.effectiveIdentifier();
     entry.effectiveLanguage = text.effectiveLanguage();

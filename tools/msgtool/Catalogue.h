@@ -42,6 +42,7 @@ struct CatalogueEntry {
   std::string severityWord;
   std::string language;
   std::string text;
+  std::string translatedFrom;  // msgtool:translated-from (see SourceStamp.h), "" if absent
 
   // What the loader registers.
   std::string effectiveNamespace;   // "no-ns" in place of an absent name

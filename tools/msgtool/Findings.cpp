@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Placeholders.h"
+#include "SourceStamp.h"
 #include "message_documents/MessageDocumentReader.h"
 
 namespace msgtool {
@@ -220,6 +221,12 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
                   " at " + placeText(reference->place) + " has " + describePlaceholders(expected),
               entry)
           .related.push_back(reference->place);
+    }
+    if (isStaleTranslation(*entry, entries)) {
+      out.add(entry->place, FindingSeverity::warning, code::kStaleTranslation,
+              keyName(*entry) + " in " + quoted(entry->packedLanguage) +
+                  " was translated from a source text that has changed since; review it",
+              entry);
     }
     if (leadingSpace(entry->text) != lead || trailingSpace(entry->text) != trail) {
       out.add(entry->place, FindingSeverity::warning, code::kWhitespaceMismatch,

@@ -32,6 +32,7 @@ inline constexpr char kPlaceholderGap[] = "placeholder-gap";
 inline constexpr char kIgnoredPlaceholder[] = "ignored-placeholder";
 inline constexpr char kEmptyText[] = "empty-text";
 inline constexpr char kWhitespaceMismatch[] = "whitespace-mismatch";
+inline constexpr char kStaleTranslation[] = "stale-translation";
 }  // namespace code
 
 struct Finding {

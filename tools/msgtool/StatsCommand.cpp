@@ -12,6 +12,7 @@
 
 #include "Catalogue.h"
 #include "CommandSupport.h"
+#include "SourceStamp.h"
 #include "Subcommand.h"
 #include "msg/Language.h"
 
@@ -29,6 +30,7 @@ struct LanguageCount {
   std::string language;
   std::size_t translated = 0;
   std::size_t missing = 0;
+  std::size_t stale = 0;  // translated, but from a source text changed since
   double share = 0.0;  // translated / messages, 0 with no messages
 };
 
@@ -48,11 +50,12 @@ int runStats(const StatsOptions& options) {
   for (const std::string& language : languages) {
     LanguageCount count{language};
     for (const auto& key : keys) {
-      bool found = false;
+      const CatalogueEntry* found = nullptr;
       for (const CatalogueEntry* entry : key.second) {
-        found = found || entry->packedLanguage == language;
+        found = entry->packedLanguage == language ? entry : found;
       }
-      ++(found ? count.translated : count.missing);
+      ++(found != nullptr ? count.translated : count.missing);
+      count.stale += found != nullptr && isStaleTranslation(*found, key.second) ? 1 : 0;
     }
     count.share = keys.empty() ? 0.0 : static_cast<double>(count.translated) / keys.size();
     counts.push_back(count);
@@ -66,6 +69,7 @@ int runStats(const StatsOptions& options) {
       out["languages"].push_back({{"language", count.language},
                                   {"translated", count.translated},
                                   {"missing", count.missing},
+                                  {"stale", count.stale},
                                   {"share", count.share}});
     }
     std::cout << out.dump(2) << '\n';
@@ -75,7 +79,11 @@ int runStats(const StatsOptions& options) {
     char share[16];
     std::snprintf(share, sizeof share, "%.1f%%", 100.0 * count.share);
     std::cout << count.language << ": " << count.translated << " translated, " << count.missing
-              << " missing, " << share << " of " << keys.size() << " messages\n";
+              << " missing, " << share << " of " << keys.size() << " messages";
+    if (count.stale > 0) {
+      std::cout << ", " << count.stale << " stale";
+    }
+    std::cout << '\n';
   }
   return kExitClean;
 }

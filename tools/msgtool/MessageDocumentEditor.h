@@ -1,0 +1,90 @@
+// MessageDocumentEditor: changes texts of one message document through its
+// DOM and writes it back, leaving everything else as it stood: other
+// languages, other keys, comments, includes, the order of elements and the
+// indentation around them.
+//
+// The document is read as written (includes are not expanded), so that the
+// file written back still includes its parts. Keys that live only in an
+// included part are reported by isInIncludedPart() and are not edited here.
+
+#ifndef MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
+#define MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "OutsideXml.h"
+
+namespace msgtool {
+
+class MessageDocumentEditor {
+ public:
+  // Opens the document at `path`; if no file is there, starts a new one
+  // that names `schemaLocation` as its schema.
+  // Raises FileProblem if the document exists but the loader refuses it or
+  // it holds no MessageCollection.
+  // REQUIRES: the XML system is up (UTF-8 output).
+  MessageDocumentEditor(std::string path, const std::string& schemaLocation);
+
+  // A text of a key in one language: the last one, which the loader keeps.
+  struct ExistingText {
+    std::string text;
+    std::string stamp;  // value of msgtool:translated-from, "" if none
+  };
+  std::optional<ExistingText> find(const std::string& nameSpace, const std::string& identifier,
+                                   const std::string& language) const;
+
+  // True if the key has a Message in the document or an included part.
+  bool hasMessage(const std::string& nameSpace, const std::string& identifier) const;
+
+  // True if the key has a Message in an included part but none in the
+  // document itself.
+  bool isInIncludedPart(const std::string& nameSpace, const std::string& identifier) const;
+
+  // Makes `text` the key's text in `language`, stamped with `stamp`. Adds
+  // the Text after the key's last Text, the Message (with `severityWord`)
+  // after the namespace's last Message, and the MessageNamespace at the end
+  // of the collection, where they are missing.
+  void setText(const std::string& nameSpace, const std::string& identifier,
+               const std::string& severityWord, const std::string& language,
+               const std::string& text, const std::string& stamp);
+
+  bool isNew() const { return created; }
+
+  // Writes the document in place of the file, atomically, once the loader
+  // has accepted the new content. Raises FileProblem; the file is then
+  // unchanged.
+  void save() const;
+
+ private:
+  struct MessagePlace {
+    xercesc::DOMElement* message = nullptr;                // the last Message of the key
+    std::map<std::string, xercesc::DOMElement*> texts;  // language -> last Text
+  };
+
+  void index();
+  void readIncludedKeys();
+  static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
+  xercesc::DOMElement* newElement(const char* name);
+  // Inserts `element` into `parent` after `sibling` (null: at the end),
+  // with the indentation that `sibling` has, or one step more than
+  // `parent`'s.
+  void insertIndented(xercesc::DOMElement* parent, xercesc::DOMElement* sibling,
+                      xercesc::DOMElement* element);
+
+  std::string path;
+  bool created = false;
+  XmlDocument document;
+  xercesc::DOMElement* collection = nullptr;
+  std::map<std::string, MessagePlace> messages;                 // keyOf -> place
+  std::map<std::string, xercesc::DOMElement*> namespaces;  // name -> last one
+  std::set<std::string> includedKeys;                       // keys only in included parts
+  std::map<std::string, ExistingText> includedTexts;        // keyOf + '\n' + language
+
+};
+
+}  // namespace msgtool
+
+#endif  // MSGTOOL_MESSAGEDOCUMENTEDITOR_H_

@@ -1,0 +1,402 @@
+#include "PoFile.h"
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <sstream>
+
+#include "OutsideXml.h"
+
+namespace msgtool {
+
+namespace {
+
+constexpr std::size_t kLineWidth = 79;  // gettext's default page width
+
+// Offset of the first byte that does not belong to a well-formed UTF-8
+// sequence, or npos.
+std::size_t firstNonUtf8(const std::string& bytes) {
+  std::size_t i = 0;
+  while (i < bytes.size()) {
+    auto lead = static_cast<unsigned char>(bytes[i]);
+    std::size_t length = lead < 0x80 ? 1 : (lead >> 5) == 6 ? 2 : (lead >> 4) == 14 ? 3 : (lead >> 3) == 30 ? 4 : 0;
+    if (length == 0 || (length == 2 && lead < 0xC2) || i + length > bytes.size()) {
+      return i;
+    }
+    for (std::size_t k = 1; k < length; ++k) {
+      if ((static_cast<unsigned char>(bytes[i + k]) & 0xC0) != 0x80) {
+        return i;
+      }
+    }
+    i += length;
+  }
+  return std::string::npos;
+}
+
+bool startsWith(const std::string& text, const char* prefix) {
+  return text.rfind(prefix, 0) == 0;
+}
+
+std::string trim(const std::string& text) {
+  std::size_t begin = text.find_first_not_of(" \t\r");
+  if (begin == std::string::npos) {
+    return std::string();
+  }
+  std::size_t end = text.find_last_not_of(" \t\r");
+  return text.substr(begin, end - begin + 1);
+}
+
+// Reads the file line by line and builds the entries.
+class PoReader {
+ public:
+  explicit PoReader(std::string path) : path(std::move(path)) {}
+
+  PoFile read() {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+      throw FileProblem(path, 0, "cannot be read");
+    }
+    std::ostringstream whole;
+    whole << in.rdbuf();
+    std::string bytes = whole.str();
+    std::size_t bad = firstNonUtf8(bytes);
+    if (bad != std::string::npos) {
+      int badLine = 1 + static_cast<int>(std::count(bytes.begin(), bytes.begin() + static_cast<long>(bad), '\n'));
+      throw FileProblem(path, badLine, "holds bytes that are not UTF-8; convert the file to UTF-8 (msgconv -t UTF-8)");
+    }
+    std::istringstream lines(bytes);
+    std::string text;
+    while (std::getline(lines, text)) {
+      ++line;
+      readLine(text);
+    }
+    finishEntry();
+    checkCharset();
+    return std::move(file);
+  }
+
+ private:
+  enum class Part { none, context, id, str };
+
+  [[noreturn]] void fail(const std::string& message) const { throw FileProblem(path, line, message); }
+
+  void readLine(const std::string& raw) {
+    std::string text = trim(raw);
+    if (text.empty()) {
+      finishEntry();
+      return;
+    }
+    if (startsWith(text, "#~") || startsWith(text, "#|")) {
+      return;  // obsolete entries and previous msgids are not imported
+    }
+    if (text[0] == '#') {
+      if (part != Part::none) {
+        finishEntry();
+      }
+      readComment(text);
+      return;
+    }
+    if (text[0] == '"') {
+      if (part == Part::none) {
+        fail("a string stands outside an entry");
+      }
+      *target() += parseString(text, 0);
+      return;
+    }
+    std::size_t space = text.find_first_of(" \t");
+    std::string keyword = text.substr(0, space);
+    if (space == std::string::npos) {
+      fail("'" + keyword + "' has no string after it");
+    }
+    if (keyword == "msgctxt") {
+      if (part == Part::str) {
+        finishEntry();
+      } else if (part != Part::none) {
+        fail("msgctxt must come before msgid");
+      }
+      entry.line = line;
+      part = Part::context;
+      entry.context = std::string();
+    } else if (keyword == "msgid") {
+      if (part == Part::str) {
+        finishEntry();
+      } else if (part == Part::id) {
+        fail("msgid follows msgid without a msgstr in between");
+      }
+      if (part == Part::none) {
+        entry.line = line;
+      }
+      part = Part::id;
+    } else if (keyword == "msgstr") {
+      if (part != Part::id) {
+        fail("msgstr without a msgid before it");
+      }
+      part = Part::str;
+    } else if (keyword == "msgid_plural" || startsWith(keyword, "msgstr[")) {
+      fail("plural forms are not used by msg catalogues");
+    } else {
+      fail("unknown keyword '" + keyword + "'");
+    }
+    *target() = parseString(text, space);
+  }
+
+  void readComment(const std::string& text) {
+    char kind = text.size() > 1 ? text[1] : ' ';
+    std::string rest = trim(text.substr(std::min<std::size_t>(text.size(), 2)));
+    if (kind == '.') {
+      entry.extractedComments.push_back(rest);
+    } else if (kind == ':') {
+      entry.references.push_back(rest);
+    } else if (kind == ',') {
+      std::istringstream flags(rest);
+      std::string flag;
+      while (std::getline(flags, flag, ',')) {
+        if (!trim(flag).empty()) {
+          entry.flags.push_back(trim(flag));
+        }
+      }
+    } else {
+      entry.translatorComments.push_back(kind == ' ' ? rest : trim(text.substr(1)));
+    }
+  }
+
+  std::string* target() {
+    if (part == Part::context) {
+      return &*entry.context;
+    }
+    return part == Part::id ? &entry.id : &entry.str;
+  }
+
+  // The value of the quoted string that starts at or after `from`; nothing
+  // but blanks may follow it.
+  std::string parseString(const std::string& text, std::size_t from) {
+    std::size_t i = text.find_first_not_of(" \t", from);
+    if (i == std::string::npos || text[i] != '"') {
+      fail("a string must begin with '\"'");
+    }
+    std::string value;
+    for (++i; i < text.size(); ++i) {
+      char c = text[i];
+      if (c == '"') {
+        if (text.find_first_not_of(" \t\r", i + 1) != std::string::npos) {
+          fail("unexpected text after the closing '\"'");
+        }
+        return value;
+      }
+      if (c != '\\') {
+        value += c;
+        continue;
+      }
+      if (++i == text.size()) {
+        break;
+      }
+      i = readEscape(text, i, value);
+    }
+    fail("the string has no closing '\"'");
+  }
+
+  // Appends the escape starting at text[i] (after the backslash); returns
+  // the index of its last character.
+  std::size_t readEscape(const std::string& text, std::size_t i, std::string& value) {
+    static const std::string kLetters = "ntrabfv\\\"'?";
+    static const std::string kMeanings = "\n\t\r\a\b\f\v\\\"'?";
+    char c = text[i];
+    std::size_t known = kLetters.find(c);
+    if (known != std::string::npos) {
+      value += kMeanings[known];
+      return i;
+    }
+    if (c >= '0' && c <= '7') {
+      int code = 0;
+      std::size_t end = i;
+      while (end < text.size() && end < i + 3 && text[end] >= '0' && text[end] <= '7') {
+        code = code * 8 + (text[end++] - '0');
+      }
+      value += static_cast<char>(code);
+      return end - 1;
+    }
+    if (c == 'x' && i + 1 < text.size() && std::isxdigit(static_cast<unsigned char>(text[i + 1]))) {
+      int code = 0;
+      std::size_t end = i + 1;
+      while (end < text.size() && std::isxdigit(static_cast<unsigned char>(text[end]))) {
+        code = code * 16 + std::stoi(std::string(1, text[end++]), nullptr, 16);
+      }
+      value += static_cast<char>(code);
+      return end - 1;
+    }
+    fail(std::string("unknown escape sequence '\\") + c + "'");
+  }
+
+  void finishEntry() {
+    if (part == Part::none) {
+      return;
+    }
+    if (part != Part::str) {
+      throw FileProblem(path, entry.line, "the entry has no msgstr");
+    }
+    if (entry.id.empty() && !entry.context && !headerSeen && file.entries.empty()) {
+      readHeader();
+    } else {
+      file.entries.push_back(std::move(entry));
+    }
+    entry = PoEntry();
+    part = Part::none;
+  }
+
+  void readHeader() {
+    headerSeen = true;
+    headerLine = entry.line;
+    file.headerComments = entry.translatorComments;
+    std::istringstream fields(entry.str);
+    std::string field;
+    while (std::getline(fields, field)) {
+      std::size_t colon = field.find(':');
+      if (colon != std::string::npos) {
+        file.header.emplace_back(trim(field.substr(0, colon)), trim(field.substr(colon + 1)));
+      }
+    }
+  }
+
+  void checkCharset() const {
+    std::string type = file.headerField("Content-Type");
+    std::size_t at = type.find("charset=");
+    if (at == std::string::npos) {
+      return;  // no header: the bytes were checked to be UTF-8
+    }
+    std::string charset = trim(type.substr(at + 8));
+    std::string lower;
+    for (char c : charset) {
+      lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    if (lower != "utf-8" && lower != "utf8" && lower != "charset" && lower != "ascii" && lower != "us-ascii") {
+      throw FileProblem(path, headerLine,
+                        "the charset is " + charset + ", not UTF-8; convert the file (msgconv -t UTF-8)");
+    }
+  }
+
+  std::string path;
+  int line = 0;
+  PoFile file;
+  PoEntry entry;
+  Part part = Part::none;
+  bool headerSeen = false;
+  int headerLine = 0;
+};
+
+std::string escape(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    switch (c) {
+      case '\\': out += "\\\\"; break;
+      case '"': out += "\\\""; break;
+      case '\n': out += "\\n"; break;
+      case '\t': out += "\\t"; break;
+      case '\r': out += "\\r"; break;
+      case '\a': out += "\\a"; break;
+      case '\b': out += "\\b"; break;
+      case '\f': out += "\\f"; break;
+      case '\v': out += "\\v"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+// Cuts an escaped piece into lines of at most `room` bytes, each ending
+// after a space where possible.
+std::vector<std::string> wrap(const std::string& piece, std::size_t room) {
+  std::vector<std::string> lines;
+  std::size_t begin = 0;
+  while (piece.size() - begin > room) {
+    std::size_t cut = piece.rfind(' ', begin + room - 1);
+    if (cut == std::string::npos || cut < begin) {
+      break;
+    }
+    lines.push_back(piece.substr(begin, cut + 1 - begin));
+    begin = cut + 1;
+  }
+  lines.push_back(piece.substr(begin));
+  return lines;
+}
+
+void writeString(std::ostream& out, const char* keyword, const std::string& value) {
+  std::vector<std::string> pieces;
+  std::size_t begin = 0;
+  while (begin < value.size()) {
+    std::size_t end = value.find('\n', begin);
+    end = end == std::string::npos ? value.size() : end + 1;
+    pieces.push_back(escape(value.substr(begin, end - begin)));
+    begin = end;
+  }
+  std::string keywordText(keyword);
+  if (pieces.size() <= 1) {
+    std::string single = pieces.empty() ? std::string() : pieces[0];
+    if (keywordText.size() + single.size() + 3 <= kLineWidth) {
+      out << keyword << " \"" << single << "\"\n";
+      return;
+    }
+  }
+  out << keyword << " \"\"\n";
+  for (const std::string& piece : pieces) {
+    for (const std::string& line : wrap(piece, kLineWidth - 2)) {
+      out << '"' << line << "\"\n";
+    }
+  }
+}
+
+}  // namespace
+
+bool PoEntry::hasFlag(const std::string& flag) const {
+  return std::find(flags.begin(), flags.end(), flag) != flags.end();
+}
+
+PoFile PoFile::read(const std::string& path) {
+  return PoReader(path).read();
+}
+
+std::string PoFile::headerField(const std::string& name) const {
+  for (const auto& [fieldName, value] : header) {
+    if (fieldName == name) {
+      return value;
+    }
+  }
+  return std::string();
+}
+
+void PoFile::write(std::ostream& out) const {
+  for (const std::string& comment : headerComments) {
+    out << "# " << comment << '\n';
+  }
+  std::string fields;
+  for (const auto& [name, value] : header) {
+    fields += name + ": " + value + "\n";
+  }
+  out << "msgid \"\"\n";
+  writeString(out, "msgstr", fields);
+  for (const PoEntry& entry : entries) {
+    out << '\n';
+    for (const std::string& comment : entry.translatorComments) {
+      out << "# " << comment << '\n';
+    }
+    for (const std::string& comment : entry.extractedComments) {
+      out << "#. " << comment << '\n';
+    }
+    for (const std::string& reference : entry.references) {
+      out << "#: " << reference << '\n';
+    }
+    if (!entry.flags.empty()) {
+      out << "#,";
+      for (std::size_t i = 0; i < entry.flags.size(); ++i) {
+        out << (i == 0 ? " " : ", ") << entry.flags[i];
+      }
+      out << '\n';
+    }
+    if (entry.context) {
+      writeString(out, "msgctxt", *entry.context);
+    }
+    writeString(out, "msgid", entry.id);
+    writeString(out, "msgstr", entry.str);
+  }
+}
+
+}  // namespace msgtool

@@ -1,0 +1,58 @@
+// XliffFile: an XLIFF 1.2 file as msgtool writes it and reads it back.
+//
+// One trans-unit per catalogue key (the key is both `id` and `resname`), its
+// source, its target with a `state`, the severity in a note and the place
+// in the message document in a location context group. Each placeholder
+// "&N" of a text becomes <x id=".." equiv-text="&N"/>, an inline element
+// that translation tools protect; reading maps every such element back to
+// its placeholder byte for byte, by its id or its equiv-text, wherever the
+// translator moved it.
+//
+// The reader takes what other tools add (groups, alt-trans, extra notes,
+// attributes of any namespace, <g> and <mrk> around text) and passes over
+// what msgtool does not use. Files are documents from outside and are read
+// through OutsideXml.
+
+#ifndef MSGTOOL_XLIFFFILE_H_
+#define MSGTOOL_XLIFFFILE_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace msgtool {
+
+struct XliffUnit {
+  std::string key;                    // resname, else id
+  std::string source;                 // with its placeholders as "&N"
+  std::optional<std::string> target;  // absent: no <target>
+  std::string state;                  // the target's state ("" if none)
+  bool approved = false;              // approved="yes" on the unit
+  std::string severity;               // from the note "severity: ..."
+  std::string sourceFile;             // location context, for the writer
+  int sourceLine = 0;
+  int line = 0;  // line of the trans-unit, from the reader
+};
+
+class XliffFile {
+ public:
+  std::string original;  // the message documents, as given
+  std::string sourceLanguage;
+  std::string targetLanguage;
+  std::vector<XliffUnit> units;
+
+  // Reads `path`. Raises FileProblem with a line for a file that is not
+  // well formed, is no XLIFF, has another version than 1.0 to 1.2, or has
+  // a unit without id or source or with an inline element that stands for
+  // no placeholder.
+  // REQUIRES: the XML system is up.
+  static XliffFile read(const std::string& path);
+
+  // The file as UTF-8 XML text.
+  // REQUIRES: the XML system is up.
+  std::string write() const;
+};
+
+}  // namespace msgtool
+
+#endif  // MSGTOOL_XLIFFFILE_H_
