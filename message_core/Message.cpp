@@ -10,8 +10,12 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <typeinfo>
 
+#include "message_core/BlockCache.h"
+#include "message_core/MessageTable.h"
 #include "message_core/StringCopy.h"
+#include "msg/MTE.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
 
@@ -30,6 +34,23 @@ char* copyOrNull(const char* source) {
     return nullptr;
   }
   return copyString(source);
+}
+
+// Both working buffers lie in one block, the result buffer first. The
+// block of the first pair, the most common one, comes from a per-thread
+// cache.
+static_assert(kCachedBlockSize == 2 * kMinBufferSize, "the first pair is cached");
+
+char* makeBufferBlock(std::size_t capacity) {
+  return 2 * capacity == kCachedBlockSize ? takeCachedBlock() : new char[2 * capacity];
+}
+
+void releaseBufferBlock(char* block, std::size_t capacity) noexcept {
+  if (block != nullptr && 2 * capacity == kCachedBlockSize) {
+    giveCachedBlock(block);
+  } else {
+    delete[] block;
+  }
 }
 
 std::size_t lengthOrZero(const char* s) {
@@ -90,6 +111,23 @@ Message::Message(const MessageHandler* handler, const char* nameSpace, const cha
   if (handler == nullptr) {
     throw MessageHandlerError("MessageHandler corrupted.");
   }
+  // A plain MessageHandler answers getMessage() from its own table when that
+  // has an acceptable entry; this takes the entry from there directly,
+  // which is the same answer without the temporary record. Every other case
+  // (a derived handler, which may answer differently; the parent; the
+  // not-found message) goes through the virtual call below.
+  if (typeid(*handler) == typeid(MessageHandler)) {
+    const MTE* entry =
+        handler->messageTable->findBestEntry(nameSpace, identifier, handler->languageList);
+    if (entry != nullptr) {
+      this->nameSpace = entry->getNamespace();
+      this->identifier = entry->getIdentifier();
+      this->text = entry->getText();
+      severity = static_cast<SeverityLevel>(entry->getSeverity());
+      language = entry->getLanguage();
+      return;
+    }
+  }
   Message* found = handler->getMessage(nameSpace, identifier);
   const bool keyMissing = found == nullptr;
   if (keyMissing) {
@@ -118,8 +156,7 @@ Message::~Message() {
     delete[] ownIdentifier;
     delete[] ownText;
   }
-  delete[] resultBuffer;
-  delete[] workBuffer;
+  releaseBufferBlock(resultBuffer, bufferSize);
 }
 
 const char* Message::getMessage() const {
@@ -127,22 +164,21 @@ const char* Message::getMessage() const {
 }
 
 void Message::clear() {
-  if (resultBuffer != nullptr) {
-    std::memset(resultBuffer, 0, bufferSize);
+  if (resultBuffer == nullptr) {
+    return;
   }
-  if (workBuffer != nullptr) {
-    std::memset(workBuffer, 0, bufferSize);
-    // The buffers were first made with room for `text`, and never shrink.
-    if (text != nullptr) {
-      std::strcpy(workBuffer, text);
-    }
+  // The buffers were first made with room for `text`, and never shrink.
+  resultBuffer[0] = '\0';
+  if (text != nullptr) {
+    std::strcpy(workBuffer, text);
+  } else {
+    workBuffer[0] = '\0';
   }
 }
 
 void Message::clean() {
-  delete[] resultBuffer;
+  releaseBufferBlock(resultBuffer, bufferSize);
   resultBuffer = nullptr;
-  delete[] workBuffer;
   workBuffer = nullptr;
   bufferSize = 0;
 }
@@ -156,16 +192,21 @@ void Message::growBuffers(std::size_t room) {
                                          : std::max(2 * std::size_t{bufferSize}, room);
   capacity = std::min(capacity, kMaxBufferSize);
 
-  std::unique_ptr<char[]> newResult(new char[capacity]());
-  std::unique_ptr<char[]> newWork(new char[capacity]());
+  if (capacity > std::numeric_limits<std::size_t>::max() / 2) {
+    throw std::bad_array_new_length();
+  }
+  char* block = makeBufferBlock(capacity);
+  char* newWork = block + capacity;
   const char* workingText = workBuffer != nullptr ? workBuffer : text;
   if (workingText != nullptr) {
-    std::strcpy(newWork.get(), workingText);
+    std::strcpy(newWork, workingText);
+  } else {
+    newWork[0] = '\0';
   }
-  delete[] resultBuffer;
-  delete[] workBuffer;
-  resultBuffer = newResult.release();
-  workBuffer = newWork.release();
+  block[0] = '\0';
+  releaseBufferBlock(resultBuffer, bufferSize);
+  resultBuffer = block;
+  workBuffer = newWork;
   bufferSize = static_cast<std::uint32_t>(capacity);
 }
 
@@ -175,7 +216,7 @@ bool Message::substitute(unsigned int number, const char* value) {
   }
   // Both buffers are rewritten (and may be replaced) below.
   std::string ownValue;
-  if (pointsInto(value, resultBuffer, bufferSize) || pointsInto(value, workBuffer, bufferSize)) {
+  if (pointsInto(value, resultBuffer, 2 * std::size_t{bufferSize})) {
     ownValue = value;
     value = ownValue.c_str();
   }
@@ -196,16 +237,19 @@ bool Message::substitute(unsigned int number, const char* value) {
   unsigned int first = 0;
   unsigned int last = 0;
   const bool found = findPlaceholder(number, first, last);
-  std::memset(resultBuffer, 0, bufferSize);
-  if (found) {
-    std::memcpy(resultBuffer, workBuffer, first);
-    std::memcpy(resultBuffer + first, value, valueLength);
-    std::strcpy(resultBuffer + first + valueLength, workBuffer + last + 1);
-    std::strcpy(workBuffer, resultBuffer);
-  } else {
-    std::strcpy(resultBuffer, workBuffer);
+  // Once filled, and not empty, the shown text is the working text.
+  const std::size_t workLength = resultBuffer[0] != '\0' ? shownLength : std::strlen(workBuffer);
+  if (!found) {
+    std::memcpy(resultBuffer, workBuffer, workLength + 1);
+    return false;
   }
-  return found;
+  // The text behind the placeholder, with its terminator.
+  const std::size_t tailLength = workLength - last;
+  std::memcpy(resultBuffer, workBuffer, first);
+  std::memcpy(resultBuffer + first, value, valueLength);
+  std::memcpy(resultBuffer + first + valueLength, workBuffer + last + 1, tailLength);
+  std::memcpy(workBuffer, resultBuffer, first + valueLength + tailLength);
+  return true;
 }
 
 bool Message::findPlaceholder(unsigned int number, unsigned int& first, unsigned int& last) const {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "msg/MessageExceptions.h"
 
@@ -54,19 +55,6 @@ std::uint16_t foldedKeyCheck(std::uint32_t sum) {
   return static_cast<std::uint16_t>(sum ^ (sum >> 16));
 }
 
-// Candidates of one lookup held back for their string compare.
-constexpr std::size_t kCandidateLimit = 8;
-
-// Asks the processor to start fetching `p` (a hint only; no effect on the
-// result).
-inline void prefetch(const void* p) {
-#if defined(__GNUC__)
-  __builtin_prefetch(p);
-#else
-  (void)p;
-#endif
-}
-
 // Compares the identifier first: within a namespace it is what differs.
 bool sameKey(const MTE* entry, const char* nameSpace, const char* identifier) {
   return std::strcmp(entry->getIdentifier(), identifier) == 0 &&
@@ -96,17 +84,27 @@ MessageTable::~MessageTable() {
 }
 
 MessageTable* MessageTable::grownCopy() {
-  // Made first: if this allocation fails, nothing has moved yet.
+  // The new table and its index are made first: if an allocation fails,
+  // nothing has moved yet. Its index receives the entries in the order in
+  // which they move below, each in front of its group, exactly as inserting
+  // them one by one would put them.
   std::unique_ptr<MessageTable> grown(new MessageTable(largestPrimeUpTo(2 * size)));
+  grown->index.reserve(index.keyCount());
+  for (std::uint32_t bucket = 0; bucket < size; ++bucket) {
+    for (MTE* entry = buckets[bucket]; entry != nullptr; entry = entry->next) {
+      grown->index.prepend(IndexKey(entry->nameSpace, entry->identifier), entry, entry->language);
+    }
+  }
   for (std::uint32_t bucket = 0; bucket < size; ++bucket) {
     while (buckets[bucket] != nullptr) {
       MTE* entry = buckets[bucket];
       buckets[bucket] = entry->next;
       entry->cachedHash = 0;  // the old index means nothing in the new table
-      grown->insertEntry(entry, nullptr, nullptr);
+      grown->linkHead(entry, grown->bucketOf(entry));
     }
   }
   count = 0;
+  index.clear();
   return grown.release();
 }
 
@@ -141,67 +139,42 @@ MTE* MessageTable::findEntry(const MTE* key, MTE** predecessor) const {
 
 MTE* MessageTable::findBestEntry(const char* nameSpace, const char* identifier,
                                  const LanguageList& list) const {
-  const std::uint32_t sum = keySum(nameSpace, identifier);
-  const std::uint16_t check = foldedKeyCheck(sum);
-
-  // The result is that of the plain rule: walk the whole chain (no early
-  // exit, not even at rank 0), rank every entry of the key, and keep the
-  // first entry of the lowest rank. The walk reads only the chain nodes:
-  // an entry whose keyCheck differs is of another key, and the strings of
-  // the others (candidates) are only fetched here and compared afterwards,
-  // in chain order, so that their cache misses overlap with the walk.
-  // Candidates are the rare keyCheck twins of other keys and the entries of
-  // the key in acceptable languages; if there are ever more than the buffer
-  // holds, the buffered ones are settled early, which changes nothing.
-  struct Candidate {
-    MTE* entry;
-    int rank;
-  };
-  Candidate candidates[kCandidateLimit];
-  std::size_t candidateCount = 0;
+  // The group holds the key's entries in chain order, so this is the walk of
+  // the whole chain with the other keys left out: no early exit, not even at
+  // rank 0, and only a strictly lower rank replaces the best, so that the
+  // entry nearer the head keeps a tie.
+  const KeyGroup* group = index.find(IndexKey(nameSpace, identifier));
+  if (group == nullptr) {
+    return nullptr;
+  }
   MTE* best = nullptr;
   int bestRank = -1;
-  auto settle = [&] {
-    for (std::size_t i = 0; i < candidateCount; ++i) {
-      const Candidate& candidate = candidates[i];
-      // Strictly lower only, so the earlier entry in the chain keeps a tie.
-      // An entry that cannot beat the best so far needs no string compare.
-      if (best != nullptr && candidate.rank >= bestRank) {
-        continue;
-      }
-      if (sameKey(candidate.entry, nameSpace, identifier)) {
-        best = candidate.entry;
-        bestRank = candidate.rank;
-      }
+  for (std::uint32_t i = 0; i < group->size(); ++i) {
+    const int rank = list.distance(group->language(i));
+    if (rank >= 0 && (best == nullptr || rank < bestRank)) {
+      best = group->entry(i);
+      bestRank = rank;
     }
-    candidateCount = 0;
-  };
-
-  for (MTE* entry = buckets[sum % size]; entry != nullptr; entry = entry->next) {
-    if (entry->keyCheck != check) {
-      continue;
-    }
-    const int rank = list.distance(entry->language);
-    if (rank < 0) {
-      continue;
-    }
-    if (candidateCount == kCandidateLimit) {
-      settle();
-    }
-    prefetch(entry->identifier);
-    prefetch(entry->nameSpace);
-    candidates[candidateCount++] = {entry, rank};
   }
-  settle();
   return best;
+}
+
+void MessageTable::linkHead(MTE* entry, std::uint32_t bucket) {
+  entry->next = buckets[bucket];
+  buckets[bucket] = entry;
+  ++count;
 }
 
 void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor) {
   if (existing == nullptr) {
-    std::uint32_t bucket = bucketOf(entry);
-    entry->next = buckets[bucket];
-    buckets[bucket] = entry;
-    ++count;
+    const bool hadBucket = entry->cachedHash != 0;
+    const std::uint32_t bucket = bucketOf(entry);
+    // An entry that kept the bucket of another table size lands in a chain
+    // that no lookup of its key walks, so no lookup may find it.
+    if (!hadBucket || bucket == tableHash(entry->nameSpace, entry->identifier)) {
+      index.prepend(IndexKey(entry->nameSpace, entry->identifier), entry, entry->language);
+    }
+    linkHead(entry, bucket);
     return;
   }
 
@@ -214,8 +187,21 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor) {
     }
   }
 
+  // The index first: it may allocate, and the chains must then stay as they
+  // are. As a rule the new entry has the old one's key and takes its place
+  // in the group as in the chain.
+  const IndexKey key(entry->nameSpace, entry->identifier);
+  const IndexKey existingKey(existing->nameSpace, existing->identifier);
+  const bool sameKey = key == existingKey;
+  if (!sameKey || !index.replace(key, existing, entry, entry->language)) {
+    reindexReplacement(key, existing, entry);
+    if (!sameKey) {
+      index.remove(existingKey, existing);
+    }
+  }
+
   entry->next = existing->next;
-  entry->keyCheck = existing->keyCheck;  // the same key; bucketOf may not have run
+  entry->keyCheck = foldedKeyCheck(keySum(entry->nameSpace, entry->identifier));
   if (predecessor != nullptr) {
     predecessor->next = entry;
   } else {
@@ -225,6 +211,20 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor) {
   if (existing->ownsStrings) {
     delete existing;
   }
+}
+
+void MessageTable::reindexReplacement(const IndexKey& key, const MTE* existing, MTE* entry) {
+  std::vector<MTE*> entries;
+  std::vector<Language> languages;
+  for (MTE* chained = buckets[tableHash(key.nameSpace, key.identifier)]; chained != nullptr;
+       chained = chained->next) {
+    MTE* member = chained == existing ? entry : chained;
+    if (sameKey(member, key.nameSpace, key.identifier)) {
+      entries.push_back(member);
+      languages.push_back(member->language);
+    }
+  }
+  index.assign(key, entries.data(), languages.data(), static_cast<std::uint32_t>(entries.size()));
 }
 
 std::uint32_t MessageTable::largestPrimeUpTo(std::uint32_t n) {
@@ -250,6 +250,11 @@ std::uint32_t MessageTable::chainLength(std::uint32_t bucket) const {
     ++length;
   }
   return length;
+}
+
+std::uint32_t MessageTable::keyEntryCount(const char* nameSpace, const char* identifier) const {
+  const KeyGroup* group = index.find(IndexKey(nameSpace, identifier));
+  return group == nullptr ? 0 : group->size();
 }
 
 MTE* MessageTable::chainEntry(std::uint32_t bucket, std::uint32_t position) const {

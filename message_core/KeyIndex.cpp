@@ -1,0 +1,244 @@
+#include "message_core/KeyIndex.h"
+
+#include <cstring>
+#include <new>
+
+namespace msg {
+
+namespace {
+
+// Slots of the first slot array.
+constexpr std::size_t kInitialSlots = 16;
+
+constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15u;
+
+std::uint64_t mixIn(std::uint64_t hash, std::uint64_t word) {
+  hash = (hash ^ word) * kMultiplier;
+  return hash ^ (hash >> 32);
+}
+
+std::uint64_t load64(const char* p) {
+  std::uint64_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+std::uint64_t load32(const char* p) {
+  std::uint32_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+// Folds `length` bytes at `s` into `hash`, eight at a time. The last group
+// is read so that no byte behind the string is touched: as the last eight
+// bytes (overlapping the group before), as two overlapping halves, or byte
+// by byte.
+std::uint64_t hashBytes(std::uint64_t hash, const char* s, std::size_t length) {
+  std::size_t i = 0;
+  for (; i + 8 < length; i += 8) {
+    hash = mixIn(hash, load64(s + i));
+  }
+  std::uint64_t last = 0;
+  if (length >= 8) {
+    last = load64(s + length - 8);
+  } else if (length >= 4) {
+    last = load32(s) | load32(s + length - 4) << 32;
+  } else if (length > 0) {
+    last = static_cast<unsigned char>(s[0]) | static_cast<unsigned char>(s[length / 2]) << 8 |
+           static_cast<std::uint64_t>(static_cast<unsigned char>(s[length - 1])) << 16;
+  }
+  // The length keeps "ab" + "c" apart from "a" + "bc".
+  return mixIn(mixIn(hash, last), length);
+}
+
+// Spreads every input bit over the low bits that pick a slot.
+std::uint64_t finish(std::uint64_t hash) {
+  hash ^= hash >> 33;
+  hash *= 0xFF51AFD7ED558CCDu;
+  return hash ^ (hash >> 33);
+}
+
+std::uint32_t grownCapacity(std::uint32_t capacity) {
+  // Most keys have a handful of languages: grow one at a time at first, so
+  // that groups stay as small as they can.
+  return capacity < 4 ? capacity + 1 : capacity + capacity / 2;
+}
+
+}  // namespace
+
+IndexKey::IndexKey(const char* nameSpace, const char* identifier)
+    : nameSpace(nameSpace),
+      identifier(identifier),
+      namespaceLength(static_cast<std::uint32_t>(std::strlen(nameSpace))),
+      identifierLength(static_cast<std::uint32_t>(std::strlen(identifier))),
+      hash(finish(
+          hashBytes(hashBytes(0, nameSpace, namespaceLength), identifier, identifierLength))) {}
+
+bool operator==(const IndexKey& a, const IndexKey& b) {
+  return a.hash == b.hash && a.namespaceLength == b.namespaceLength &&
+         a.identifierLength == b.identifierLength &&
+         std::memcmp(a.identifier, b.identifier, a.identifierLength) == 0 &&
+         std::memcmp(a.nameSpace, b.nameSpace, a.namespaceLength) == 0;
+}
+
+KeyGroup* KeyGroup::make(std::uint32_t capacity, std::uint32_t keyLength) {
+  void* memory =
+      ::operator new(sizeof(KeyGroup) + capacity * (sizeof(MTE*) + sizeof(Language)) + keyLength);
+  KeyGroup* group = new (memory) KeyGroup();
+  group->capacity = capacity;
+  return group;
+}
+
+KeyIndex::~KeyIndex() {
+  clear();
+}
+
+void KeyIndex::clear() {
+  if (slots == nullptr) {
+    return;
+  }
+  for (std::size_t i = 0; i <= mask; ++i) {
+    ::operator delete(slots[i].group);
+  }
+  delete[] slots;
+  slots = nullptr;
+  mask = 0;
+  used = 0;
+}
+
+void KeyIndex::reserve(std::size_t keys) {
+  // The same fill limit as groupFor keeps.
+  const std::size_t needed = keys + keys / 3 + 1;
+  if (slots == nullptr || needed > mask + 1) {
+    growSlots(needed);
+  }
+}
+
+void KeyIndex::growSlots(std::size_t atLeast) {
+  std::size_t count = slots == nullptr ? kInitialSlots : 2 * (mask + 1);
+  while (count < atLeast) {
+    count *= 2;
+  }
+  Slot* grown = new Slot[count]();
+  const std::size_t grownMask = count - 1;
+  if (slots != nullptr) {
+    for (std::size_t i = 0; i <= mask; ++i) {
+      if (slots[i].group == nullptr) {
+        continue;
+      }
+      std::size_t j = slots[i].hash & grownMask;
+      while (grown[j].group != nullptr) {
+        j = (j + 1) & grownMask;
+      }
+      grown[j] = slots[i];
+    }
+    delete[] slots;
+  }
+  slots = grown;
+  mask = grownMask;
+}
+
+KeyGroup*& KeyIndex::groupFor(const IndexKey& key, std::uint32_t capacity) {
+  if (slots != nullptr) {
+    Slot& slot = slotOf(key);
+    if (slot.group != nullptr) {
+      return slot.group;
+    }
+  }
+  // At most three quarters full, so that probes stay short.
+  if (slots == nullptr || 4 * (used + 1) > 3 * (mask + 1)) {
+    growSlots();
+  }
+  KeyGroup* group = KeyGroup::make(capacity, key.namespaceLength + key.identifierLength);
+  group->namespaceLength = key.namespaceLength;
+  group->identifierLength = key.identifierLength;
+  std::memcpy(group->keyBytes(), key.nameSpace, key.namespaceLength);
+  std::memcpy(group->keyBytes() + key.namespaceLength, key.identifier, key.identifierLength);
+  Slot& slot = slotOf(key);
+  slot.hash = key.hash;
+  slot.group = group;
+  ++used;
+  return slot.group;
+}
+
+KeyGroup* KeyIndex::regrown(KeyGroup* group, std::uint32_t capacity) {
+  const std::uint32_t keyLength = group->namespaceLength + group->identifierLength;
+  KeyGroup* grown = KeyGroup::make(capacity, keyLength);
+  grown->count = group->count;
+  grown->namespaceLength = group->namespaceLength;
+  grown->identifierLength = group->identifierLength;
+  std::memcpy(grown->entries(), group->entries(), group->count * sizeof(MTE*));
+  std::memcpy(grown->languages(), group->languages(), group->count * sizeof(Language));
+  std::memcpy(grown->keyBytes(), group->keyBytes(), keyLength);
+  ::operator delete(group);
+  return grown;
+}
+
+void KeyIndex::prepend(const IndexKey& key, MTE* entry, Language language) {
+  KeyGroup*& group = groupFor(key, 1);
+  if (group->count == group->capacity) {
+    group = regrown(group, grownCapacity(group->capacity));
+  }
+  MTE** entries = group->entries();
+  Language* languages = group->languages();
+  std::memmove(entries + 1, entries, group->count * sizeof(MTE*));
+  std::memmove(languages + 1, languages, group->count * sizeof(Language));
+  entries[0] = entry;
+  languages[0] = language;
+  ++group->count;
+}
+
+bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Language language) {
+  if (slots == nullptr) {
+    return false;
+  }
+  KeyGroup* group = slotOf(key).group;
+  if (group == nullptr) {
+    return false;
+  }
+  for (std::uint32_t i = 0; i < group->count; ++i) {
+    if (group->entries()[i] == existing) {
+      group->entries()[i] = entry;
+      group->languages()[i] = language;
+      return true;
+    }
+  }
+  return false;
+}
+
+void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
+  if (slots == nullptr) {
+    return;
+  }
+  KeyGroup* group = slotOf(key).group;
+  if (group == nullptr) {
+    return;
+  }
+  MTE** entries = group->entries();
+  Language* languages = group->languages();
+  for (std::uint32_t i = 0; i < group->count; ++i) {
+    if (entries[i] == entry) {
+      const std::uint32_t behind = group->count - i - 1;
+      std::memmove(entries + i, entries + i + 1, behind * sizeof(MTE*));
+      std::memmove(languages + i, languages + i + 1, behind * sizeof(Language));
+      --group->count;
+      return;
+    }
+  }
+}
+
+void KeyIndex::assign(const IndexKey& key, MTE* const* entries, const Language* languages,
+                      std::uint32_t count) {
+  const std::uint32_t capacity = count > 0 ? count : 1;
+  KeyGroup*& group = groupFor(key, capacity);
+  if (group->capacity < count) {
+    group = regrown(group, capacity);
+  }
+  if (count > 0) {
+    std::memcpy(group->entries(), entries, count * sizeof(MTE*));
+    std::memcpy(group->languages(), languages, count * sizeof(Language));
+  }
+  group->count = count;
+}
+
+}  // namespace msg

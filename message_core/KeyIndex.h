@@ -1,0 +1,142 @@
+// KeyIndex: the entries of each key of a message table, found in one probe.
+//
+// Private to the library: it is not exported and its header is not installed.
+
+#ifndef MSG_MESSAGE_CORE_KEYINDEX_H_
+#define MSG_MESSAGE_CORE_KEYINDEX_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "msg/Language.h"
+
+namespace msg {
+
+class MTE;
+
+// A key (namespace, identifier) with its lengths and its 64-bit hash, worked
+// out once per operation.
+struct IndexKey {
+  IndexKey(const char* nameSpace, const char* identifier);
+
+  const char* nameSpace;
+  const char* identifier;
+  std::uint32_t namespaceLength;
+  std::uint32_t identifierLength;
+  std::uint64_t hash;
+};
+
+// True when both keys have the same bytes.
+bool operator==(const IndexKey& a, const IndexKey& b);
+
+// The entries of one key in the order of their chain, with their languages
+// beside them and a copy of the key, in one heap block. A lookup reads this
+// block and then only the entry it chooses.
+class KeyGroup {
+ public:
+  std::uint32_t size() const { return count; }
+  MTE* entry(std::uint32_t position) const { return entries()[position]; }
+  Language language(std::uint32_t position) const { return languages()[position]; }
+
+ private:
+  friend class KeyIndex;
+
+  // Layout: this header, MTE* entries[capacity], Language
+  // languages[capacity], then the namespace and identifier bytes (no NULs).
+  // An empty group with room for `capacity` entries and a key of
+  // `keyLength` bytes; released with ::operator delete (it has no destructor
+  // to run).
+  static KeyGroup* make(std::uint32_t capacity, std::uint32_t keyLength);
+  MTE** entries() const {
+    // The header is a multiple of the pointer size, so the array is aligned.
+    return reinterpret_cast<MTE**>(const_cast<KeyGroup*>(this) + 1);
+  }
+  Language* languages() const { return reinterpret_cast<Language*>(entries() + capacity); }
+  char* keyBytes() const { return reinterpret_cast<char*>(languages() + capacity); }
+  bool holds(const IndexKey& key) const {
+    return namespaceLength == key.namespaceLength && identifierLength == key.identifierLength &&
+           std::memcmp(keyBytes() + namespaceLength, key.identifier, identifierLength) == 0 &&
+           std::memcmp(keyBytes(), key.nameSpace, namespaceLength) == 0;
+  }
+
+  std::uint32_t count = 0;
+  std::uint32_t capacity = 0;
+  std::uint32_t namespaceLength = 0;
+  std::uint32_t identifierLength = 0;
+};
+static_assert(sizeof(KeyGroup) % alignof(MTE*) == 0, "the entries follow the header");
+
+// An open-addressing hash table (linear probing, power-of-two size, at most
+// three quarters full) from a key to its KeyGroup. The message table keeps
+// it beside its chains so that a lookup costs a probe and a group instead of
+// a walk down a chain of other keys; the chains stay what decides the order.
+//
+// Owns its groups, never the entries. A group that loses its last entry
+// stays, empty. Not thread-safe; reading from several threads is fine.
+class KeyIndex {
+ public:
+  KeyIndex() = default;
+  KeyIndex(const KeyIndex&) = delete;
+  KeyIndex& operator=(const KeyIndex&) = delete;
+  ~KeyIndex();
+
+  // The group of `key`, or null if the key was never indexed.
+  const KeyGroup* find(const IndexKey& key) const {
+    return slots == nullptr ? nullptr : slotOf(key).group;
+  }
+
+  // Puts `entry` in front of the group of `key`, as a new chain head.
+  void prepend(const IndexKey& key, MTE* entry, Language language);
+
+  // Puts `entry` in the place of `existing` in the group of `key`. Returns
+  // false, changing nothing, if `existing` is not in that group.
+  bool replace(const IndexKey& key, const MTE* existing, MTE* entry, Language language);
+
+  // Takes `entry` out of the group of `key`, if it is there.
+  void remove(const IndexKey& key, const MTE* entry);
+
+  // Makes the group of `key` hold exactly `count` entries, in this order.
+  void assign(const IndexKey& key, MTE* const* entries, const Language* languages,
+              std::uint32_t count);
+
+  // Room for `keys` keys without growing the slot array.
+  void reserve(std::size_t keys);
+
+  // Forgets every key.
+  void clear();
+
+  // Number of keys indexed.
+  std::size_t keyCount() const { return used; }
+
+ private:
+  struct Slot {
+    std::uint64_t hash;
+    KeyGroup* group;  // null: the slot is free
+  };
+
+  // The slot of `key`, or the free slot where it would go.
+  Slot& slotOf(const IndexKey& key) const {
+    // Never full, so the probe ends at a free slot at the latest.
+    for (std::size_t i = key.hash & mask;; i = (i + 1) & mask) {
+      Slot& slot = slots[i];
+      if (slot.group == nullptr || (slot.hash == key.hash && slot.group->holds(key))) {
+        return slot;
+      }
+    }
+  }
+  // The group of `key`, made empty with room for `capacity` if it is new.
+  KeyGroup*& groupFor(const IndexKey& key, std::uint32_t capacity);
+  // A copy of `group` with room for `capacity` entries; frees `group`.
+  static KeyGroup* regrown(KeyGroup* group, std::uint32_t capacity);
+  // Doubles the slot array (or makes the first), and at least to `atLeast`.
+  void growSlots(std::size_t atLeast = 0);
+
+  Slot* slots = nullptr;
+  std::size_t mask = 0;  // slot count - 1, or 0 before the first key
+  std::size_t used = 0;
+};
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_CORE_KEYINDEX_H_
