@@ -218,14 +218,14 @@ template <std::size_t Placeholders, typename Handler, typename... Args>
 void write(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
   static_assert(sizeof...(Args) == Placeholders,
                 "msg::write: the number of arguments differs from the key's placeholders");
-  write(handler, key.nameSpace, key.identifier, arguments...);
+  ::msg::write(handler, key.nameSpace, key.identifier, arguments...);
 }
 
 template <std::size_t Placeholders, typename Handler, typename... Args>
 std::string format(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
   static_assert(sizeof...(Args) == Placeholders,
                 "msg::format: the number of arguments differs from the key's placeholders");
-  return format(handler, key.nameSpace, key.identifier, arguments...);
+  return ::msg::format(handler, key.nameSpace, key.identifier, arguments...);
 }
 
 // The record of the key from handler.getMessage(), owned by the caller; null
@@ -238,7 +238,7 @@ inline std::unique_ptr<Message> getMessage(const MessageHandler& handler, const 
 
 template <std::size_t Placeholders>
 std::unique_ptr<Message> getMessage(const MessageHandler& handler, const Key<Placeholders>& key) {
-  return getMessage(handler, key.nameSpace, key.identifier);
+  return ::msg::getMessage(handler, key.nameSpace, key.identifier);
 }
 
 }  // namespace msg
