@@ -205,9 +205,6 @@ LanguageList LanguageList::fromEnvironment(const std::function<const char*(const
     }
   }
   const std::string_view localeTag = localeLanguage(locale);
-  if (localeTag.empty() || localeTag == "C" || localeTag == "POSIX") {
-    return LanguageList(Language("en"));
-  }
   std::vector<Language> list;
   forEachItem(value("LANGUAGE"), ':', [&list](std::string_view item) {
     Language language;
@@ -216,7 +213,8 @@ LanguageList LanguageList::fromEnvironment(const std::function<const char*(const
     }
   });
   Language language;
-  if (list.empty() && toLanguage(localeTag, language)) {
+  const bool plainLocale = localeTag.empty() || localeTag == "C" || localeTag == "POSIX";
+  if (list.empty() && !plainLocale && toLanguage(localeTag, language)) {
     list.push_back(language);
   }
   if (list.empty()) {

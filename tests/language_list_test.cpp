@@ -45,10 +45,11 @@ TEST(LanguageListTest, ReadsThePreferenceAsGettextDoes) {
       {{{"LC_ALL", ""}, {"LANG", "sv_SE"}}, "sv-SE"},  // empty counts as unset
       {{{"LANG", "de_DE.UTF-8"}, {"LANGUAGE", "de_AT:ast:de:sr@latin:de_AT:en"}}, "de-AT,de,sr,en"},
       {{{"LANG", "de_DE"}, {"LANGUAGE", "::ast"}}, "de-DE"},  // nothing usable in LANGUAGE
-      {{{"LC_ALL", "C"}, {"LANGUAGE", "de"}, {"LANG", "de_DE"}}, "en"},
-      {{{"LANG", "C.UTF-8"}, {"LANGUAGE", "de"}}, "en"},
-      {{{"LANG", "POSIX"}, {"LANGUAGE", "de"}}, "en"},
-      {{{"LANGUAGE", "de"}}, "en"},  // no locale is the C locale
+      {{{"LC_ALL", "C"}, {"LANGUAGE", "fr:de"}, {"LANG", "de_DE"}}, "fr,de"},  // LANGUAGE first
+      {{{"LANGUAGE", "de"}}, "de"},
+      {{{"LC_ALL", "C"}, {"LANG", "de_DE"}}, "en"},
+      {{{"LANG", "C.UTF-8"}}, "en"},
+      {{{"LANG", "POSIX"}, {"LANGUAGE", "::"}}, "en"},
       {{{"LANG", "ast_ES.UTF-8"}}, "en"},
   };
   for (const auto& test : cases) {

@@ -42,13 +42,11 @@ class MSG_EXPORT LanguageList {
   // or if the text names no language at all.
   static LanguageList parse(std::string_view text);
 
-  // The user's preference as gettext finds it in the environment:
-  //  - the locale is the first non-empty one of LC_ALL, LC_MESSAGES, LANG;
-  //  - if there is none, or it is "C" or "POSIX" (with any codeset, such as
-  //    "C.UTF-8"), the list is ["en"] and LANGUAGE is ignored, so that
-  //    `LC_ALL=C program` gives untranslated output as with gettext;
-  //  - otherwise the colon list of LANGUAGE ("de_AT:de:en"), if it names a
-  //    usable tag, else the locale.
+  // The user's preference from the environment, in gettext's order:
+  //  - the colon list of LANGUAGE ("de_AT:de:en"), if it names a usable tag;
+  //  - else the first non-empty one of LC_ALL, LC_MESSAGES, LANG, unless it
+  //    is "C" or "POSIX" (with any codeset, such as "C.UTF-8");
+  //  - else ["en"].
   // Locale names lose their codeset and modifier and take "-" for "_":
   // "de_AT.UTF-8@euro" gives de-AT. Entries that are no two-letter tag
   // ("ast_ES", "sr@latin" keeps "sr") are skipped, and repeats are dropped;
