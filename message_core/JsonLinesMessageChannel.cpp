@@ -8,6 +8,7 @@
 #include <ostream>
 #include <system_error>
 
+#include "message_core/DecimalText.h"
 #include "msg/Message.h"
 
 namespace msg {
@@ -75,14 +76,6 @@ void appendString(std::string& out, const char* name, const char* value) {
   out += '"';
 }
 
-// `value` in decimal. (Not std::to_string, whose helper's static table
-// would be exported from the library along with it.)
-std::string decimal(int value) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%d", value);
-  return text;
-}
-
 std::string severityWord(SeverityLevel severity) {
   switch (severity) {
     case info:
@@ -94,7 +87,7 @@ std::string severityWord(SeverityLevel severity) {
     case abort:
       return "abort";
   }
-  return decimal(static_cast<int>(severity));
+  return decimalText(static_cast<long long>(severity));
 }
 
 // "2026-11-23T04:47:36.123Z"
@@ -217,9 +210,9 @@ void JsonLinesMessageChannel::writeLine(const std::string& line) {
       if (errno == EINTR) {
         continue;
       }
-      throw std::system_error(
-          errno, std::generic_category(),
-          "JSON Lines channel: cannot write to file descriptor " + decimal(fileDescriptor));
+      throw std::system_error(errno, std::generic_category(),
+                              "JSON Lines channel: cannot write to file descriptor " +
+                                  decimalText(static_cast<long long>(fileDescriptor)));
     }
     rest += written;
     left -= static_cast<std::size_t>(written);

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "message_core/DecimalText.h"
 #include "message_documents/CompiledCatalogueFormat.h"
 
 namespace msg {
@@ -12,7 +13,7 @@ using namespace compiled;
 namespace {
 
 std::string number(std::uint64_t value) {
-  return std::to_string(value);
+  return decimalText(static_cast<unsigned long long>(value));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <unordered_map>
 
+#include "message_core/DecimalText.h"
 #include "message_documents/CompiledCatalogueFormat.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/Language.h"
@@ -66,7 +67,8 @@ void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& lan
   requireNoNul(identifier, "identifier");
   requireNoNul(text, "text");
   if (severity < info || severity > abort) {
-    throw std::invalid_argument("severity " + std::to_string(severity) + " is not a level");
+    throw std::invalid_argument("severity " + decimalText(static_cast<long long>(severity)) +
+                                " is not a level");
   }
   const std::string tag = Language(language.c_str()).toString();
   if (tag.empty()) {
@@ -144,7 +146,8 @@ void CompiledCatalogueWriter::writeFile(const std::string& path) const {
   std::string temporary;
   int fd = -1;
   for (int attempt = 0; fd < 0; ++attempt) {
-    temporary = path + ".tmp-" + std::to_string(getpid()) + "-" + std::to_string(serial++);
+    temporary = path + ".tmp-" + decimalText(static_cast<long long>(getpid())) + "-" +
+                decimalText(static_cast<unsigned long long>(serial++));
     fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0 && (errno != EEXIST || attempt == 100)) {
       failWrite("create a file beside", path, errno);
