@@ -341,14 +341,31 @@ TEST_F(DocumentSafetyTest, SchemasAreLocalFilesAndBoundedToo) {
 }
 
 TEST_F(DocumentSafetyTest, DepthIsRefusedWhileParsing) {
-  std::string deep;
-  for (int i = 0; i < 200000; ++i) {
-    deep += "<Deep>";
-  }
-  write("docs/deep.xml", messageDocument(deep));
+  const auto nested = [](int levels) {
+    std::string deep;
+    for (int i = 0; i < levels; ++i) {
+      deep += "<Deep>";
+    }
+    return deep;
+  };
+  write("docs/deep.xml", messageDocument(nested(200000)));
   const std::vector<msg::DocumentProblem> problems = refusalOf("docs/deep.xml");
   EXPECT_THAT(problems.back().message, HasSubstr("deeper than the limit of 1000 levels"));
   EXPECT_EQ(problems.back().line, 3);
+
+  // The collection is level 1: 999 levels below it are the deepest allowed.
+  const auto closed = [&](int levels) {
+    std::string deep = nested(levels);
+    for (int i = 0; i < levels; ++i) {
+      deep += "</Deep>";
+    }
+    return messageDocument(deep);
+  };
+  write("docs/deep.xml", closed(999));
+  EXPECT_TRUE(msg::parseMessageDocumentWithPositions(path("docs/deep.xml").c_str()).isValid());
+  write("docs/deep.xml", closed(1000));
+  EXPECT_THROW(msg::parseMessageDocumentWithPositions(path("docs/deep.xml").c_str()),
+               msg::DocumentRefused);
 }
 
 TEST_F(DocumentSafetyTest, TheCollectionIsTheFirstElementOfThatName) {

@@ -192,13 +192,11 @@ xercesc::InputSource* ReferenceGuard::resolveEntity(xercesc::XMLResourceIdentifi
   } catch (const ParseRefused& refusal) {
     refused.push_back(refusal);
   }
-  if (resource->getResourceIdentifierType() == xercesc::XMLResourceIdentifier::ExternalEntity &&
-      parser.isExpandingInclude()) {
-    // For an include, null would make Xerces-C open the reference itself.
-    static const XMLByte kNothing[] = {0};
-    return new xercesc::MemBufInputSource(kNothing, 0, resource->getSystemId(), false);
-  }
-  return nullptr;
+  // Null would let Xerces-C open some references itself (an include, for
+  // one). One blank ends every kind of reference quietly; an empty source
+  // would make Xerces-C lose the reader of an external DTD.
+  static const XMLByte kBlank[] = {' '};
+  return new xercesc::MemBufInputSource(kBlank, 1, resource->getSystemId(), false);
 }
 
 xercesc::InputSource* ReferenceGuard::answer(const xercesc::XMLResourceIdentifier& resource) {
@@ -272,6 +270,9 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
                                             bytes.size(), systemId.c_str(), false);
     checker.parseBounded(source);
+  }
+  if (const ParseRefused* inner = checkerGuard.getRefusal()) {
+    throw *inner;
   }
   return new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(bytes.data()),
                                         bytes.size(), systemId.c_str(), false);

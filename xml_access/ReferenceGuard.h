@@ -19,11 +19,8 @@ namespace XercesXML {
 // includes and imports of a schema), an xi:include, an external entity or
 // external DTD. Whatever the resolver leaves unanswered Xerces-C fetches
 // itself, from any URL and over the network, so the guard answers every
-// question. Xerces-C swallows exceptions out of a resolver in some places
-// (an include then takes its fallback), so a refusal is recorded instead:
-// the guard answers with an empty part, or with nothing for a schema or
-// entity (which Xerces-C then skips or fails on, never fetches), and the
-// Parser refuses the document after the parse when a refusal stands.
+// question, and never with null (for a schema or an include Xerces-C would
+// open the reference itself). Its rules:
 //  - a reference that names anything but a local file is refused;
 //  - external entities and external DTDs are refused: no parser of this
 //    library reads them;
@@ -37,7 +34,12 @@ namespace XercesXML {
 // when the guard says so; a schema may have one, with bounded entities),
 // and Xerces-C then reads those same bytes; a part or schema that fails
 // that parse (not well formed, or beyond a bound) is refused with the
-// parser's message. A file that cannot be read is
+// parser's message.
+//
+// Xerces-C swallows exceptions out of a resolver in places (an include
+// then takes its fallback), so a refusal is recorded, the guard answers
+// with a source of one blank, and the Parser refuses the document after the parse
+// (getRefusal). A file that cannot be read is
 // left to Xerces-C as a local file, which fails as a missing file always
 // has (an include then takes its fallback).
 //
