@@ -41,6 +41,7 @@ TEST(MessageTest, SubstituteFindsPlaceholdersByTheirWholeDigitRun) {
                {"& 1", 1, "& 1"},
                {"&&1", 1, "&x"},
                {"&2147483647", 2147483647u, "x"},
+               {"&2147483648", 2147483648u, "&2147483648"},
                {"&4294967296", 0, "&4294967296"}};
   for (const auto& c : cases) {
     Message message = record(c.text.c_str());

@@ -45,7 +45,7 @@ FAULTS = [
           "    if (text == nullptr) {\n      std::strcpy(workBuffer, text);"),
     Fault("value-from-the-record-itself", "message", "message_core/Message.cpp",
           "if (pointsInto(value, resultBuffer, bufferSize) || pointsInto(value, workBuffer, bufferSize)) {",
-          "if (false) {"),
+          "if (pointsInto(value, resultBuffer, 0) && pointsInto(value, workBuffer, bufferSize)) {"),
     Fault("not-found-key-swapped", "message", "message_core/Message.cpp",
           "substitute(0, nameSpace);\n    substitute(1, identifier);",
           "substitute(0, identifier);\n    substitute(1, nameSpace);"),
