@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
@@ -10,7 +11,6 @@
 #include <system_error>
 
 #include "msg/Message.h"
-#include "msg/MessageHandler.h"
 
 namespace msg {
 namespace {
@@ -28,26 +28,6 @@ TEST(JsonLinesChannelTest, WritesOneObjectPerLine) {
                                             system_clock::time_point(milliseconds(-1))),
             R"({"time":"1969-12-31T23:59:59.999Z","severity":"abort","namespace":null,)"
             R"("identifier":null,"language":"","text":null})");
-
-  std::ostringstream stream;
-  JsonLinesMessageChannel channel(stream);
-  MessageHandler handler;
-  handler.setMessageChannel(&channel, false);
-  handler.setSeverityLevel(warning);
-  Message low("app", "a", info, "en", "x");
-  Message high("app", "b", error, "en", "y");
-  handler.writeMessage(low);
-  handler.writeMessage(high);
-  handler.writeMessage(high);
-  std::istringstream lines(stream.str());
-  int count = 0;
-  for (std::string line; std::getline(lines, line); ++count) {
-    const nlohmann::json object = nlohmann::json::parse(line);
-    EXPECT_EQ(object["identifier"], "b");
-    EXPECT_EQ(object["severity"], "error");
-    EXPECT_EQ(object["time"].get<std::string>().size(), 24U);
-  }
-  EXPECT_EQ(count, 2);
 }
 
 TEST(JsonLinesChannelTest, NoByteBreaksTheLineOrTheJson) {
@@ -56,12 +36,9 @@ TEST(JsonLinesChannelTest, NoByteBreaksTheLineOrTheJson) {
     const char* escaped;
   } cases[] = {
       {"a\\b\t\r\b\f\x01\x1f\x7f", R"(a\\b\t\r\b\f\u0001\u001f\u007f)"},
-      {"Schl\xfc"
-       "ssel",
-       R"(Schl\u00fcssel)"},  // ISO 8859-1
-      {"Schl\xc3\xbc"
-       "ssel \xe2\x82\xac \xf0\x9f\x98\x80",
-       "Schl\xc3\xbcssel \xe2\x82\xac \xf0\x9f\x98\x80"},
+      {"Schl\374ssel", R"(Schl\u00fcssel)"},  // ISO 8859-1
+      {"Schl\303\274ssel \342\202\254 \360\237\230\200",
+       "Schl\303\274ssel \342\202\254 \360\237\230\200"},
       {"\xc0\xaf", R"(\u00c0\u00af)"},                      // overlong "/"
       {"\xed\xa0\x80", R"(\u00ed\u00a0\u0080)"},            // surrogate
       {"\xf4\x90\x80\x80", R"(\u00f4\u0090\u0080\u0080)"},  // above U+10FFFF
@@ -85,19 +62,23 @@ TEST(JsonLinesChannelTest, NoByteBreaksTheLineOrTheJson) {
   }
 }
 
-TEST(JsonLinesChannelTest, WritesToAFileDescriptorAndReportsFailure) {
+TEST(JsonLinesChannelTest, WritesWholeLinesToAFileDescriptor) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   JsonLinesMessageChannel channel(ends[1]);
-  channel.onMessage(Message("app", "x", info, "en", "one"));
+  channel.onMessage(Message("app", "x", error, "en", "one"));
+  channel.onMessage(Message("app", "x", error, "en", "two"));
   close(ends[1]);
-  char buffer[512];
+  char buffer[1024];
   const ssize_t size = read(ends[0], buffer, sizeof buffer);
   close(ends[0]);
-  ASSERT_GT(size, 0);
-  const std::string line(buffer, static_cast<std::size_t>(size));
-  EXPECT_EQ(line.back(), '\n');
-  EXPECT_EQ(nlohmann::json::parse(line)["text"], "one");
+  std::istringstream lines(
+      std::string(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0))));
+  int count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    EXPECT_EQ(nlohmann::json::parse(line)["severity"], "error");
+  }
+  EXPECT_EQ(count, 2);
 
   JsonLinesMessageChannel closed(ends[1]);
   EXPECT_THROW(closed.onMessage(Message("app", "x", info, "en", "two")), std::system_error);

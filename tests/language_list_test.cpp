@@ -18,10 +18,7 @@ std::string tags(const LanguageList& list) {
 }
 
 TEST(LanguageListTest, WrittenAsPeopleWriteThem) {
-  const LanguageList braced{"de-AT", "de", "en"};
-  EXPECT_EQ(tags(braced), "de-AT,de,en");
-  EXPECT_EQ(braced.distance("de-CH"), 4);
-  EXPECT_EQ(LanguageList{}.distance("en"), -1);
+  EXPECT_EQ(tags(LanguageList{"de-AT", "de", "en"}), "de-AT,de,en");
 
   EXPECT_EQ(tags(LanguageList::parse(" de-AT, DE ,en,, fr_ch-1996,")), "de-AT,de,en,fr-CH");
   for (const char* bad : {"", " , ", "de,deu", "de-A", "es-419", "zh-Hant", "d", "de AT", "1a"}) {
@@ -50,7 +47,7 @@ TEST(LanguageListTest, ReadsThePreferenceAsGettextDoes) {
       {{{"LANG", "de_DE"}, {"LANGUAGE", "::ast"}}, "de-DE"},  // nothing usable in LANGUAGE
       {{{"LC_ALL", "C"}, {"LANGUAGE", "de"}, {"LANG", "de_DE"}}, "en"},
       {{{"LANG", "C.UTF-8"}, {"LANGUAGE", "de"}}, "en"},
-      {{{"LANG", "POSIX"}}, "en"},
+      {{{"LANG", "POSIX"}, {"LANGUAGE", "de"}}, "en"},
       {{{"LANGUAGE", "de"}}, "en"},  // no locale is the C locale
       {{{"LANG", "ast_ES.UTF-8"}}, "en"},
   };
@@ -59,11 +56,7 @@ TEST(LanguageListTest, ReadsThePreferenceAsGettextDoes) {
       const auto found = test.environment.find(name);
       return found == test.environment.end() ? nullptr : found->second.c_str();
     });
-    std::string given;
-    for (const auto& [name, value] : test.environment) {
-      given += name + "=" + value + " ";
-    }
-    EXPECT_EQ(tags(list), test.expected) << given;
+    EXPECT_EQ(tags(list), test.expected) << "case " << &test - cases;
   }
 }
 

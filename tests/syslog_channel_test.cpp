@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "msg/Message.h"
-#include "msg/MessageHandler.h"
 
 namespace msg {
 namespace {
@@ -22,16 +21,12 @@ class KeptSyslogChannel : public SyslogMessageChannel {
 
 TEST(SyslogChannelTest, SendsKeyAndTextAtTheSeverityPriority) {
   KeptSyslogChannel channel(LOG_LOCAL3);
-  MessageHandler handler;
-  handler.setMessageChannel(&channel, false);
-  handler.setSeverityLevel(warning);
   for (SeverityLevel severity : {info, warning, error, abort}) {
-    Message message("app", "disk", severity, "en", "100% full");
-    handler.writeMessage(message);
+    channel.onMessage(Message("app", "disk", severity, "en", "100% full"));
   }
-  Message keyless("", nullptr, static_cast<SeverityLevel>(7), "en", "z");
-  handler.writeMessage(keyless);
+  channel.onMessage(Message("", nullptr, static_cast<SeverityLevel>(7), "en", "z"));
   const std::vector<std::pair<int, std::string>> expected = {
+      {LOG_LOCAL3 | LOG_INFO, "app:disk: 100% full"},
       {LOG_LOCAL3 | LOG_WARNING, "app:disk: 100% full"},
       {LOG_LOCAL3 | LOG_ERR, "app:disk: 100% full"},
       {LOG_LOCAL3 | LOG_CRIT, "app:disk: 100% full"},

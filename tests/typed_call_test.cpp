@@ -61,8 +61,9 @@ TEST_F(TypedCallTest, WriteGoesThroughThresholdAndChannels) {
 }
 
 TEST_F(TypedCallTest, MissingKeyShowsTheNotFoundTextWithoutArguments) {
-  EXPECT_EQ(format(handler, "app", "gone", "&1", 2),
-            "System error: Message with key app:gone not found.");
+  // The key's own "&0" must not take an argument meant for the missing text.
+  EXPECT_EQ(format(handler, "app&0", "gone", "X"),
+            "System error: Message with key app&0:gone not found.");
   write(handler, "app", "gone", 1);
   EXPECT_EQ(channel.lines, std::vector<std::string>{
                                "notfound=System error: Message with key app:gone not found."});

@@ -192,7 +192,9 @@ void write(MessageHandler* handler, const char* nameSpace, const char* identifie
            const Args&... arguments) {
   Message message(handler, nameSpace, identifier);  // throws on a null handler
   typed_detail::fillFound(message, nameSpace, identifier, arguments...);
-  handler->writeMessage(message);
+  if (handler != nullptr) {  // always true here; says so to the optimiser
+    handler->writeMessage(message);
+  }
 }
 
 // The text write() would send, whatever the threshold: the filled-in text,
@@ -218,14 +220,14 @@ template <std::size_t Placeholders, typename Handler, typename... Args>
 void write(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
   static_assert(sizeof...(Args) == Placeholders,
                 "msg::write: the number of arguments differs from the key's placeholders");
-  write(handler, key.nameSpace, key.identifier, arguments...);
+  ::msg::write(handler, key.nameSpace, key.identifier, arguments...);
 }
 
 template <std::size_t Placeholders, typename Handler, typename... Args>
 std::string format(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
   static_assert(sizeof...(Args) == Placeholders,
                 "msg::format: the number of arguments differs from the key's placeholders");
-  return format(handler, key.nameSpace, key.identifier, arguments...);
+  return ::msg::format(handler, key.nameSpace, key.identifier, arguments...);
 }
 
 // The record of the key from handler.getMessage(), owned by the caller; null
@@ -238,7 +240,7 @@ inline std::unique_ptr<Message> getMessage(const MessageHandler& handler, const 
 
 template <std::size_t Placeholders>
 std::unique_ptr<Message> getMessage(const MessageHandler& handler, const Key<Placeholders>& key) {
-  return getMessage(handler, key.nameSpace, key.identifier);
+  return ::msg::getMessage(handler, key.nameSpace, key.identifier);
 }
 
 }  // namespace msg

@@ -1,13 +1,9 @@
-# msg_add_compile_check(NAME <test> SOURCE <file>
-#                       [DEFINITIONS <macro>...] [INCLUDE_DIRECTORIES <dir>...]
-#                       [FAILS_WITH <regex>])
-#
-# A CTest test that compiles <file> (syntax and templates only, nothing is
-# linked) with the project's compiler, C++ standard and public headers and
-# -Wall -Wextra -Wpedantic -Werror. Without FAILS_WITH the test passes when
-# the file compiles. With FAILS_WITH it passes only when the compilation
-# fails with output matching <regex>, so a file that breaks for another
-# reason (a typo, a missing header) does not count as the expected error.
+# msg_add_compile_check(NAME <test> SOURCE <file> [DEFINITIONS <macro>...]
+#                       [INCLUDE_DIRECTORIES <dir>...] [FAILS_WITH <regex>])
+# A test that compiles <file> (-fsyntax-only) with the project's compiler,
+# standard, public headers and -Wall -Wextra -Wpedantic -Werror. It passes if
+# the file compiles or, with FAILS_WITH, only if the compiler's output matches
+# <regex>, so a file that breaks for another reason does not pass.
 include_guard(GLOBAL)
 
 function(msg_add_compile_check)
@@ -24,8 +20,6 @@ function(msg_add_compile_check)
   add_test(NAME ${check_NAME} COMMAND ${CMAKE_CXX_COMPILER} ${flags} ${check_SOURCE})
   set_tests_properties(${check_NAME} PROPERTIES LABELS compile)
   if(DEFINED check_FAILS_WITH)
-    # The exit code is ignored once an expected output is set; the error
-    # text decides.
     set_tests_properties(${check_NAME} PROPERTIES PASS_REGULAR_EXPRESSION "${check_FAILS_WITH}")
   endif()
 endfunction()
