@@ -154,7 +154,7 @@ def main():
             continue
         verdict = "met" if ratio <= limit else "MISSED"
         missed += verdict != "met"
-        print(f"  {workload}: msg/{peer} = {ratio:.2f}, target <= {limit}: {verdict}")
+        print(f"  {workload}: msg/{peer} = {ratio:.3g}, target <= {limit}: {verdict}")
     for name, limit in TIME_TARGETS:
         result = medians.get(name, {})
         if "cpu_ns" not in result:
