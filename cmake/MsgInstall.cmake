@@ -27,6 +27,7 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cmake
   ${PROJECT_SOURCE_DIR}/cmake/MsgTools.cmake
   DESTINATION ${MSG_CMAKE_DIR})
+install(FILES cmake/MsgCompileCatalogue.cmake DESTINATION ${MSG_CMAKE_DIR})
 
 # msg.pc derives its prefix from its own place (${pcfiledir}), so it stays
 # right when the package is installed with `cmake --install --prefix` into

@@ -1,5 +1,7 @@
 #include "message_documents/CompiledCatalogueFormat.h"
 
+#include <cstdio>
+
 // The hash is compiled into this file alone, so the library needs no xxhash
 // at run time and exports none of its symbols.
 #define XXH_INLINE_ALL
@@ -18,6 +20,12 @@ std::uint64_t checksumOf(const unsigned char* bytes, std::size_t size) {
   const std::size_t rest = kChecksumOffset + kChecksumSize;
   XXH3_64bits_update(&state, bytes + rest, size - rest);
   return XXH3_64bits_digest(&state);
+}
+
+std::string decimal(std::uint64_t value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%llu", static_cast<unsigned long long>(value));
+  return text;
 }
 
 }  // namespace compiled

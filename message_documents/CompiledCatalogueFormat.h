@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace msg {
 namespace compiled {
@@ -104,6 +105,10 @@ inline void writeU64(unsigned char* p, std::uint64_t value) {
 // the checksum field taken as zero.
 // REQUIRES: size >= kHeaderSize.
 std::uint64_t checksumOf(const unsigned char* bytes, std::size_t size);
+
+// `value` in decimal. (Not std::to_string, whose helper's static table
+// would be exported from the shared library.)
+std::string decimal(std::uint64_t value);
 
 }  // namespace compiled
 }  // namespace msg

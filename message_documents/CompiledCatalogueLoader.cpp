@@ -147,6 +147,10 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
     accepted += languages.distance(Language(reader.entry(i).language)) >= 0 ? 1 : 0;
   }
 
+  if (accepted == 0) {
+    return;  // nothing borrows from the file: it is unmapped at once
+  }
+
   // Everything that can fail to allocate comes before the first entry is
   // linked; from then on, the storage owns the block and the mapping.
   if (handler.compiledCatalogues == nullptr) {

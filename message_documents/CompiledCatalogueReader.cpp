@@ -3,20 +3,11 @@
 #include <cstring>
 #include <utility>
 
-#include "message_core/DecimalText.h"
 #include "message_documents/CompiledCatalogueFormat.h"
 
 namespace msg {
 
 using namespace compiled;
-
-namespace {
-
-std::string number(std::uint64_t value) {
-  return decimalText(static_cast<unsigned long long>(value));
-}
-
-}  // namespace
 
 CompiledCatalogueReader::CompiledCatalogueReader(const unsigned char* bytes, std::size_t size)
     : bytes(bytes), size(size) {
@@ -40,16 +31,16 @@ bool CompiledCatalogueReader::checkHeader() {
         "the file is not a compiled catalogue (its first bytes are not the magic number)");
   }
   if (size < kHeaderSize) {
-    return refuse("the file ends after " + number(size) + " bytes, inside the " +
-                  number(kHeaderSize) + "-byte header");
+    return refuse("the file ends after " + decimal(size) + " bytes, inside the " +
+                  decimal(kHeaderSize) + "-byte header");
   }
   const std::uint16_t major = readU16(bytes + kMajorOffset);
   const std::uint16_t minor = readU16(bytes + kMinorOffset);
   if (major != kMajorVersion) {
-    const std::string version = number(major) + "." + number(minor);
+    const std::string version = decimal(major) + "." + decimal(minor);
     return refuse(major > kMajorVersion
                       ? "format version " + version + " is newer than this library reads (" +
-                            number(kMajorVersion) +
+                            decimal(kMajorVersion) +
                             ".x); compile the catalogue again with this "
                             "library's msgtool"
                       : "format version " + version + " is not one this library knows");
@@ -60,8 +51,8 @@ bool CompiledCatalogueReader::checkHeader() {
   }
   const std::uint64_t declaredSize = readU64(bytes + kFileSizeOffset);
   if (declaredSize != size) {
-    return refuse("the file holds " + number(size) + " bytes but its header says " +
-                  number(declaredSize) + " (truncated or extended)");
+    return refuse("the file holds " + decimal(size) + " bytes but its header says " +
+                  decimal(declaredSize) + " (truncated or extended)");
   }
   if (readU64(bytes + kChecksumOffset) != checksumOf(bytes, size)) {
     return refuse("the checksum does not match the contents (the file is damaged)");
@@ -77,22 +68,22 @@ bool CompiledCatalogueReader::checkHeader() {
   const std::uint64_t stringsOffset = readU32(bytes + kStringBlockOffset);
   stringsSize = readU32(bytes + kStringBlockSizeOffset);
   if (headerSize < kHeaderSize || headerSize > size) {
-    return refuse("the header size " + number(headerSize) + " is out of range");
+    return refuse("the header size " + decimal(headerSize) + " is out of range");
   }
   if (entrySize < kEntrySize) {
-    return refuse("the entry size " + number(entrySize) + " is below " + number(kEntrySize));
+    return refuse("the entry size " + decimal(entrySize) + " is below " + decimal(kEntrySize));
   }
   if (tableOffset < headerSize || tableOffset > size) {
-    return refuse("the entry table offset " + number(tableOffset) + " is out of range");
+    return refuse("the entry table offset " + decimal(tableOffset) + " is out of range");
   }
   if (count > (size - tableOffset) / entrySize) {
-    return refuse(number(count) + " entries of " + number(entrySize) +
+    return refuse(decimal(count) + " entries of " + decimal(entrySize) +
                   " bytes do not fit in the file");
   }
   const std::uint64_t tableEnd = tableOffset + std::uint64_t{count} * entrySize;
   if (stringsOffset < tableEnd || stringsOffset > size || stringsSize > size - stringsOffset) {
-    return refuse("the string block (offset " + number(stringsOffset) + ", " + number(stringsSize) +
-                  " bytes) lies outside the file or over the entries");
+    return refuse("the string block (offset " + decimal(stringsOffset) + ", " +
+                  decimal(stringsSize) + " bytes) lies outside the file or over the entries");
   }
   if (stringsSize > 0 && bytes[stringsOffset + stringsSize - 1] != 0) {
     return refuse("the last string of the string block has no terminator");
@@ -111,13 +102,14 @@ bool CompiledCatalogueReader::checkEntries() {
     for (std::size_t field : {kEntryNamespace, kEntryIdentifier, kEntryText}) {
       const std::uint32_t offset = readU32(entry + field);
       if (offset >= stringsSize) {
-        return refuse("entry " + number(i) + " points at string offset " + number(offset) +
-                      ", outside the " + number(stringsSize) + "-byte string block");
+        return refuse("entry " + decimal(i) + " points at string offset " + decimal(offset) +
+                      ", outside the " + decimal(stringsSize) + "-byte string block");
       }
     }
     const std::uint16_t severity = readU16(entry + kEntrySeverity);
     if (severity > kHighestSeverity) {
-      return refuse("entry " + number(i) + " has severity " + number(severity) + " (0 to 3 exist)");
+      return refuse("entry " + decimal(i) + " has severity " + decimal(severity) +
+                    " (0 to 3 exist)");
     }
     const unsigned char* tag = entry + kEntryLanguage;
     std::size_t length = 0;
@@ -125,13 +117,13 @@ bool CompiledCatalogueReader::checkEntries() {
       ++length;
     }
     if (length == 0 || length == kLanguageField) {
-      return refuse("entry " + number(i) + " has a language tag of " +
+      return refuse("entry " + decimal(i) + " has a language tag of " +
                     (length == 0 ? std::string("no characters") : "more than 5 characters") +
                     " (1 to 5 are allowed)");
     }
     for (std::size_t k = length; k < kLanguageField; ++k) {
       if (tag[k] != 0) {
-        return refuse("entry " + number(i) + " has bytes behind the end of its language tag");
+        return refuse("entry " + decimal(i) + " has bytes behind the end of its language tag");
       }
     }
   }

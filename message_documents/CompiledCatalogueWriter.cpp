@@ -11,7 +11,6 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "message_core/DecimalText.h"
 #include "message_documents/CompiledCatalogueFormat.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/Language.h"
@@ -67,8 +66,7 @@ void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& lan
   requireNoNul(identifier, "identifier");
   requireNoNul(text, "text");
   if (severity < info || severity > abort) {
-    throw std::invalid_argument("severity " + decimalText(static_cast<long long>(severity)) +
-                                " is not a level");
+    throw std::invalid_argument("the severity is not one of the four levels");
   }
   const std::string tag = Language(language.c_str()).toString();
   if (tag.empty()) {
@@ -146,8 +144,8 @@ void CompiledCatalogueWriter::writeFile(const std::string& path) const {
   std::string temporary;
   int fd = -1;
   for (int attempt = 0; fd < 0; ++attempt) {
-    temporary = path + ".tmp-" + decimalText(static_cast<long long>(getpid())) + "-" +
-                decimalText(static_cast<unsigned long long>(serial++));
+    temporary =
+        path + ".tmp-" + decimal(static_cast<std::uint64_t>(getpid())) + "-" + decimal(serial++);
     fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0 && (errno != EEXIST || attempt == 100)) {
       failWrite("create a file beside", path, errno);

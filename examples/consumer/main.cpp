@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <iostream>
+#include <memory>
 
 // Linked into the process-wide handler while the program starts. The strings
 // are constants, so the entry copies nothing.
@@ -35,5 +36,16 @@ int main() {
       return 1;
     }
   }
+
+#ifdef CONSUMER_CATALOGUE
+  // The catalogue that msg_compile_catalogue made of messages.xml.
+  msg::MessageHandlerX compiled;
+  compiled.loadCompiledCatalogue(CONSUMER_CATALOGUE);
+  std::unique_ptr<msg::Message> farewell(compiled.getMessage("consumer", "farewell"));
+  if (farewell == nullptr || std::strcmp(farewell->getText(), "Goodbye, &0.") != 0) {
+    std::cerr << "the compiled catalogue does not give consumer:farewell\n";
+    return 1;
+  }
+#endif
   return 0;
 }
