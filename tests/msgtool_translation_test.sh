@@ -42,6 +42,39 @@ xliff_tools)
     app.xml || fail "placeholders of app:quote"
   same_texts original.xml app.xml en
   ;;
+po_reader)
+  # What gettext's tools and translators leave in a file: comments, flags,
+  # previous msgids, obsolete entries, strings split anywhere, escapes.
+  cat >hand.po <<'PO'
+# Header comment
+msgid ""
+msgstr ""
+"Language: de_DE\n"
+"Content-Type: text/plain; charset=utf-8\n"
+
+# Translator's note
+#. severity: warning
+#, no-wrap
+#| msgid "Say hello"
+msgctxt "app:quote"
+msgid "Say \"hello\" to C:\\temp\\&0\tand &007, not &&1 or 100&."
+msgstr "Sag \"hallo\" zu C:\\temp\\&0\t"
+"und &007, nicht &&1 "   "oder 100&."
+
+#~ msgctxt "app:gone"
+#~ msgid "Gone"
+#~ msgstr "Weg"
+msgctxt "app:long"
+msgid "an older source &0 &1 &2"
+msgstr "\101b\x63 &2\n&0 &1"
+PO
+  "$tool" import --format po hand.po --into app.xml
+  grep -q 'xml:lang="de-DE">Sag "hallo" zu C:\\temp\\&amp;0	und &amp;007, nicht &amp;&amp;1 oder 100&amp;\.<' app.xml ||
+    fail "escapes or joined strings"
+  grep -q 'xml:lang="de-DE">Abc &amp;2$' app.xml || fail "octal, hex or newline escapes"
+  grep -q 'app.xml:[0-9:]*: warning: "app:long" in "de-DE" .*\[stale-translation\]' <<<"$("$tool" check app.xml)" ||
+    fail "a translation of an older source is not stale"
+  ;;
 round_trip)
   for format in po xliff; do
     "$tool" export --format $format --source en --target de -o de.$format app.xml

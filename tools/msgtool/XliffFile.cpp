@@ -31,7 +31,8 @@ std::vector<Piece> splitPlaceholders(const std::string& text) {
   while (i < text.size()) {
     std::size_t digits = 0;
     if (text[i] == '&') {
-      while (i + 1 + digits < text.size() && text[i + 1 + digits] >= '0' && text[i + 1 + digits] <= '9') {
+      while (i + 1 + digits < text.size() && text[i + 1 + digits] >= '0' &&
+             text[i + 1 + digits] <= '9') {
         ++digits;
       }
     }
@@ -66,14 +67,17 @@ class XliffWriter {
   DOMElement* root() const { return document.root(); }
 
   DOMElement* add(DOMElement* parent, const char* name, int depth) {
-    parent->appendChild(document.get()->createTextNode(XmlString("\n" + std::string(2 * depth, ' '))));
-    DOMElement* element = document.get()->createElementNS(XmlString(kXliffNamespace), XmlString(name));
+    parent->appendChild(
+        document.get()->createTextNode(XmlString("\n" + std::string(2 * depth, ' '))));
+    DOMElement* element =
+        document.get()->createElementNS(XmlString(kXliffNamespace), XmlString(name));
     parent->appendChild(element);
     return element;
   }
 
   void close(DOMElement* element, int depth) {
-    element->appendChild(document.get()->createTextNode(XmlString("\n" + std::string(2 * depth, ' '))));
+    element->appendChild(
+        document.get()->createTextNode(XmlString("\n" + std::string(2 * depth, ' '))));
   }
 
   static void set(DOMElement* element, const char* name, const std::string& value) {
@@ -86,7 +90,8 @@ class XliffWriter {
 
   // Writes `text` into `element`, each placeholder as <x/>. `ids` gives each
   // distinct placeholder its id and grows as new ones appear.
-  void addInline(DOMElement* element, const std::string& text, std::map<std::string, std::string>& ids) {
+  void addInline(DOMElement* element, const std::string& text,
+                 std::map<std::string, std::string>& ids) {
     for (const Piece& piece : splitPlaceholders(text)) {
       if (!piece.placeholder) {
         addText(element, piece.text);
@@ -108,7 +113,8 @@ class XliffWriter {
 
 class XliffReader {
  public:
-  explicit XliffReader(std::string path) : path(std::move(path)), document(XmlDocument::parse(this->path, false)) {}
+  explicit XliffReader(std::string path)
+      : path(std::move(path)), document(XmlDocument::parse(this->path, false)) {}
 
   XliffFile read() {
     DOMElement* root = document.root();
@@ -119,7 +125,8 @@ class XliffReader {
     if (version != "1.2" && version != "1.1" && version != "1.0") {
       fail(root, "has XLIFF version '" + version + "'; msgtool reads XLIFF 1.2 (1.0 and 1.1 too)");
     }
-    for (DOMElement* file = root->getFirstElementChild(); file != nullptr; file = file->getNextElementSibling()) {
+    for (DOMElement* file = root->getFirstElementChild(); file != nullptr;
+         file = file->getNextElementSibling()) {
       if (localNameOf(file) != "file") {
         continue;
       }
@@ -128,7 +135,8 @@ class XliffReader {
         result.sourceLanguage = attributeOf(file, "source-language");
         result.targetLanguage = attributeOf(file, "target-language");
       }
-      for (DOMElement* body = file->getFirstElementChild(); body != nullptr; body = body->getNextElementSibling()) {
+      for (DOMElement* body = file->getFirstElementChild(); body != nullptr;
+           body = body->getNextElementSibling()) {
         if (localNameOf(body) == "body") {
           readUnits(body, 0);
         }
@@ -146,7 +154,8 @@ class XliffReader {
     if (depth > kMaxInlineDepth) {
       fail(parent, "has groups nested more than " + std::to_string(kMaxInlineDepth) + " deep");
     }
-    for (DOMElement* child = parent->getFirstElementChild(); child != nullptr; child = child->getNextElementSibling()) {
+    for (DOMElement* child = parent->getFirstElementChild(); child != nullptr;
+         child = child->getNextElementSibling()) {
       std::string name = localNameOf(child);
       if (name == "group") {
         readUnits(child, depth + 1);
@@ -170,7 +179,8 @@ class XliffReader {
     std::map<std::string, std::string> ids;  // inline element id -> placeholder
     const DOMElement* source = nullptr;
     const DOMElement* target = nullptr;
-    for (DOMElement* child = element->getFirstElementChild(); child != nullptr; child = child->getNextElementSibling()) {
+    for (DOMElement* child = element->getFirstElementChild(); child != nullptr;
+         child = child->getNextElementSibling()) {
       std::string name = localNameOf(child);
       if (name == "source" && source == nullptr) {
         source = child;
@@ -198,12 +208,14 @@ class XliffReader {
   // Appends the text of `element` to `out`, turning inline elements back
   // into the placeholders they stand for. In the source each element's id
   // is learnt; in the target it is looked up first.
-  void readInline(const DOMElement* element, std::string& out, std::map<std::string, std::string>& ids, bool isSource,
-                  int depth) {
+  void readInline(const DOMElement* element, std::string& out,
+                  std::map<std::string, std::string>& ids, bool isSource, int depth) {
     if (depth > kMaxInlineDepth) {
-      fail(element, "has inline elements nested more than " + std::to_string(kMaxInlineDepth) + " deep");
+      fail(element,
+           "has inline elements nested more than " + std::to_string(kMaxInlineDepth) + " deep");
     }
-    for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
+    for (DOMNode* child = element->getFirstChild(); child != nullptr;
+         child = child->getNextSibling()) {
       auto type = child->getNodeType();
       if (type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE) {
         out += toUtf8(child->getNodeValue());
@@ -214,8 +226,8 @@ class XliffReader {
       }
       auto* inner = static_cast<const DOMElement*>(child);
       std::string name = localNameOf(inner);
-      bool standsAlone = name == "x" || name == "ph" || name == "bx" || name == "ex" || name == "it" ||
-                         name == "bpt" || name == "ept";
+      bool standsAlone = name == "x" || name == "ph" || name == "bx" || name == "ex" ||
+                         name == "it" || name == "bpt" || name == "ept";
       if (!standsAlone) {
         readInline(inner, out, ids, isSource, depth + 1);  // <g>, <mrk>, <sub>: their text counts
         continue;
@@ -230,7 +242,8 @@ class XliffReader {
       } else if (isPlaceholder(toUtf8(inner->getTextContent()))) {
         placeholder = toUtf8(inner->getTextContent());
       } else {
-        fail(inner, "the inline element <" + name + " id=\"" + id + "\"> stands for no placeholder of the source");
+        fail(inner, "the inline element <" + name + " id=\"" + id +
+                        "\"> stands for no placeholder of the source");
       }
       if (isSource && !id.empty()) {
         ids.emplace(id, placeholder);
@@ -267,7 +280,8 @@ std::string XliffFile::write() const {
     if (unit.approved) {
       XliffWriter::set(element, "approved", "yes");
     }
-    element->setAttributeNS(XmlString(kXmlNamespace), XmlString("xml:space"), XmlString("preserve"));
+    element->setAttributeNS(XmlString(kXmlNamespace), XmlString("xml:space"),
+                            XmlString("preserve"));
     std::map<std::string, std::string> ids;
     writer.addInline(writer.add(element, "source", 4), unit.source, ids);
     if (unit.target) {
