@@ -129,7 +129,8 @@ void Catalogue::readDocument(const std::string& file) {
     entry.severityWord = text.severityWord;
     entry.language = text.language;
     entry.text = text.readText();
-    entry.translatedFrom = text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace);
+    entry.translatedFrom =
+        text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace);
     entry.effectiveNamespace = text.effectiveNamespace();
     entry.effectiveIdentifier = text.effectiveIdentifier();
     entry.effectiveLanguage = text.effectiveLanguage();
