@@ -39,6 +39,9 @@ release: deps
 
 demo: release
 	$(RELEASE_DIR)/examples/demo
+	$(RELEASE_DIR)/tools/msgtool/msgtool check examples/catalogue/demo.xml
+	$(RELEASE_DIR)/tools/msgtool/msgtool show --languages de-AT,de,en --width 48 \
+	  examples/catalogue/demo.xml demo maintenance /srv/archive
 
 # Debug build with AddressSanitizer and UndefinedBehaviorSanitizer; any
 # sanitizer report aborts the test that caused it. Then every fuzz target
@@ -84,11 +87,13 @@ bench: deps
 	@tools/install-deps.sh $(BENCH_PACKAGES)
 	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMSG_BUILD_BENCH=ON \
 	  -DMSG_BUILD_TESTS=OFF -DMSG_BUILD_EXAMPLES=OFF
-	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_bench
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_bench msgtool_check_bench
 	$(BENCH_DIR)/bench/msg_bench --benchmark_repetitions=$(BENCH_REPETITIONS) \
 	  --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
 	  --benchmark_out=$(BENCH_DIR)/results.json --benchmark_out_format=json $(BENCH_FLAGS)
 	python3 tools/bench_report.py $(BENCH_DIR)/results.json
+	$(BENCH_DIR)/bench/msgtool_check_bench $(BENCH_DIR)/tools/msgtool/msgtool 5 \
+	  $(BENCH_DIR)/bench/catalogue/messages.xml $(BENCH_DIR)/bench/catalogue/messages-part.xml
 
 format:
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

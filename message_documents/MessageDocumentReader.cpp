@@ -106,6 +106,7 @@ XercesXML::DOMNode parse(const char* path, Pass pass) {
   }
   XercesXML::Parser parser(false, false);
   parser.setXInclude(true, std::string());
+  parser.setMessageDocumentRules(true);
   try {
     // The document outlives the parser: it belongs to its handles.
     if (pass == Pass::FirstOnly) {

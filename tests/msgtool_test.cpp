@@ -94,11 +94,6 @@ TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLine) {
     found.emplace(finding["file"], finding["line"], finding["code"]);
     errors += finding["severity"] == "error" ? 1 : 0;
   }
-  // The parser's own error line is the first problem of the refusal.
-  EXPECT_EQ(report["findings"][0]["file"], broken);
-  EXPECT_EQ(report["findings"][0]["line"], 6);
-  found.erase(Place(broken, 0, "document-refused"));
-  found.erase(Place(broken, 6, "document-refused"));
   const std::set<Place> expected{
       {en, 17, "unknown-severity"},    {en, 21, "missing-id"},
       {en, 25, "missing-translation"}, {en, 29, "placeholder-gap"},
@@ -106,6 +101,7 @@ TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLine) {
       {de, 9, "placeholder-mismatch"}, {de, 12, "duplicate-text"},
       {de, 15, "language-tag"},        {de, 18, "ignored-placeholder"},
       {de, 21, "whitespace-mismatch"}, {de, 24, "empty-text"},
+      {broken, 6, "document-refused"},
   };
   EXPECT_EQ(found, expected);
   EXPECT_EQ(report["summary"]["errors"], errors);

@@ -76,6 +76,7 @@ Parser::Parser(bool relaxedValidation, bool createSchemaInfo)
     throw NotInitialized("XercesXML - Parser object created without initializing system.");
   }
   parser.reset(new BoundedDOMParser());
+  guard.reset(new ReferenceGuard(*parser));
   parser->setCreateEntityReferenceNodes(false);
   parser->setDoNamespaces(true);
   parser->setCreateCommentNodes(false);
@@ -88,6 +89,15 @@ Parser::Parser(bool relaxedValidation, bool createSchemaInfo)
     applyStrictSettings();
   }
   parser->setCreateSchemaInfo(createSchemaInfo);
+  // The guard answers every external reference; nothing is left for
+  // Xerces-C to fetch by itself.
+  parser->setXMLEntityResolver(guard.get());
+  parser->setDisableDefaultEntityResolution(true);
+}
+
+void Parser::setMessageDocumentRules(bool enable) {
+  messageDocumentRules = enable;
+  parser->setRefuseDoctype(enable);
 }
 
 Parser::~Parser() = default;
@@ -135,6 +145,11 @@ void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
   // far. An exception of this layer out of a receiver counts as unknown here.
   parser->setKeepPositions(keepPositions);
   try {
+    if (localFileOf(fileName).empty()) {
+      throw ParseRefused{ParseProblem{
+          fileName, 0, 0, "the document is not a local file: nothing is read over a network"}};
+    }
+    guard->start(fileName, messageDocumentRules, messageDocumentRules);
     parser->parseBounded(fileName.c_str());
   } catch (const xercesc::XMLException& exception) {
     appendAbort(errorText, problems, fileName,

@@ -12,6 +12,7 @@
 #include "xml_access/BoundedDOMParser.h"
 #include "xml_access/DOMNode.h"
 #include "xml_access/ParseProblem.h"
+#include "xml_access/ReferenceGuard.h"
 #include "xml_access/XercesXMLErrorHandlerInterface.h"
 
 namespace XercesXML {
@@ -44,6 +45,13 @@ namespace XercesXML {
 // that breaks a bound is refused while it is parsed, with a ParsingError
 // whose last line begins "XercesXML - Refused: " and names the limit.
 //
+// No parse reads anything but local files: a schema location, an
+// xi:include or a file name that names anything else is refused, and so is
+// every external entity and external DTD (see ReferenceGuard). With the
+// rules for message documents on (setMessageDocumentRules), a document
+// type declaration is refused in the document and in every included part,
+// and includes must lie in the folder of the document or below it.
+//
 // Ownership: the Parser owns its Xerces-C parser object. A document that
 // parseFile returns belongs to the returned handle alone and outlives the
 // Parser. A client error receiver is borrowed.
@@ -72,6 +80,10 @@ class Parser {
   // parser left with a file name but XInclude off still serialises every
   // document into that file after its parse, but parses nothing again.
   void setXInclude(bool enable, const std::string& outputFile);
+
+  // Switches the rules for documents from outside on or off: no DOCTYPE in
+  // the document or its parts, includes confined to the document's folder.
+  void setMessageDocumentRules(bool enable);
 
   // Whether XInclude processing is on (the parser object's own flag).
   bool getXInclude() const;
@@ -137,6 +149,8 @@ class Parser {
   std::unique_ptr<BoundedDOMParser> parser;      // owned, never null
   XercesXMLErrorHandlerInterface* errorHandler;  // borrowed, may be null
   std::string xIncludeOutputFile;
+  std::unique_ptr<ReferenceGuard> guard;  // owned, the parser object's resolver
+  bool messageDocumentRules = false;
   std::vector<ParseProblem> problems;  // of the last parse
 };
 

@@ -103,22 +103,36 @@ Catalogue Catalogue::read(const std::vector<std::string>& files) {
 void Catalogue::readDocument(const std::string& file) {
   // The loader's parse decides whether the document is taken and gives the
   // values; a second parse that keeps element positions gives the places.
+  // One document is in memory at a time.
+  const std::size_t first = entries_.size();
+  if (readEntries(file)) {
+    readPlaces(file, first);
+  }
+}
+
+bool Catalogue::readEntries(const std::string& file) {
   XercesXML::DOMNode document;
   try {
     document = msg::parseMessageDocument(file.c_str());
   } catch (msg::DocumentRefused& refused) {
+    // The parser names the document by its full path; a problem in the
+    // document itself names it as the user did.
+    for (msg::DocumentProblem& problem : refused.problems) {
+      std::error_code ignored;
+      if (problem.file.empty() || std::filesystem::equivalent(problem.file, file, ignored)) {
+        problem.file = file;
+      }
+    }
     refused_.push_back(RefusedDocument{file, std::move(refused.problems)});
-    return;
+    return false;
   }
   const XercesXML::DOMNode collection = msg::findMessageCollection(document);
   if (!collection.isValid()) {
     refused_.push_back(RefusedDocument{
         file,
         {msg::DocumentProblem{file, 0, 0, "No MessageCollection element found in document"}}});
-    return;
+    return false;
   }
-
-  const std::size_t first = entries_.size();
   msg::forEachDocumentText(collection, [&](const msg::DocumentText& text) {
     CatalogueEntry entry;
     entry.place.file = file;
@@ -138,22 +152,25 @@ void Catalogue::readDocument(const std::string& file) {
     entry.severity = text.effectiveSeverity();
     entries_.push_back(std::move(entry));
   });
+  return true;
+}
 
+void Catalogue::readPlaces(const std::string& file, std::size_t first) {
   // Both parses read the same file the same way, so the Text elements come
   // in the same order. Should the second parse fail (the file changed in
   // between), the entries simply have no places.
-  XercesXML::DOMNode positioned;
+  XercesXML::DOMNode document;
   try {
-    positioned = msg::parseMessageDocumentWithPositions(file.c_str());
+    document = msg::parseMessageDocumentWithPositions(file.c_str());
   } catch (const msg::DocumentRefused&) {
     return;
   }
-  const XercesXML::DOMNode positionedCollection = msg::findMessageCollection(positioned);
-  if (!positionedCollection.isValid()) {
+  const XercesXML::DOMNode collection = msg::findMessageCollection(document);
+  if (!collection.isValid()) {
     return;
   }
   std::size_t index = first;
-  msg::forEachDocumentText(positionedCollection, [&](const msg::DocumentText& text) {
+  msg::forEachDocumentText(collection, [&](const msg::DocumentText& text) {
     if (index >= entries_.size()) {
       return;
     }

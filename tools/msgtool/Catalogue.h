@@ -87,6 +87,11 @@ class Catalogue {
 
  private:
   void readDocument(const std::string& file);
+  // Adds the entries of `file` as the loader reads them; false if the
+  // loader refuses the document (recorded in refused_).
+  bool readEntries(const std::string& file);
+  // Sets the places of the entries from `first` on, read from `file`.
+  void readPlaces(const std::string& file, std::size_t first);
 
   std::vector<CatalogueEntry> entries_;
   std::vector<RefusedDocument> refused_;

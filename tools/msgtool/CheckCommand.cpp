@@ -100,11 +100,14 @@ int runCheck(const CheckOptions& options) {
 
 Action setUpCheck(CLI::App& command) {
   auto options = std::make_shared<CheckOptions>();
-  command.add_option("--languages", options->languages,
-                     "Languages every message must have, comma-separated (default: every "
-                     "language present)");
+  command
+      .add_option("--languages", options->languages,
+                  "Languages every message must have, comma-separated (default: every "
+                  "language present)")
+      ->type_name("LIST");
   command.add_option("--reference", options->reference, "Language the others are compared with")
-      ->capture_default_str();
+      ->capture_default_str()
+      ->type_name("TAG");
   command.add_flag("--strict", options->strict, "Report missing translations as errors");
   addFormatOption(command, options->format);
   addDocumentsArgument(command, options->files);

@@ -19,7 +19,8 @@ void addFormatOption(CLI::App& command, OutputFormat& format) {
 
 void addDocumentsArgument(CLI::App& command, std::vector<std::string>& files) {
   command.add_option("FILE", files, "Message documents that together form the catalogue")
-      ->required();
+      ->required()
+      ->option_text("...");
 }
 
 std::vector<std::string> splitList(const std::string& list) {

@@ -156,13 +156,17 @@ int runHeader(const HeaderOptions& options) {
 
 Action setUpHeader(CLI::App& command) {
   auto options = std::make_shared<HeaderOptions>();
-  command.add_option("-o,--output", options->output, "The header to write")->required();
+  command.add_option("-o,--output", options->output, "The header to write")
+      ->required()
+      ->type_name("HEADER");
   command
       .add_option("--reference", options->reference,
                   "Language whose texts give the placeholders and the comments")
       ->capture_default_str();
-  command.add_option("--namespace", options->outerNamespace,
-                     "C++ namespace around the generated ones, e.g. app::keys");
+  command
+      .add_option("--namespace", options->outerNamespace,
+                  "C++ namespace around the generated ones, e.g. app::keys")
+      ->type_name("NAME");
   addDocumentsArgument(command, options->files);
   command.footer(
       "Each message namespace becomes a C++ namespace holding one constant per message:\n"

@@ -154,15 +154,21 @@ int runShow(const ShowOptions& options) {
 
 Action setUpShow(CLI::App& command) {
   auto options = std::make_shared<ShowOptions>();
-  command.add_option("--languages", options->languages,
-                     "Preferred languages, best first, e.g. de-AT,de,en (default: from "
-                     "LANGUAGE, LC_ALL, LC_MESSAGES, LANG)");
-  command.add_option("--width", options->width,
-                     "Wrap the text at this many columns, as FormattingMessageChannel does");
   command
-      .add_option("FILE... NAMESPACE IDENTIFIER ARG...", options->words,
-                  "Message documents, then the key, then the arguments &0, &1, ...")
-      ->required();
+      .add_option("--languages", options->languages,
+                  "Preferred languages, best first, e.g. de-AT,de,en (default: from "
+                  "LANGUAGE, LC_ALL, LC_MESSAGES, LANG)")
+      ->type_name("LIST");
+  command
+      .add_option("--width", options->width,
+                  "Wrap the text at this many columns, as FormattingMessageChannel does")
+      ->type_name("N");
+  command
+      .add_option("ARGUMENTS", options->words,
+                  "FILE... NAMESPACE IDENTIFIER [ARG...]: message documents, then the key, then "
+                  "the arguments &0, &1, ...")
+      ->required()
+      ->option_text("...");
   command.footer(
       "Example: msgtool show --languages de-AT,de,en app.xml app diskspace 12 /home\n"
       "The documents are the leading arguments that end in .xml or name a file.");

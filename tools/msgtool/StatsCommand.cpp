@@ -90,8 +90,10 @@ int runStats(const StatsOptions& options) {
 
 Action setUpStats(CLI::App& command) {
   auto options = std::make_shared<StatsOptions>();
-  command.add_option("--languages", options->languages,
-                     "Languages to count, comma-separated (default: every language present)");
+  command
+      .add_option("--languages", options->languages,
+                  "Languages to count, comma-separated (default: every language present)")
+      ->type_name("LIST");
   addFormatOption(command, options->format);
   addDocumentsArgument(command, options->files);
   return [options] { return runStats(*options); };
