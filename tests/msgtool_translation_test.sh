@@ -76,7 +76,7 @@ PO
     fail "a translation of an older source is not stale"
   ;;
 round_trip)
-  for format in po xliff; do
+  for format in po xliff xliff2; do
     "$tool" export --format $format --source en --target de -o de.$format app.xml
     grep -q ' 0 updated, 0 added, 3 unchanged' <<<"$("$tool" import --format $format de.$format --into app.xml)"
     cmp original.xml app.xml || fail "unchanged $format import changed the document"
@@ -91,10 +91,13 @@ stale)
   sed -i '0,/Starting &amp;0, version/s//Launching \&amp;0, version/' app.xml   # the source changes
   "$tool" export --format po --source en --target de -o stale.po app.xml
   "$tool" export --format xliff --source en --target de -o stale.xlf app.xml
+  "$tool" export --format xliff2 --source en --target de -o stale2.xlf app.xml
   [ "$(grep -c '^#, fuzzy' stale.po)" = 1 ] || fail "stale text not fuzzy"
   grep -q '^de: .*, 1 stale$' <<<"$("$tool" stats app.xml)" || fail "stats does not count it"
   grep -q 'app.xml:9:[0-9]*: warning: .*\[stale-translation\]' <<<"$("$tool" check app.xml)" || fail "check does not warn"
   [ "$(grep -c 'state="needs-review-translation"' stale.xlf)" = 1 ] || fail "stale text not for review"
+  [ "$(grep -c 'state="initial" subState="msgtool:needs-review"' stale2.xlf)" = 1 ] || fail "not for review in 2.0"
+  grep -q '1 fuzzy' <<<"$("$tool" import --format xliff2 stale2.xlf --into app.xml)" || fail "2.0 review imported"
   grep -q '1 fuzzy' <<<"$("$tool" import --format po stale.po --into app.xml)" || fail "fuzzy imported"
   sed -i '/^#, fuzzy/d' stale.po   # the translator confirms it
   grep -q '1 updated' <<<"$("$tool" import --format po stale.po --into app.xml)" || fail "confirmation not taken"

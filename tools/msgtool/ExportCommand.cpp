@@ -116,6 +116,7 @@ std::string xliffText(const std::vector<OutgoingUnit>& units, const ExportOption
   for (const std::string& document : options.files) {
     file.original += (file.original.empty() ? "" : " ") + document;
   }
+  file.version2 = options.format == TranslationFormat::xliff2;
   file.sourceLanguage = options.source;
   file.targetLanguage = target;
   for (const OutgoingUnit& unit : units) {
@@ -198,7 +199,7 @@ Action setUpExport(CLI::App& command) {
       "\"namespace:identifier\" in PO, "
       "a trans-unit with that id in XLIFF. A translation whose source text has changed since it "
       "was imported is "
-      "marked fuzzy (PO) or needs-review-translation (XLIFF).\n"
+      "marked fuzzy (PO), needs-review-translation (XLIFF 1.2) or initial (XLIFF 2.0).\n"
       "Example: msgtool export --format po --source en --target de -o de.po messages.xml");
   return [options] {
     if (options->targets.empty()) {
