@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -56,6 +57,14 @@ class PoReader {
   explicit PoReader(std::string path) : path(std::move(path)) {}
 
   PoFile read() {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+      throw FileProblem(path, 0, "is a folder, not a PO file");
+    }
+    if (std::filesystem::file_size(path, error) > kMaxXmlFileBytes && !error) {
+      throw FileProblem(path, 0,
+                        "is larger than " + std::to_string(kMaxXmlFileBytes >> 20) + " MiB");
+    }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
       throw FileProblem(path, 0, "cannot be read");
