@@ -60,7 +60,8 @@ class DocumentScratch {
     fs::copy_file(schema, root / "schema" / "messages.xsd");
     fs::copy_file(schema, root / "a" / "schema" / "messages.xsd");
     fs::copy_file(schema, inputDir / "messages.xsd");
-    for (const fs::path& dir : {source / "tests" / "data", source / "examples"}) {
+    for (const fs::path& dir :
+         {source / "tests" / "data", source / "examples", source / "fuzz" / "seeds"}) {
       for (const fs::directory_entry& entry : fs::recursive_directory_iterator(dir)) {
         const fs::path extension = entry.path().extension();
         if (entry.is_regular_file() && (extension == ".xml" || extension == ".xsd")) {

@@ -1,12 +1,16 @@
 // Fuzzes the XML parser of the library on its own: arbitrary bytes as a
 // file, read by XercesXML::Parser under each of its settings (relaxed or
-// strict validation, XInclude on or off), and a walk over every element of
-// a document that parses, reading names, attributes and texts as the loader
-// does. A parse may fail only with ParsingError; any other exception, a
-// crash, a leak or a sanitizer report is a finding.
+// strict validation, XInclude on or off, the rules for message documents on
+// or off, the full parse or the first one with positions), and a walk over
+// every element of a document that parses, reading names, attributes and
+// texts as the loader does. A parse may fail only with ParsingError that
+// names at least one problem; any other exception, a crash, a leak, a hang
+// or a sanitizer report is a finding.
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "fuzz/DocumentScratch.h"
@@ -45,16 +49,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   // seed documents keep their first byte.
   const bool relaxed = size % 2 == 0;
   const bool xInclude = size % 4 < 2;
+  const bool messageRules = size % 8 >= 4;
+  const bool positions = size % 16 >= 8;
   const std::string& path = scratch->write(bytes, size);
 
   XercesXML::Parser parser(relaxed, false);
   if (xInclude) {
     parser.setXInclude(true, std::string());
   }
+  parser.setMessageDocumentRules(messageRules);
   XercesXML::DOMNode document;
   try {
-    document = parser.parseFile(path);
+    document = positions ? parser.parseFileWithPositions(path) : parser.parseFile(path);
   } catch (const XercesXML::ParsingError&) {
+    if (parser.getProblems().empty()) {
+      std::fprintf(stderr, "parser check failed: a failed parse names no problem\n");
+      std::abort();
+    }
     return 0;
   }
   int budget = 2000;

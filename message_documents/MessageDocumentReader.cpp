@@ -1,6 +1,7 @@
 #include "message_documents/MessageDocumentReader.h"
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -128,8 +129,24 @@ XercesXML::DOMNode parseMessageDocumentWithPositions(const char* path) {
   return parse(path, Pass::FirstOnly);
 }
 
+// Breadth first, as the name search of DOMNode, but over elements alone: a
+// document type or processing instruction of the same name is no catalogue.
 XercesXML::DOMNode findMessageCollection(const XercesXML::DOMNode& document) {
-  return document.findFirstNodeByName("MessageCollection");
+  std::deque<XercesXML::DOMNode> queue;
+  if (document.isValid()) {
+    queue.push_back(document.getFirstElementChild());
+  }
+  while (!queue.empty() && queue.front().isValid()) {
+    if (queue.front().getNodeName() == "MessageCollection") {
+      return queue.front();
+    }
+    for (XercesXML::DOMNode child = queue.front().getFirstElementChild(); child.isValid();
+         child = child.getNextElementSibling()) {
+      queue.push_back(child);
+    }
+    queue.pop_front();
+  }
+  return XercesXML::DOMNode();
 }
 
 void forEachDocumentText(const XercesXML::DOMNode& collection,

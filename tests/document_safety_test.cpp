@@ -6,10 +6,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "message_documents/MessageDocumentReader.h"
@@ -32,6 +41,86 @@ const char kSchemaAttributes[] =
 std::string messageDocument(const std::string& body) {
   return std::string("<?xml version=\"1.0\"?>\n<MessageCollection ") + kSchemaAttributes +
          " xmlns:xi=\"http://www.w3.org/2001/XInclude\">\n" + body + "</MessageCollection>\n";
+}
+
+// A TCP listener on 127.0.0.1 that accepts and counts connections until it
+// ends. Whatever a document names on it must never be fetched.
+class CountingListener {
+ public:
+  CountingListener() {
+    socketId = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    if (socketId < 0 || ::bind(socketId, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
+        ::listen(socketId, 16) != 0 ||
+        ::getsockname(socketId, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+      ADD_FAILURE() << "no listener on 127.0.0.1";
+      return;
+    }
+    port = ntohs(address.sin_port);
+    acceptor = std::thread([this] {
+      pollfd waiting{socketId, POLLIN, 0};
+      while (!stopping) {
+        if (::poll(&waiting, 1, 20) > 0) {
+          const int connection = ::accept(socketId, nullptr, nullptr);
+          if (connection >= 0) {
+            ++connections;
+            ::close(connection);
+          }
+        }
+      }
+    });
+  }
+  ~CountingListener() {
+    stopping = true;
+    if (acceptor.joinable()) {
+      acceptor.join();
+    }
+    if (socketId >= 0) {
+      ::close(socketId);
+    }
+  }
+
+  std::string url(const std::string& name) const {
+    return "http://127.0.0.1:" + std::to_string(port) + "/" + name;
+  }
+
+  std::atomic<int> connections{0};
+
+ private:
+  int socketId = -1;
+  int port = 0;
+  std::atomic<bool> stopping{false};
+  std::thread acceptor;
+};
+
+// The billion laughs: ten levels of ten references each.
+std::string entityBomb(const std::string& root, const std::string& use) {
+  std::string dtd = "<!DOCTYPE " + root + " [<!ENTITY l0 \"ha\">";
+  for (int level = 1; level <= 9; ++level) {
+    dtd += "<!ENTITY l" + std::to_string(level) + " \"";
+    for (int i = 0; i < 10; ++i) {
+      dtd += "&l" + std::to_string(level - 1) + ";";
+    }
+    dtd += "\">";
+  }
+  return dtd + "]>\n" + use + "\n";
+}
+
+// One entity of 50,000 characters referenced 20,000 times in content and
+// as often in an attribute: 10^9 characters from 150 kB.
+std::string quadraticBlowup(bool inAttribute) {
+  const std::string references = [] {
+    std::string all;
+    for (int i = 0; i < 20000; ++i) {
+      all += "&big;";
+    }
+    return all;
+  }();
+  return "<!DOCTYPE r [<!ENTITY big \"" + std::string(50000, 'x') + "\">]>\n" +
+         (inAttribute ? "<r a=\"" + references + "\"/>" : "<r>" + references + "</r>") + "\n";
 }
 
 class Counting : public msg::MessageChannel {
@@ -143,6 +232,181 @@ TEST_F(DocumentSafetyTest, TheFirstParseKeepsWhereEachElementStarts) {
   const XercesXML::DOMNode validated =
       msg::parseMessageDocument(path("docs/positions.xml").c_str());
   EXPECT_EQ(msg::findMessageCollection(validated).getSourceLine(), 0);
+}
+
+TEST_F(DocumentSafetyTest, NothingIsFetchedOverTheNetwork) {
+  CountingListener listener;
+  const std::string places[] = {
+      // schema location
+      "<?xml version=\"1.0\"?>\n<MessageCollection "
+      "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xsi:noNamespaceSchemaLocation=\"" +
+          listener.url("messages.xsd") + "\"/>\n",
+      // external DTD
+      "<!DOCTYPE MessageCollection SYSTEM \"" + listener.url("m.dtd") + "\">\n" +
+          messageDocument(""),
+      // external entity
+      "<!DOCTYPE MessageCollection [<!ENTITY e SYSTEM \"" + listener.url("e.xml") + "\">]>\n" +
+          messageDocument("&e;"),
+      // include, with a fallback that must not hide the refusal
+      messageDocument("<xi:include href=\"" + listener.url("part.xml") +
+                      "\"><xi:fallback/></xi:include>\n"),
+  };
+  for (const std::string& content : places) {
+    SCOPED_TRACE(content.substr(0, 120));
+    write("docs/remote.xml", content);
+    const std::string problems = joined(refusalOf("docs/remote.xml"));
+    if (content.find("<!DOCTYPE") != std::string::npos) {
+      EXPECT_THAT(problems, HasSubstr("DOCTYPE"));
+    } else {
+      EXPECT_THAT(problems, HasSubstr(listener.url("")));
+      EXPECT_THAT(problems, HasSubstr("not a local file"));
+    }
+  }
+  // The generic parser keeps DTDs, but fetches neither an external DTD nor
+  // an external entity, and neither opens a URL it is given as a file name.
+  XercesXML::Parser parser(true, false);
+  for (const std::string& name : {std::string("docs/dtd.xml"), std::string("docs/entity.xml")}) {
+    write(name, name == "docs/dtd.xml"
+                    ? "<!DOCTYPE r SYSTEM \"" + listener.url("r.dtd") + "\">\n<r/>\n"
+                    : "<!DOCTYPE r [<!ENTITY e SYSTEM \"" + listener.url("e") + "\">]><r>&e;</r>");
+    try {
+      parser.parseFile(path(name));
+      ADD_FAILURE() << name << " was parsed";
+    } catch (const XercesXML::ParsingError& error) {
+      EXPECT_THAT(error.getText(), HasSubstr("XercesXML - Refused: "));
+      EXPECT_THAT(error.getText(), HasSubstr("external entities and DTDs are refused"));
+    }
+  }
+  EXPECT_THROW(parser.parseFile(listener.url("r.xml")), XercesXML::ParsingError);
+  EXPECT_EQ(listener.connections, 0);
+}
+
+TEST_F(DocumentSafetyTest, ADoctypeIsRefusedInTheDocumentAndInEveryPart) {
+  write("docs/bomb.xml", entityBomb("MessageCollection",
+                                    "<MessageCollection><MessageNamespace name=\"&l9;\"/>"
+                                    "</MessageCollection>"));
+  const std::vector<msg::DocumentProblem> problems = refusalOf("docs/bomb.xml");
+  EXPECT_THAT(problems.back().message, HasSubstr("document type declaration (DOCTYPE)"));
+  EXPECT_EQ(problems.back().line, 1);
+
+  write("docs/part.xml", "<!DOCTYPE MessageNamespace>\n<MessageNamespace name=\"part\"/>\n");
+  write("docs/with_part.xml", messageDocument("<xi:include href=\"part.xml\"/>\n"));
+  const std::vector<msg::DocumentProblem> inPart = refusalOf("docs/with_part.xml");
+  EXPECT_THAT(inPart.back().file, HasSubstr("part.xml"));
+  EXPECT_THAT(joined(inPart), HasSubstr("DOCTYPE"));
+  EXPECT_EQ(text("part", "x"), "<none>");
+}
+
+TEST_F(DocumentSafetyTest, IncludesStayInTheFolderOfTheDocument) {
+  std::filesystem::create_directories(folder / "docs" / "sub");
+  write("outside.xml",
+        "<MessageNamespace name=\"outside\"><Message id=\"m\"><Text>secret</Text>"
+        "</Message></MessageNamespace>\n");
+  write("docs/sub/inner.xml",
+        "<MessageNamespace name=\"inner\"><Message id=\"m\"><Text>inner</Text>"
+        "</Message></MessageNamespace>\n");
+  std::filesystem::create_symlink(folder / "outside.xml", folder / "docs" / "link.xml");
+  for (const std::string& href :
+       {std::string("../outside.xml"), path("outside.xml"), "file://" + path("outside.xml"),
+        std::string("sub/../../outside.xml"), std::string("link.xml")}) {
+    SCOPED_TRACE(href);
+    write("docs/escape.xml", messageDocument("<xi:include href=\"" + href + "\"/>\n"));
+    const std::string problems = joined(refusalOf("docs/escape.xml"));
+    EXPECT_THAT(problems, HasSubstr("\"" + href + "\" lies outside the folder of the document"));
+    EXPECT_EQ(text("outside", "m"), "<none>");
+  }
+  // Below the folder is fine, and so is a part that includes its neighbour
+  // through a path that leaves and re-enters its folder.
+  write("docs/sub/outer.xml",
+        "<MessageNamespace name=\"outer\" xmlns:xi=\"http://www.w3.org/2001/XInclude\">"
+        "<xi:include href=\"../sub/leaf.xml\"/></MessageNamespace>\n");
+  write("docs/sub/leaf.xml", "<Message id=\"m\"><Text>leaf</Text></Message>\n");
+  write("docs/inside.xml", messageDocument("<xi:include href=\"sub/../sub/outer.xml\"/>"
+                                           "<xi:include href=\"sub/inner.xml\"/>\n"));
+  handler.loadMessageDocument(path("docs/inside.xml").c_str());
+  EXPECT_EQ(text("outer", "m"), "leaf");
+  EXPECT_EQ(text("inner", "m"), "inner");
+}
+
+TEST_F(DocumentSafetyTest, SchemasAreLocalFilesAndBoundedToo) {
+  write("docs/bomb.xsd", entityBomb("xs:schema",
+                                    "<xs:schema "
+                                    "xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">"
+                                    "<xs:annotation><xs:documentation>&l9;"
+                                    "</xs:documentation></xs:annotation></xs:schema>"));
+  std::string document = messageDocument("");
+  document.replace(document.find("messages.xsd"), 12, "bomb.xsd");
+  write("docs/bomb_schema.xml", document);
+  EXPECT_THAT(joined(refusalOf("docs/bomb_schema.xml")), HasSubstr("entity expansions"));
+}
+
+TEST_F(DocumentSafetyTest, DepthIsRefusedWhileParsing) {
+  const auto nested = [](int levels) {
+    std::string deep;
+    for (int i = 0; i < levels; ++i) {
+      deep += "<Deep>";
+    }
+    return deep;
+  };
+  write("docs/deep.xml", messageDocument(nested(200000)));
+  const std::vector<msg::DocumentProblem> problems = refusalOf("docs/deep.xml");
+  EXPECT_THAT(problems.back().message, HasSubstr("deeper than the limit of 1000 levels"));
+  EXPECT_EQ(problems.back().line, 3);
+
+  // The collection is level 1: 999 levels below it are the deepest allowed.
+  const auto closed = [&](int levels) {
+    std::string deep = nested(levels);
+    for (int i = 0; i < levels; ++i) {
+      deep += "</Deep>";
+    }
+    return messageDocument(deep);
+  };
+  write("docs/deep.xml", closed(999));
+  EXPECT_TRUE(msg::parseMessageDocumentWithPositions(path("docs/deep.xml").c_str()).isValid());
+  write("docs/deep.xml", closed(1000));
+  EXPECT_THROW(msg::parseMessageDocumentWithPositions(path("docs/deep.xml").c_str()),
+               msg::DocumentRefused);
+}
+
+TEST_F(DocumentSafetyTest, TheCollectionIsTheFirstElementOfThatName) {
+  write("docs/wrapped.xml",
+        "<Wrapper><?MessageCollection not this one?><Other/>"
+        "<MessageCollection><MessageNamespace name=\"w\"/></MessageCollection>"
+        "</Wrapper>\n");
+  const XercesXML::DOMNode collection = msg::findMessageCollection(
+      msg::parseMessageDocumentWithPositions(path("docs/wrapped.xml").c_str()));
+  ASSERT_TRUE(collection.isValid());
+  EXPECT_EQ(collection.getFirstElementChild().getAttributeByName("name", ""), "w");
+}
+
+// The generic parser keeps internal DTDs, entities included, within bounds.
+class EntityBoundsTest : public DocumentSafetyTest {
+ protected:
+  std::string parseError(const std::string& content) {
+    write("docs/entities.xml", content);
+    XercesXML::Parser parser(true, false);
+    try {
+      parser.parseFile(path("docs/entities.xml"));
+    } catch (const XercesXML::ParsingError& error) {
+      return error.getText();
+    }
+    return "";
+  }
+};
+
+TEST_F(EntityBoundsTest, ExpansionIsBoundedInCountAndSize) {
+  EXPECT_THAT(parseError(entityBomb("r", "<r>&l9;</r>")),
+              HasSubstr("more than '10000' entity expansions"));
+  EXPECT_THAT(parseError(entityBomb("r", "<r a=\"&l9;\"/>")),
+              HasSubstr("more than '10000' entity expansions"));
+  // 200 references of 50,000 characters reach the bound of 10,000,000.
+  EXPECT_THAT(parseError(quadraticBlowup(false)), HasSubstr("more than '100' entity expansions"));
+  EXPECT_THAT(parseError(quadraticBlowup(true)), HasSubstr("more than '100' entity expansions"));
+  // Within the bounds entities work as ever.
+  EXPECT_EQ(parseError("<!DOCTYPE r [<!ELEMENT r (#PCDATA)><!ATTLIST r a CDATA #IMPLIED>"
+                       "<!ENTITY e \"" +
+                       std::string(40000, 'e') + "\">]><r a=\"&e;\">&e;&e;</r>"),
+            "");
 }
 
 }  // namespace

@@ -109,6 +109,11 @@ TEST_F(ParserTest, EachErrorGivesOneBlockInOrderThenTheClosingLine) {
                                                 errorBlock("Error", three, 10, 9, missingId) +
                                                 errorBlock("Error", three, 11, 9, missingId) +
                                                 kFinished);
+  // The same errors, as problems with their places.
+  ASSERT_EQ(relaxed.getProblems().size(), 3u);
+  EXPECT_EQ(relaxed.getProblems()[1].file, three);
+  EXPECT_EQ(relaxed.getProblems()[1].line, 10u);
+  EXPECT_EQ(relaxed.getProblems()[1].message, missingId);
   // A fatal error ends the parse.
   const std::string broken = dataFile("not_well_formed.xml");
   EXPECT_EQ(parsingErrorOf(relaxed, broken),

@@ -175,6 +175,12 @@ void BoundedDOMParser::doctypeDecl(const xercesc::DTDElementDecl& elemDecl, cons
         "a document type declaration (DOCTYPE) is not allowed here: it could declare entities "
         "or load a DTD");
   }
+  if (systemId != nullptr && *systemId != 0) {
+    // Refused here rather than by the entity resolver: Xerces-C loses a
+    // few blocks on every document with an external DTD.
+    throw refusal("the external DTD \"" + transcodeFromXMLCh(systemId) +
+                  "\" is not read: external entities and DTDs are refused");
+  }
   xercesc::XercesDOMParser::doctypeDecl(elemDecl, publicId, systemId, hasIntSubset, hasExtSubset);
 }
 

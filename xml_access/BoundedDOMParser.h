@@ -49,7 +49,8 @@ struct ParseRefused {
 //    no more than kMaxEntityExpansion characters from them in all (see
 //    parseBounded);
 //  - refuses a document type declaration if asked to (setRefuseDoctype),
-//    before the parser reads anything of its internal subset;
+//    and always one that names an external DTD, before the parser reads
+//    anything of its subsets;
 //  - records where each element starts (line and column of its '<') if
 //    asked to (setKeepPositions), for DOMNode::getSourceLine;
 //  - appends text that follows an entity reference through the public

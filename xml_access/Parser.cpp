@@ -154,16 +154,23 @@ void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
   } catch (const xercesc::XMLException& exception) {
     appendAbort(errorText, problems, fileName,
                 kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const xercesc::DOMException& exception) {
     appendDomAbort(errorText, exception);
     problems.push_back(ParseProblem{fileName, 0, 0, "error in DOM while parsing"});
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const ParseRefused& refused) {
     appendRefusal(errorText, problems, refused);
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (...) {
     appendAbort(errorText, problems, fileName, kUnknownError);
+    appendGuardRefusal(errorText);
+    throw ParsingError(errorText.str());
+  }
+  if (appendGuardRefusal(errorText)) {
     throw ParsingError(errorText.str());
   }
   if (reporter.getSawErrors()) {
@@ -215,6 +222,7 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     }
     errorText << kAbortWhileParsing << exception.getText() << std::endl;
     problems.push_back(ParseProblem{systemId, 0, 0, firstLine(exception.getText())});
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const xercesc::XMLException& exception) {
     if (reparse) {
@@ -222,6 +230,7 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     }
     appendAbort(errorText, problems, systemId,
                 kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const xercesc::DOMException& exception) {
     if (reparse) {
@@ -229,21 +238,27 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     }
     appendDomAbort(errorText, exception);
     problems.push_back(ParseProblem{systemId, 0, 0, "error in DOM while parsing"});
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const ParseRefused& refused) {
     if (reparse) {
       applyRelaxedSettings();
     }
     appendRefusal(errorText, problems, refused);
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (...) {
     if (reparse) {
       applyRelaxedSettings();
     }
     appendAbort(errorText, problems, systemId, kUnknownError);
+    appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   }
 
+  if (appendGuardRefusal(errorText)) {
+    throw ParsingError(errorText.str());
+  }
   if (reporter.getSawErrors()) {
     errorText << kFinishedWithErrors << std::endl;
     throw ParsingError(errorText.str());
@@ -253,6 +268,15 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     return parser->adoptDocument();
   }
   return giveUpDocument(firstDocument);
+}
+
+bool Parser::appendGuardRefusal(std::ostream& errorText) {
+  const ParseRefused* refused = guard->getRefusal();
+  if (refused == nullptr) {
+    return false;
+  }
+  appendRefusal(errorText, problems, *refused);
+  return true;
 }
 
 xercesc::DOMNode* Parser::giveUpDocument(DOMNode& handle) {

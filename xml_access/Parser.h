@@ -4,6 +4,7 @@
 #define MSG_XML_ACCESS_PARSER_H_
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -121,6 +122,10 @@ class Parser {
   // The first parse of `fileName`: raises ParsingError with the call's error
   // text, or returns with the document in the parser object.
   void parseFirst(const std::string& fileName, bool keepPositions);
+
+  // Appends the refusal of the guard, if one stands, to the error text and
+  // the problems; true if it did.
+  bool appendGuardRefusal(std::ostream& errorText);
 
   void applyRelaxedSettings();
   void applyStrictSettings();

@@ -5,10 +5,13 @@
 #include <iterator>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include <xercesc/framework/LocalFileInputSource.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/HandlerBase.hpp>
 #include <xercesc/sax/Locator.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -123,6 +126,27 @@ ParseRefused refusalOf(const xercesc::XMLResourceIdentifier& resource, const std
   return ParseRefused{problem};
 }
 
+// Ends the check of a part or schema at its first error: what Xerces-C's
+// own parser would stop at, or a bound of BoundedDOMParser that the
+// scanner enforces (the number of entity references).
+class RefuseOnError : public xercesc::HandlerBase {
+ public:
+  explicit RefuseOnError(std::string what) : what(std::move(what)) {}
+  void error(const xercesc::SAXParseException& exception) override { refuse(exception); }
+  void fatalError(const xercesc::SAXParseException& exception) override { refuse(exception); }
+
+ private:
+  [[noreturn]] void refuse(const xercesc::SAXParseException& exception) {
+    throw ParseRefused{
+        ParseProblem{transcodeFromXMLCh(exception.getSystemId()),
+                     static_cast<std::uint64_t>(exception.getLineNumber()),
+                     static_cast<std::uint64_t>(exception.getColumnNumber()),
+                     what + " cannot be read: " + transcodeFromXMLCh(exception.getMessage())}};
+  }
+
+  std::string what;
+};
+
 }  // namespace
 
 std::string localFileOf(const std::string& name) {
@@ -153,6 +177,7 @@ ReferenceGuard::~ReferenceGuard() = default;
 void ReferenceGuard::start(const std::string& documentPath, bool confine,
                            bool refuseDoctypeInParts) {
   contents.clear();
+  refused.clear();
   this->refuseDoctypeInParts = refuseDoctypeInParts;
   root.clear();
   if (confine) {
@@ -162,24 +187,37 @@ void ReferenceGuard::start(const std::string& documentPath, bool confine,
 }
 
 xercesc::InputSource* ReferenceGuard::resolveEntity(xercesc::XMLResourceIdentifier* resource) {
-  const std::string reference = transcodeFromXMLCh(resource->getSystemId());
-  const std::string base = transcodeFromXMLCh(resource->getBaseURI());
-  switch (resource->getResourceIdentifierType()) {
+  try {
+    return answer(*resource);
+  } catch (const ParseRefused& refusal) {
+    refused.push_back(refusal);
+  }
+  // Null would let Xerces-C open some references itself (an include, for
+  // one). One blank ends every kind of reference quietly; an empty source
+  // would make Xerces-C lose the reader of an external DTD.
+  static const XMLByte kBlank[] = {' '};
+  return new xercesc::MemBufInputSource(kBlank, 1, resource->getSystemId(), false);
+}
+
+xercesc::InputSource* ReferenceGuard::answer(const xercesc::XMLResourceIdentifier& resource) {
+  const std::string reference = transcodeFromXMLCh(resource.getSystemId());
+  const std::string base = transcodeFromXMLCh(resource.getBaseURI());
+  switch (resource.getResourceIdentifierType()) {
     case xercesc::XMLResourceIdentifier::SchemaGrammar:
     case xercesc::XMLResourceIdentifier::SchemaImport:
     case xercesc::XMLResourceIdentifier::SchemaInclude:
     case xercesc::XMLResourceIdentifier::SchemaRedefine:
-      return open(reference, base, Kind::Schema, *resource);
+      return open(reference, base, Kind::Schema, resource);
     case xercesc::XMLResourceIdentifier::ExternalEntity:
       if (parser.isExpandingInclude()) {
-        return open(reference, base, Kind::Part, *resource);
+        return open(reference, base, Kind::Part, resource);
       }
       break;
     default:
       break;
   }
-  throw refusalOf(*resource, "the external entity or DTD \"" + reference +
-                                 "\" is not read: external entities and DTDs are refused");
+  throw refusalOf(resource, "the external entity or DTD \"" + reference +
+                                "\" is not read: external entities and DTDs are refused");
 }
 
 xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const std::string& base,
@@ -226,18 +264,15 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
   checker.setRefuseDoctype(kind == Kind::Part && refuseDoctypeInParts);
   checker.setXMLEntityResolver(&checkerGuard);
   checker.setDisableDefaultEntityResolution(true);
-  checker.setErrorHandler(nullptr);
+  RefuseOnError refuseOnError(std::string(what) + " \"" + reference + "\"");
+  checker.setErrorHandler(&refuseOnError);
   {
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
                                             bytes.size(), systemId.c_str(), false);
-    try {
-      checker.parseBounded(source);
-    } catch (const ParseRefused&) {
-      throw;
-    } catch (...) {
-      // A part that is not well formed fails in Xerces-C's parse as well,
-      // which reports it in its own way.
-    }
+    checker.parseBounded(source);
+  }
+  if (const ParseRefused* inner = checkerGuard.getRefusal()) {
+    throw *inner;
   }
   return new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(bytes.data()),
                                         bytes.size(), systemId.c_str(), false);

@@ -10,16 +10,17 @@
 
 #include <xercesc/util/XMLEntityResolver.hpp>
 
-namespace XercesXML {
+#include "xml_access/BoundedDOMParser.h"
 
-class BoundedDOMParser;
+namespace XercesXML {
 
 // The entity resolver of every parser of this library. Xerces-C asks it
 // about each reference a document makes: a schema location (and the
 // includes and imports of a schema), an xi:include, an external entity or
 // external DTD. Whatever the resolver leaves unanswered Xerces-C fetches
 // itself, from any URL and over the network, so the guard answers every
-// question, and refuses by throwing ParseRefused, which ends the parse:
+// question, and never with null (for a schema or an include Xerces-C would
+// open the reference itself). Its rules:
 //  - a reference that names anything but a local file is refused;
 //  - external entities and external DTDs are refused: no parser of this
 //    library reads them;
@@ -31,7 +32,14 @@ class BoundedDOMParser;
 // hands out a part or a schema, it reads the file into memory and parses it
 // once with a BoundedDOMParser of the same rules (a part refuses a DOCTYPE
 // when the guard says so; a schema may have one, with bounded entities),
-// and Xerces-C then reads those same bytes. A file that cannot be read is
+// and Xerces-C then reads those same bytes; a part or schema that fails
+// that parse (not well formed, or beyond a bound) is refused with the
+// parser's message.
+//
+// Xerces-C swallows exceptions out of a resolver in places (an include
+// then takes its fallback), so a refusal is recorded, the guard answers
+// with a source of one blank, and the Parser refuses the document after the parse
+// (getRefusal). A file that cannot be read is
 // left to Xerces-C as a local file, which fails as a missing file always
 // has (an include then takes its fallback).
 //
@@ -52,8 +60,14 @@ class ReferenceGuard : public xercesc::XMLEntityResolver {
 
   xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
 
+  // The first refusal of the running or last parse; null if none.
+  const ParseRefused* getRefusal() const { return refused.empty() ? nullptr : &refused.front(); }
+
  private:
   enum class Kind { Part, Schema };
+
+  // The source for `resource`. Raises ParseRefused.
+  xercesc::InputSource* answer(const xercesc::XMLResourceIdentifier& resource);
 
   xercesc::InputSource* open(const std::string& reference, const std::string& base, Kind kind,
                              const xercesc::XMLResourceIdentifier& resource);
@@ -62,6 +76,7 @@ class ReferenceGuard : public xercesc::XMLEntityResolver {
   std::filesystem::path root;  // empty: includes may reach any local file
   bool refuseDoctypeInParts = false;
   std::deque<std::string> contents;  // bytes handed out during this parse
+  std::deque<ParseRefused> refused;  // in the order found
 };
 
 // The local file a document name refers to: the name itself, or the path of

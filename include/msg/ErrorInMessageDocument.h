@@ -10,8 +10,10 @@
 
 namespace msg {
 
-// One reason a document was refused: a line of the parser's error report, or
-// the reason the loader refused the document before or after parsing.
+// One reason a document was refused: an error the parser reported, or a
+// rule for documents from outside that the document broke (a DOCTYPE, a
+// reference that is not a local file, an include outside the document's
+// folder, a limit of depth or entity expansion; the message names it).
 struct DocumentProblem {
   std::string file;     // the document or included part; may be empty
   int line = 0;         // 1-based; 0 when not known

@@ -71,10 +71,12 @@ class MSG_EXPORT MessageHandlerX : public MessageHandler {
   //
   // Failures, each after a report through this handler's channels with the
   // path as argument &0, and with the table untouched:
-  //  - the file cannot be read, is not well formed, an include fails, or the
-  //    document does not validate: report "msgx", "MessageDocumentError",
-  //    then ErrorInMessageDocument with the text
+  //  - the file cannot be read, is not well formed, an include fails, the
+  //    document does not validate, or it breaks a rule for documents from
+  //    outside (see below): report "msgx", "MessageDocumentError", then
+  //    ErrorInMessageDocument with the text
   //    Message document "<path>" contains syntactical error.
+  //    and getProblems() saying where and why.
   //  - no MessageCollection element: report "msgx", "NoMessageCollection",
   //    then ErrorInMessageDocument with the text
   //    No MessageCollection element found in document
@@ -82,6 +84,13 @@ class MSG_EXPORT MessageHandlerX : public MessageHandler {
   // language, the Message constructor's MessageNotFound leaves instead.
   // Any other XercesXML exception (for instance XercesXML::NotInitialized)
   // passes unchanged; entries registered before it stay.
+  //
+  // Documents from outside: the load reads nothing over a network and only
+  // local files, refuses a document type declaration in the document and in
+  // every included part, includes only files in the document's folder or
+  // below it, refuses elements nested more than 1,000 levels deep while
+  // parsing, and bounds the entities a schema file may expand. The time of
+  // a load grows linearly with the document. See docs/message-documents.md.
   // REQUIRES: path is not null.
   void loadMessageDocument(const char* path);
 };
