@@ -42,8 +42,41 @@ xliff_tools)
     app.xml || fail "placeholders of app:quote"
   same_texts original.xml app.xml en
   ;;
+po_reader)
+  # What gettext's tools and translators leave in a file: comments, flags,
+  # previous msgids, obsolete entries, strings split anywhere, escapes.
+  cat >hand.po <<'PO'
+# Header comment
+msgid ""
+msgstr ""
+"Language: de_DE\n"
+"Content-Type: text/plain; charset=utf-8\n"
+
+# Translator's note
+#. severity: warning
+#, no-wrap
+#| msgid "Say hello"
+msgctxt "app:quote"
+msgid "Say \"hello\" to C:\\temp\\&0\tand &007, not &&1 or 100&."
+msgstr "Sag \"hallo\" zu C:\\temp\\&0\t"
+"und &007, nicht &&1 "   "oder 100&."
+
+#~ msgctxt "app:gone"
+#~ msgid "Gone"
+#~ msgstr "Weg"
+msgctxt "app:long"
+msgid "an older source &0 &1 &2"
+msgstr "\101b\x63 &2\n&0 &1"
+PO
+  "$tool" import --format po hand.po --into app.xml
+  grep -q 'xml:lang="de-DE">Sag "hallo" zu C:\\temp\\&amp;0	und &amp;007, nicht &amp;&amp;1 oder 100&amp;\.<' app.xml ||
+    fail "escapes or joined strings"
+  grep -q 'xml:lang="de-DE">Abc &amp;2$' app.xml || fail "octal, hex or newline escapes"
+  grep -q 'app.xml:[0-9:]*: warning: "app:long" in "de-DE" .*\[stale-translation\]' <<<"$("$tool" check app.xml)" ||
+    fail "a translation of an older source is not stale"
+  ;;
 round_trip)
-  for format in po xliff; do
+  for format in po xliff xliff2; do
     "$tool" export --format $format --source en --target de -o de.$format app.xml
     grep -q ' 0 updated, 0 added, 3 unchanged' <<<"$("$tool" import --format $format de.$format --into app.xml)"
     cmp original.xml app.xml || fail "unchanged $format import changed the document"
@@ -58,10 +91,13 @@ stale)
   sed -i '0,/Starting &amp;0, version/s//Launching \&amp;0, version/' app.xml   # the source changes
   "$tool" export --format po --source en --target de -o stale.po app.xml
   "$tool" export --format xliff --source en --target de -o stale.xlf app.xml
+  "$tool" export --format xliff2 --source en --target de -o stale2.xlf app.xml
   [ "$(grep -c '^#, fuzzy' stale.po)" = 1 ] || fail "stale text not fuzzy"
   grep -q '^de: .*, 1 stale$' <<<"$("$tool" stats app.xml)" || fail "stats does not count it"
   grep -q 'app.xml:9:[0-9]*: warning: .*\[stale-translation\]' <<<"$("$tool" check app.xml)" || fail "check does not warn"
   [ "$(grep -c 'state="needs-review-translation"' stale.xlf)" = 1 ] || fail "stale text not for review"
+  [ "$(grep -c 'state="initial" subState="msgtool:needs-review"' stale2.xlf)" = 1 ] || fail "not for review in 2.0"
+  grep -q '1 fuzzy' <<<"$("$tool" import --format xliff2 stale2.xlf --into app.xml)" || fail "2.0 review imported"
   grep -q '1 fuzzy' <<<"$("$tool" import --format po stale.po --into app.xml)" || fail "fuzzy imported"
   sed -i '/^#, fuzzy/d' stale.po   # the translator confirms it
   grep -q '1 updated' <<<"$("$tool" import --format po stale.po --into app.xml)" || fail "confirmation not taken"

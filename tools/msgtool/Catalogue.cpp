@@ -143,7 +143,8 @@ bool Catalogue::readEntries(const std::string& file) {
     entry.severityWord = text.severityWord;
     entry.language = text.language;
     entry.text = text.readText();
-    entry.translatedFrom = text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace);
+    entry.translatedFrom =
+        text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace);
     entry.effectiveNamespace = text.effectiveNamespace();
     entry.effectiveIdentifier = text.effectiveIdentifier();
     entry.effectiveLanguage = text.effectiveLanguage();

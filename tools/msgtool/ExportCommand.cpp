@@ -45,7 +45,8 @@ struct OutgoingUnit {
   bool stale = false;
 };
 
-const CatalogueEntry* lastIn(const std::vector<const CatalogueEntry*>& entries, const std::string& packed) {
+const CatalogueEntry* lastIn(const std::vector<const CatalogueEntry*>& entries,
+                             const std::string& packed) {
   const CatalogueEntry* found = nullptr;
   for (const CatalogueEntry* entry : entries) {
     if (entry->packedLanguage == packed) {
@@ -66,8 +67,8 @@ std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::st
     unit.key = key.first + ":" + key.second;
     unit.sourceEntry = lastIn(entries, sourcePacked);
     if (unit.sourceEntry == nullptr || unit.sourceEntry->text.empty()) {
-      notes << describePlace(entries.front()->messagePlace) << ": note: " << unit.key << " has no " << source
-            << " text to translate from; left out\n";
+      notes << describePlace(entries.front()->messagePlace) << ": note: " << unit.key << " has no "
+            << source << " text to translate from; left out\n";
       continue;
     }
     unit.source = unit.sourceEntry->text;
@@ -79,9 +80,11 @@ std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::st
   return units;
 }
 
-std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& options, const std::string& target) {
+std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& options,
+                   const std::string& target) {
   PoFile file;
-  file.headerComments.push_back("Exported by msgtool from " + options.files.front() + "; translate msgstr only.");
+  file.headerComments.push_back("Exported by msgtool from " + options.files.front() +
+                                "; translate msgstr only.");
   file.header = {{"Project-Id-Version", options.project},
                  {"Language", target},
                  {"MIME-Version", "1.0"},
@@ -92,7 +95,8 @@ std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& 
   for (const OutgoingUnit& unit : units) {
     PoEntry entry;
     entry.extractedComments.push_back("severity: " + unit.severity);
-    entry.references.push_back(describePlace(SourcePlace{unit.sourceEntry->place.file, unit.sourceEntry->place.line, 0}));
+    entry.references.push_back(
+        describePlace(SourcePlace{unit.sourceEntry->place.file, unit.sourceEntry->place.line, 0}));
     if (unit.stale) {
       entry.flags.push_back("fuzzy");
     }
@@ -112,6 +116,7 @@ std::string xliffText(const std::vector<OutgoingUnit>& units, const ExportOption
   for (const std::string& document : options.files) {
     file.original += (file.original.empty() ? "" : " ") + document;
   }
+  file.version2 = options.format == TranslationFormat::xliff2;
   file.sourceLanguage = options.source;
   file.targetLanguage = target;
   for (const OutgoingUnit& unit : units) {
@@ -175,21 +180,26 @@ int runExport(ExportOptions options) {
 Action setUpExport(CLI::App& command) {
   auto options = std::make_shared<ExportOptions>();
   addTranslationFormatOption(command, options->format);
-  command.add_option("--source", options->source, "Language translators translate from (default: en)");
+  command.add_option("--source", options->source,
+                     "Language translators translate from (default: en)");
   command
       .add_option_function<std::string>(
           "--target", [options](const std::string& list) { options->targets = splitList(list); },
           "Languages to translate into, comma-separated: one file each")
       ->required();
-  command.add_option("-o,--output", options->output,
-                     "File to write (one target; default: standard output), or folder for <target>.po/.xlf "
-                     "(several targets; default: the current folder)");
-  command.add_option("--project", options->project, "Project-Id-Version of a PO file (default: the first FILE's name)");
+  command.add_option(
+      "-o,--output", options->output,
+      "File to write (one target; default: standard output), or folder for <target>.po/.xlf "
+      "(several targets; default: the current folder)");
+  command.add_option("--project", options->project,
+                     "Project-Id-Version of a PO file (default: the first FILE's name)");
   addDocumentsArgument(command, options->files);
   command.footer(
-      "Every key with a text in the source language becomes one entry: msgctxt \"namespace:identifier\" in PO, "
-      "a trans-unit with that id in XLIFF. A translation whose source text has changed since it was imported is "
-      "marked fuzzy (PO) or needs-review-translation (XLIFF).\n"
+      "Every key with a text in the source language becomes one entry: msgctxt "
+      "\"namespace:identifier\" in PO, "
+      "a trans-unit with that id in XLIFF. A translation whose source text has changed since it "
+      "was imported is "
+      "marked fuzzy (PO), needs-review-translation (XLIFF 1.2) or initial (XLIFF 2.0).\n"
       "Example: msgtool export --format po --source en --target de -o de.po messages.xml");
   return [options] {
     if (options->targets.empty()) {
@@ -199,7 +209,8 @@ Action setUpExport(CLI::App& command) {
   };
 }
 
-const SubcommandRegistration registration("export", "Write PO or XLIFF files for translators", setUpExport);
+const SubcommandRegistration registration("export", "Write PO or XLIFF files for translators",
+                                          setUpExport);
 
 }  // namespace
 

@@ -42,7 +42,7 @@ struct ImportOptions {
 struct IncomingUnit {
   std::string key;  // "namespace:identifier"
   std::string source;
-  std::string target;     // "" when there is none
+  std::string target;  // "" when there is none
   bool untranslated = false;
   bool fuzzy = false;
   std::string severity;
@@ -62,7 +62,8 @@ void refuseDuplicates(const std::string& path, const std::vector<IncomingUnit>& 
     auto [known, isNew] = firstLine.emplace(unit.key, unit.line);
     if (!isNew) {
       throw FileProblem(path, unit.line,
-                        "the key \"" + unit.key + "\" appears again (first on line " + std::to_string(known->second) + ")");
+                        "the key \"" + unit.key + "\" appears again (first on line " +
+                            std::to_string(known->second) + ")");
     }
   }
 }
@@ -85,8 +86,13 @@ IncomingFile readPo(const std::string& path) {
                         "the entry has no msgctxt; msgtool finds the message by its msgctxt "
                         "\"namespace:identifier\" (export the file with msgtool export)");
     }
-    IncomingUnit unit{*entry.context, entry.id, entry.str, entry.str.empty(), entry.hasFlag("fuzzy"),
-                      severityFrom(entry.extractedComments), entry.line};
+    IncomingUnit unit{*entry.context,
+                      entry.id,
+                      entry.str,
+                      entry.str.empty(),
+                      entry.hasFlag("fuzzy"),
+                      severityFrom(entry.extractedComments),
+                      entry.line};
     file.units.push_back(std::move(unit));
   }
   refuseDuplicates(path, file.units);
@@ -127,10 +133,11 @@ class Importer {
     if (updated + added > 0) {
       editor.save();
     }
-    std::cout << options.into << ": " << language << ": " << updated << " updated, " << added << " added, "
-              << unchanged << " unchanged, " << skipped << " skipped";
+    std::cout << options.into << ": " << language << ": " << updated << " updated, " << added
+              << " added, " << unchanged << " unchanged, " << skipped << " skipped";
     if (skipped > 0) {
-      std::cout << " (" << untranslated << " untranslated, " << fuzzy << " fuzzy, " << refused << " refused)";
+      std::cout << " (" << untranslated << " untranslated, " << fuzzy << " fuzzy, " << refused
+                << " refused)";
     }
     std::cout << '\n';
     return refused > 0 ? kExitFindings : kExitClean;
@@ -138,13 +145,15 @@ class Importer {
 
  private:
   void report(const IncomingUnit& unit, const char* level, const std::string& why) {
-    std::cerr << options.input << ':' << unit.line << ": " << level << ": " << unit.key << ": " << why << '\n';
+    std::cerr << options.input << ':' << unit.line << ": " << level << ": " << unit.key << ": "
+              << why << '\n';
   }
 
   // The key of "a:b:c": the split the document knows, else the first colon.
   std::optional<MessageKey> keyOf(const std::string& key) const {
     std::optional<MessageKey> first;
-    for (std::size_t colon = key.find(':'); colon != std::string::npos; colon = key.find(':', colon + 1)) {
+    for (std::size_t colon = key.find(':'); colon != std::string::npos;
+         colon = key.find(':', colon + 1)) {
       MessageKey split(key.substr(0, colon), key.substr(colon + 1));
       if (editor.hasMessage(split.first, split.second)) {
         return split;
@@ -169,31 +178,37 @@ class Importer {
     }
     if (unit.fuzzy && !options.acceptFuzzy) {
       ++skipped, ++fuzzy;
-      report(unit, "note", "is marked fuzzy and was not imported; review it, or give --accept-fuzzy");
+      report(unit, "note",
+             "is marked fuzzy and was not imported; review it, or give --accept-fuzzy");
       return;
     }
     const std::set<unsigned> expected = placeholderNumbers(unit.source);
     const std::set<unsigned> found = placeholderNumbers(unit.target);
     if (expected != found) {
       ++skipped, ++refused;
-      report(unit, "error", "the translation has the placeholders " + describePlaceholders(found) +
-                                ", its source " + describePlaceholders(expected) + "; not imported");
+      report(unit, "error",
+             "the translation has the placeholders " + describePlaceholders(found) +
+                 ", its source " + describePlaceholders(expected) + "; not imported");
       return;
     }
     const std::string stamp = SourceStamp::of(source, unit.source).toString();
-    std::optional<MessageDocumentEditor::ExistingText> existing = editor.find(key->first, key->second, language);
-    if (existing && existing->text == unit.target && (existing->stamp.empty() || existing->stamp == stamp)) {
+    std::optional<MessageDocumentEditor::ExistingText> existing =
+        editor.find(key->first, key->second, language);
+    if (existing && existing->text == unit.target &&
+        (existing->stamp.empty() || existing->stamp == stamp)) {
       ++unchanged;
       return;
     }
     if (editor.isInIncludedPart(key->first, key->second)) {
       ++skipped, ++refused;
-      report(unit, "error", "the message stands in a document that " + options.into +
-                                " includes; import into that document instead");
+      report(unit, "error",
+             "the message stands in a document that " + options.into +
+                 " includes; import into that document instead");
       return;
     }
-    editor.setText(key->first, key->second, msg::DocumentText::isSeverityWord(unit.severity) ? unit.severity : "",
-                   language, unit.target, stamp);
+    editor.setText(key->first, key->second,
+                   msg::DocumentText::isSeverityWord(unit.severity) ? unit.severity : "", language,
+                   unit.target, stamp);
     ++(existing ? updated : added);
   }
 
@@ -225,25 +240,31 @@ Action setUpImport(CLI::App& command) {
   auto options = std::make_shared<ImportOptions>();
   addTranslationFormatOption(command, options->format);
   command.add_option("IN", options->input, "The translated PO or XLIFF file")->required();
-  command.add_option("--into", options->into, "Message document to write the translations into; made if missing")
+  command
+      .add_option("--into", options->into,
+                  "Message document to write the translations into; made if missing")
       ->required();
-  command.add_option("--source", options->source, "Source language, if the file does not name it (default: en)");
+  command.add_option("--source", options->source,
+                     "Source language, if the file does not name it (default: en)");
   command.add_option("--target", options->target, "Target language, if the file does not name it");
   command.add_flag("--accept-fuzzy", options->acceptFuzzy,
                    "Import fuzzy (PO) and needs-review (XLIFF) translations too");
   command.add_option("--schema", options->schema,
                      "Schema location written into a new document (default: messages.xsd)");
   command.footer(
-      "Writes each translated unit as the Text of its key in the target language, stamped with the source text "
-      "it was made from. Untranslated and fuzzy units are skipped, and so is a translation whose placeholders "
-      "differ from its source (an error: exit code 1). Everything else in the document stays as it was, and "
+      "Writes each translated unit as the Text of its key in the target language, stamped with the "
+      "source text "
+      "it was made from. Untranslated and fuzzy units are skipped, and so is a translation whose "
+      "placeholders "
+      "differ from its source (an error: exit code 1). Everything else in the document stays as it "
+      "was, and "
       "the document is replaced only once the result loads.\n"
       "Example: msgtool import --format po de.po --into messages.xml");
   return [options] { return runImport(*options); };
 }
 
-const SubcommandRegistration registration("import", "Read translations from PO or XLIFF into a message document",
-                                          setUpImport);
+const SubcommandRegistration registration(
+    "import", "Read translations from PO or XLIFF into a message document", setUpImport);
 
 }  // namespace
 

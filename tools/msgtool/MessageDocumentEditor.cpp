@@ -3,8 +3,8 @@
 #include <deque>
 #include <filesystem>
 
-#include "message_documents/MessageDocumentReader.h"
 #include "SourceStamp.h"
+#include "message_documents/MessageDocumentReader.h"
 
 namespace msgtool {
 
@@ -50,7 +50,8 @@ DOMElement* findCollection(xercesc::DOMDocument* document) {
     if (node->getNodeType() == DOMNode::ELEMENT_NODE && localNameOf(node) == "MessageCollection") {
       return static_cast<DOMElement*>(node);
     }
-    for (DOMNode* child = node->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
+    for (DOMNode* child = node->getFirstChild(); child != nullptr;
+         child = child->getNextSibling()) {
       queue.push_back(child);
     }
   }
@@ -60,9 +61,10 @@ DOMElement* findCollection(xercesc::DOMDocument* document) {
 XmlDocument emptyDocument(const std::string& schemaLocation) {
   XmlDocument document = XmlDocument::create("", "MessageCollection");
   DOMElement* root = document.root();
-  root->setAttributeNS(XmlString(kXmlnsNamespace), XmlString("xmlns:xsi"), XmlString(kSchemaInstanceNamespace));
-  root->setAttributeNS(XmlString(kSchemaInstanceNamespace), XmlString("xsi:noNamespaceSchemaLocation"),
-                       XmlString(schemaLocation));
+  root->setAttributeNS(XmlString(kXmlnsNamespace), XmlString("xmlns:xsi"),
+                       XmlString(kSchemaInstanceNamespace));
+  root->setAttributeNS(XmlString(kSchemaInstanceNamespace),
+                       XmlString("xsi:noNamespaceSchemaLocation"), XmlString(schemaLocation));
   root->appendChild(document.get()->createTextNode(XmlString("\n")));
   return document;
 }
@@ -89,28 +91,33 @@ MessageDocumentEditor::MessageDocumentEditor(std::string path, const std::string
     includedKeys.erase(key);
   }
   for (auto text = includedTexts.begin(); text != includedTexts.end();) {
-    text = includedKeys.count(text->first.substr(0, text->first.rfind('\n'))) != 0 ? std::next(text)
-                                                                                   : includedTexts.erase(text);
+    text = includedKeys.count(text->first.substr(0, text->first.rfind('\n'))) != 0
+               ? std::next(text)
+               : includedTexts.erase(text);
   }
 }
 
-std::string MessageDocumentEditor::keyOf(const std::string& nameSpace, const std::string& identifier) {
+std::string MessageDocumentEditor::keyOf(const std::string& nameSpace,
+                                         const std::string& identifier) {
   return nameSpace + '\n' + identifier;
 }
 
 void MessageDocumentEditor::readIncludedKeys() {
   try {
     XercesXML::DOMNode expanded = msg::parseMessageDocument(path.c_str());
-    msg::forEachDocumentText(msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
-      const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
-      includedKeys.insert(key);
-      includedTexts[key + '\n' + text.effectiveLanguage()] =
-          ExistingText{text.readText(), text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
-    });
+    msg::forEachDocumentText(
+        msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
+          const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
+          includedKeys.insert(key);
+          includedTexts[key + '\n' + text.effectiveLanguage()] = ExistingText{
+              text.readText(),
+              text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
+        });
   } catch (const msg::DocumentRefused& refused) {
     const msg::DocumentProblem& first = refused.problems.front();
-    throw FileProblem(first.file.empty() ? path : first.file, first.line,
-                      first.message + " (the document must load before texts can be imported into it)");
+    throw FileProblem(
+        first.file.empty() ? path : first.file, first.line,
+        first.message + " (the document must load before texts can be imported into it)");
   }
 }
 
@@ -127,24 +134,28 @@ void MessageDocumentEditor::index() {
       if (localNameOf(message) != "Message") {
         continue;
       }
-      MessagePlace& place = messages[keyOf(nameSpace, orDefault(attributeOf(message, "id"), msg::kDefaultIdentifier))];
+      MessagePlace& place = messages[keyOf(
+          nameSpace, orDefault(attributeOf(message, "id"), msg::kDefaultIdentifier))];
       place.message = message;
-      for (DOMElement* text = message->getFirstElementChild(); text != nullptr; text = text->getNextElementSibling()) {
+      for (DOMElement* text = message->getFirstElementChild(); text != nullptr;
+           text = text->getNextElementSibling()) {
         if (localNameOf(text) == "Text") {
-          place.texts[orDefault(attributeOf(text, "lang", kXmlNamespace), msg::kDefaultLanguage)] = text;
+          place.texts[orDefault(attributeOf(text, "lang", kXmlNamespace), msg::kDefaultLanguage)] =
+              text;
         }
       }
     }
   }
 }
 
-std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(const std::string& nameSpace,
-                                                                               const std::string& identifier,
-                                                                               const std::string& language) const {
+std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
+    const std::string& nameSpace, const std::string& identifier,
+    const std::string& language) const {
   auto place = messages.find(keyOf(nameSpace, identifier));
   if (place == messages.end()) {
     auto included = includedTexts.find(keyOf(nameSpace, identifier) + '\n' + language);
-    return included == includedTexts.end() ? std::nullopt : std::optional<ExistingText>(included->second);
+    return included == includedTexts.end() ? std::nullopt
+                                           : std::optional<ExistingText>(included->second);
   }
   auto text = place->second.texts.find(language);
   if (text == place->second.texts.end()) {
@@ -154,11 +165,14 @@ std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(c
                       attributeOf(text->second, kTranslatedFromAttribute, kMsgtoolNamespace)};
 }
 
-bool MessageDocumentEditor::hasMessage(const std::string& nameSpace, const std::string& identifier) const {
-  return messages.count(keyOf(nameSpace, identifier)) != 0 || isInIncludedPart(nameSpace, identifier);
+bool MessageDocumentEditor::hasMessage(const std::string& nameSpace,
+                                       const std::string& identifier) const {
+  return messages.count(keyOf(nameSpace, identifier)) != 0 ||
+         isInIncludedPart(nameSpace, identifier);
 }
 
-bool MessageDocumentEditor::isInIncludedPart(const std::string& nameSpace, const std::string& identifier) const {
+bool MessageDocumentEditor::isInIncludedPart(const std::string& nameSpace,
+                                             const std::string& identifier) const {
   return includedKeys.count(keyOf(nameSpace, identifier)) != 0;
 }
 
@@ -166,7 +180,8 @@ DOMElement* MessageDocumentEditor::newElement(const char* name) {
   return document.get()->createElementNS(nullptr, XmlString(name));
 }
 
-void MessageDocumentEditor::insertIndented(DOMElement* parent, DOMElement* sibling, DOMElement* element) {
+void MessageDocumentEditor::insertIndented(DOMElement* parent, DOMElement* sibling,
+                                           DOMElement* element) {
   xercesc::DOMDocument* owner = document.get();
   if (sibling != nullptr) {
     DOMNode* after = sibling->getNextSibling();
@@ -198,8 +213,9 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
     if (space == nullptr) {
       DOMElement* lastSpace = nullptr;
       for (const auto& [name, element] : namespaces) {
-        if (element != nullptr && (lastSpace == nullptr || lastSpace->compareDocumentPosition(element) &
-                                                               DOMNode::DOCUMENT_POSITION_FOLLOWING)) {
+        if (element != nullptr &&
+            (lastSpace == nullptr ||
+             lastSpace->compareDocumentPosition(element) & DOMNode::DOCUMENT_POSITION_FOLLOWING)) {
           lastSpace = element;
         }
       }
@@ -208,7 +224,8 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
       insertIndented(collection, lastSpace, space);
     }
     DOMElement* lastMessage = nullptr;
-    for (DOMElement* child = space->getFirstElementChild(); child != nullptr; child = child->getNextElementSibling()) {
+    for (DOMElement* child = space->getFirstElementChild(); child != nullptr;
+         child = child->getNextElementSibling()) {
       if (localNameOf(child) == "Message") {
         lastMessage = child;
       }
@@ -224,8 +241,9 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
   if (element == nullptr) {
     DOMElement* lastText = nullptr;
     for (const auto& [lang, existing] : place.texts) {
-      if (existing != nullptr && (lastText == nullptr || lastText->compareDocumentPosition(existing) &
-                                                             DOMNode::DOCUMENT_POSITION_FOLLOWING)) {
+      if (existing != nullptr &&
+          (lastText == nullptr ||
+           lastText->compareDocumentPosition(existing) & DOMNode::DOCUMENT_POSITION_FOLLOWING)) {
         lastText = existing;
       }
     }
@@ -240,7 +258,8 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
   DOMElement* root = document.root();
   std::string prefixed = std::string("xmlns:") + kMsgtoolPrefix;
   if (!root->hasAttributeNS(XmlString(kXmlnsNamespace), XmlString(kMsgtoolPrefix))) {
-    root->setAttributeNS(XmlString(kXmlnsNamespace), XmlString(prefixed), XmlString(kMsgtoolNamespace));
+    root->setAttributeNS(XmlString(kXmlnsNamespace), XmlString(prefixed),
+                         XmlString(kMsgtoolNamespace));
   }
   element->setAttributeNS(XmlString(kMsgtoolNamespace),
                           XmlString(std::string(kMsgtoolPrefix) + ":" + kTranslatedFromAttribute),
@@ -253,7 +272,9 @@ void MessageDocumentEditor::save() const {
       msg::parseMessageDocument(temporary.c_str());
     } catch (const msg::DocumentRefused& refused) {
       const msg::DocumentProblem& first = refused.problems.front();
-      throw FileProblem(path, 0, "the edited document would not load, so it was left as it was: " + first.message);
+      throw FileProblem(
+          path, 0,
+          "the edited document would not load, so it was left as it was: " + first.message);
     }
   });
 }

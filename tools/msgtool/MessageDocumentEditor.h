@@ -60,7 +60,7 @@ class MessageDocumentEditor {
 
  private:
   struct MessagePlace {
-    xercesc::DOMElement* message = nullptr;                // the last Message of the key
+    xercesc::DOMElement* message = nullptr;             // the last Message of the key
     std::map<std::string, xercesc::DOMElement*> texts;  // language -> last Text
   };
 
@@ -78,11 +78,10 @@ class MessageDocumentEditor {
   bool created = false;
   XmlDocument document;
   xercesc::DOMElement* collection = nullptr;
-  std::map<std::string, MessagePlace> messages;                 // keyOf -> place
+  std::map<std::string, MessagePlace> messages;            // keyOf -> place
   std::map<std::string, xercesc::DOMElement*> namespaces;  // name -> last one
-  std::set<std::string> includedKeys;                       // keys only in included parts
-  std::map<std::string, ExistingText> includedTexts;        // keyOf + '\n' + language
-
+  std::set<std::string> includedKeys;                      // keys only in included parts
+  std::map<std::string, ExistingText> includedTexts;       // keyOf + '\n' + language
 };
 
 }  // namespace msgtool

@@ -100,8 +100,9 @@ std::string toUtf8(const XMLCh* text) {
 std::string attributeOf(const xercesc::DOMElement* element, const char* localName,
                         const char* namespaceUri) {
   const xercesc::DOMAttr* attribute =
-      *namespaceUri == 0 ? element->getAttributeNodeNS(nullptr, XmlString(localName))
-                         : element->getAttributeNodeNS(XmlString(namespaceUri), XmlString(localName));
+      *namespaceUri == 0
+          ? element->getAttributeNodeNS(nullptr, XmlString(localName))
+          : element->getAttributeNodeNS(XmlString(namespaceUri), XmlString(localName));
   return attribute == nullptr ? std::string() : toUtf8(attribute->getValue());
 }
 
@@ -120,8 +121,7 @@ XmlDocument XmlDocument::parse(const std::string& path, bool keepComments) {
     throw FileProblem(path, 0, "cannot be read: " + error.message());
   }
   if (size > kMaxXmlFileBytes) {
-    throw FileProblem(path, 0,
-                      "is larger than " + std::to_string(kMaxXmlFileBytes >> 20) + " MiB");
+    throw FileProblem(path, 0, "is larger than " + std::to_string(kMaxXmlFileBytes >> 20) + " MiB");
   }
   if (access(path.c_str(), R_OK) != 0) {
     throw FileProblem(path, 0, std::string("cannot be read: ") + std::strerror(errno));
@@ -149,8 +149,7 @@ XmlDocument XmlDocument::parse(const std::string& path, bool keepComments) {
   return XmlDocument(parser.adoptDocument());
 }
 
-XmlDocument XmlDocument::create(const std::string& namespaceUri,
-                                const std::string& qualifiedName) {
+XmlDocument XmlDocument::create(const std::string& namespaceUri, const std::string& qualifiedName) {
   XmlString name(qualifiedName);
   if (namespaceUri.empty()) {
     return XmlDocument(implementation()->createDocument(nullptr, name, nullptr));
@@ -200,7 +199,8 @@ std::string XmlDocument::serialize() const {
   serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMXMLDeclaration, false);
   output->setEncoding(XmlString("UTF-8"));
   std::string bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-  for (xercesc::DOMNode* node = document->getFirstChild(); node != nullptr; node = node->getNextSibling()) {
+  for (xercesc::DOMNode* node = document->getFirstChild(); node != nullptr;
+       node = node->getNextSibling()) {
     xercesc::MemBufFormatTarget target;
     output->setByteStream(&target);
     if (!serializer->write(node, output.get())) {

@@ -21,6 +21,7 @@
 
 namespace msgtool {
 
+// The largest XLIFF or PO file read: far above any real translation file.
 inline constexpr std::size_t kMaxXmlFileBytes = 64u * 1024u * 1024u;
 
 // A file that cannot be used, with the place of the fault (line 0: the

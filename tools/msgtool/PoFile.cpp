@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -19,7 +20,11 @@ std::size_t firstNonUtf8(const std::string& bytes) {
   std::size_t i = 0;
   while (i < bytes.size()) {
     auto lead = static_cast<unsigned char>(bytes[i]);
-    std::size_t length = lead < 0x80 ? 1 : (lead >> 5) == 6 ? 2 : (lead >> 4) == 14 ? 3 : (lead >> 3) == 30 ? 4 : 0;
+    std::size_t length = lead < 0x80         ? 1
+                         : (lead >> 5) == 6  ? 2
+                         : (lead >> 4) == 14 ? 3
+                         : (lead >> 3) == 30 ? 4
+                                             : 0;
     if (length == 0 || (length == 2 && lead < 0xC2) || i + length > bytes.size()) {
       return i;
     }
@@ -52,6 +57,14 @@ class PoReader {
   explicit PoReader(std::string path) : path(std::move(path)) {}
 
   PoFile read() {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+      throw FileProblem(path, 0, "is a folder, not a PO file");
+    }
+    if (std::filesystem::file_size(path, error) > kMaxXmlFileBytes && !error) {
+      throw FileProblem(path, 0,
+                        "is larger than " + std::to_string(kMaxXmlFileBytes >> 20) + " MiB");
+    }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
       throw FileProblem(path, 0, "cannot be read");
@@ -61,8 +74,11 @@ class PoReader {
     std::string bytes = whole.str();
     std::size_t bad = firstNonUtf8(bytes);
     if (bad != std::string::npos) {
-      int badLine = 1 + static_cast<int>(std::count(bytes.begin(), bytes.begin() + static_cast<long>(bad), '\n'));
-      throw FileProblem(path, badLine, "holds bytes that are not UTF-8; convert the file to UTF-8 (msgconv -t UTF-8)");
+      int badLine = 1 + static_cast<int>(std::count(bytes.begin(),
+                                                    bytes.begin() + static_cast<long>(bad), '\n'));
+      throw FileProblem(
+          path, badLine,
+          "holds bytes that are not UTF-8; convert the file to UTF-8 (msgconv -t UTF-8)");
     }
     std::istringstream lines(bytes);
     std::string text;
@@ -78,7 +94,9 @@ class PoReader {
  private:
   enum class Part { none, context, id, str };
 
-  [[noreturn]] void fail(const std::string& message) const { throw FileProblem(path, line, message); }
+  [[noreturn]] void fail(const std::string& message) const {
+    throw FileProblem(path, line, message);
+  }
 
   void readLine(const std::string& raw) {
     std::string text = trim(raw);
@@ -167,8 +185,8 @@ class PoReader {
     return part == Part::id ? &entry.id : &entry.str;
   }
 
-  // The value of the quoted string that starts at or after `from`; nothing
-  // but blanks may follow it.
+  // The value of the quoted strings that start at or after `from`, joined:
+  // gettext takes "a" "b" on one line as "ab". Nothing else may follow.
   std::string parseString(const std::string& text, std::size_t from) {
     std::size_t i = text.find_first_not_of(" \t", from);
     if (i == std::string::npos || text[i] != '"') {
@@ -178,10 +196,14 @@ class PoReader {
     for (++i; i < text.size(); ++i) {
       char c = text[i];
       if (c == '"') {
-        if (text.find_first_not_of(" \t\r", i + 1) != std::string::npos) {
+        i = text.find_first_not_of(" \t\r", i + 1);
+        if (i == std::string::npos) {
+          return value;
+        }
+        if (text[i] != '"') {
           fail("unexpected text after the closing '\"'");
         }
-        return value;
+        continue;
       }
       if (c != '\\') {
         value += c;
@@ -268,9 +290,11 @@ class PoReader {
     for (char c : charset) {
       lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     }
-    if (lower != "utf-8" && lower != "utf8" && lower != "charset" && lower != "ascii" && lower != "us-ascii") {
-      throw FileProblem(path, headerLine,
-                        "the charset is " + charset + ", not UTF-8; convert the file (msgconv -t UTF-8)");
+    if (lower != "utf-8" && lower != "utf8" && lower != "charset" && lower != "ascii" &&
+        lower != "us-ascii") {
+      throw FileProblem(
+          path, headerLine,
+          "the charset is " + charset + ", not UTF-8; convert the file (msgconv -t UTF-8)");
     }
   }
 
@@ -287,16 +311,35 @@ std::string escape(const std::string& text) {
   std::string out;
   for (char c : text) {
     switch (c) {
-      case '\\': out += "\\\\"; break;
-      case '"': out += "\\\""; break;
-      case '\n': out += "\\n"; break;
-      case '\t': out += "\\t"; break;
-      case '\r': out += "\\r"; break;
-      case '\a': out += "\\a"; break;
-      case '\b': out += "\\b"; break;
-      case '\f': out += "\\f"; break;
-      case '\v': out += "\\v"; break;
-      default: out += c;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '"':
+        out += "\\\"";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\a':
+        out += "\\a";
+        break;
+      case '\b':
+        out += "\\b";
+        break;
+      case '\f':
+        out += "\\f";
+        break;
+      case '\v':
+        out += "\\v";
+        break;
+      default:
+        out += c;
     }
   }
   return out;

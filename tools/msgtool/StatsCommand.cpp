@@ -31,7 +31,7 @@ struct LanguageCount {
   std::size_t translated = 0;
   std::size_t missing = 0;
   std::size_t stale = 0;  // translated, but from a source text changed since
-  double share = 0.0;  // translated / messages, 0 with no messages
+  double share = 0.0;     // translated / messages, 0 with no messages
 };
 
 int runStats(const StatsOptions& options) {

@@ -8,11 +8,12 @@ namespace msgtool {
 
 void addTranslationFormatOption(CLI::App& command, TranslationFormat& format) {
   const std::map<std::string, TranslationFormat> formats{{"po", TranslationFormat::po},
-                                                         {"xliff", TranslationFormat::xliff}};
-  command.add_option("--format", format, "po (gettext) or xliff (XLIFF 1.2)")
+                                                         {"xliff", TranslationFormat::xliff},
+                                                         {"xliff2", TranslationFormat::xliff2}};
+  command.add_option("--format", format, "po (gettext), xliff (XLIFF 1.2) or xliff2 (XLIFF 2.0)")
       ->required()
       ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case))
-      ->option_text("po|xliff");
+      ->option_text("po|xliff|xliff2");
 }
 
 std::string extensionOf(TranslationFormat format) {

@@ -11,9 +11,9 @@ class App;
 
 namespace msgtool {
 
-enum class TranslationFormat { po, xliff };
+enum class TranslationFormat { po, xliff, xliff2 };
 
-// Adds the required "--format po|xliff" to `command`.
+// Adds the required "--format po|xliff|xliff2" to `command`.
 void addTranslationFormatOption(CLI::App& command, TranslationFormat& format);
 
 // ".po" or ".xlf".

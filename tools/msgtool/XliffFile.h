@@ -1,4 +1,5 @@
-// XliffFile: an XLIFF 1.2 file as msgtool writes it and reads it back.
+// XliffFile: an XLIFF 1.2 file as msgtool writes it and reads it back (and
+// XLIFF 2.0, see Xliff2.cpp).
 //
 // One trans-unit per catalogue key (the key is both `id` and `resname`), its
 // source, its target with a `state`, the severity in a note and the place
@@ -17,8 +18,10 @@
 #define MSGTOOL_XLIFFFILE_H_
 
 #include <optional>
+
 #include <string>
 #include <vector>
+#include <xercesc/dom/DOMElement.hpp>
 
 namespace msgtool {
 
@@ -40,9 +43,12 @@ class XliffFile {
   std::string sourceLanguage;
   std::string targetLanguage;
   std::vector<XliffUnit> units;
+  // Written as XLIFF 2.0 (see Xliff2.cpp) rather than 1.2; set by the
+  // reader for a 2.x file. Units keep the 1.2 state names either way.
+  bool version2 = false;
 
-  // Reads `path`. Raises FileProblem with a line for a file that is not
-  // well formed, is no XLIFF, has another version than 1.0 to 1.2, or has
+  // Reads `path`, XLIFF 1.0 to 1.2 or 2.x. Raises FileProblem with a line
+  // for a file that is not well formed, is no XLIFF, has another version, or has
   // a unit without id or source or with an inline element that stands for
   // no placeholder.
   // REQUIRES: the XML system is up.
@@ -52,6 +58,11 @@ class XliffFile {
   // REQUIRES: the XML system is up.
   std::string write() const;
 };
+
+// The XLIFF 2 reader and writer (Xliff2.cpp). `root` is the parsed file's
+// root element.
+XliffFile readXliff2(const std::string& path, const xercesc::DOMElement* root);
+std::string writeXliff2(const XliffFile& file);
 
 }  // namespace msgtool
 

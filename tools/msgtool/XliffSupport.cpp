@@ -1,0 +1,65 @@
+#include "XliffSupport.h"
+
+namespace msgtool {
+
+std::vector<TextPiece> splitPlaceholders(const std::string& text) {
+  std::vector<TextPiece> pieces;
+  std::string plain;
+  std::size_t i = 0;
+  while (i < text.size()) {
+    std::size_t digits = 0;
+    if (text[i] == '&') {
+      while (i + 1 + digits < text.size() && text[i + 1 + digits] >= '0' &&
+             text[i + 1 + digits] <= '9') {
+        ++digits;
+      }
+    }
+    if (digits == 0) {
+      plain += text[i++];
+      continue;
+    }
+    if (!plain.empty()) {
+      pieces.push_back(TextPiece{false, plain});
+      plain.clear();
+    }
+    pieces.push_back(TextPiece{true, text.substr(i, digits + 1)});
+    i += digits + 1;
+  }
+  if (!plain.empty()) {
+    pieces.push_back(TextPiece{false, plain});
+  }
+  return pieces;
+}
+
+bool isPlaceholder(const std::string& text) {
+  std::vector<TextPiece> pieces = splitPlaceholders(text);
+  return pieces.size() == 1 && pieces[0].placeholder;
+}
+
+XliffBuilder::XliffBuilder(const char* namespaceUri)
+    : namespaceUri(namespaceUri), document(XmlDocument::create(namespaceUri, "xliff")) {}
+
+xercesc::DOMElement* XliffBuilder::element(const char* name) {
+  return document.get()->createElementNS(XmlString(namespaceUri), XmlString(name));
+}
+
+xercesc::DOMElement* XliffBuilder::add(xercesc::DOMElement* parent, const char* name, int depth) {
+  addText(parent, "\n" + std::string(2 * depth, ' '));
+  xercesc::DOMElement* child = element(name);
+  parent->appendChild(child);
+  return child;
+}
+
+void XliffBuilder::close(xercesc::DOMElement* element, int depth) {
+  addText(element, "\n" + std::string(2 * depth, ' '));
+}
+
+void XliffBuilder::addText(xercesc::DOMElement* element, const std::string& text) {
+  element->appendChild(document.get()->createTextNode(XmlString(text)));
+}
+
+void XliffBuilder::set(xercesc::DOMElement* element, const char* name, const std::string& value) {
+  element->setAttribute(XmlString(name), XmlString(value));
+}
+
+}  // namespace msgtool
