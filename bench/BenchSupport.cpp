@@ -94,12 +94,15 @@ ChainStatistics chainStatistics(const msg::MessageHandler& handler,
     stats.longestChain = std::max(stats.longestChain, table->chainLength(bucket));
   }
   if (!sequence.empty()) {
-    double walked = 0;
+    double chained = 0;
+    double ranked = 0;
     for (std::uint32_t index : sequence) {
       const std::string identifier = makeIdentifier(index);
-      walked += table->chainLength(table->tableHash(kNamespace, identifier.c_str()));
+      chained += table->chainLength(table->tableHash(kNamespace, identifier.c_str()));
+      ranked += table->keyEntryCount(kNamespace, identifier.c_str());
     }
-    stats.walkedPerLookup = walked / static_cast<double>(sequence.size());
+    stats.chainPerLookup = chained / static_cast<double>(sequence.size());
+    stats.rankedPerLookup = ranked / static_cast<double>(sequence.size());
   }
   return stats;
 }

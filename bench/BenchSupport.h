@@ -41,13 +41,14 @@ void fillHandler(msg::MessageHandler& handler, std::size_t keyCount);
 // made on first use and kept for the whole run.
 msg::MessageHandler& standardHandler();
 
-// Shape of a handler's table, and what a lookup of `sequence` walks.
+// Shape of a handler's table, and what a lookup of `sequence` reads.
 struct ChainStatistics {
   std::uint32_t buckets = 0;
   std::uint32_t entries = 0;
   double meanChain = 0;  // entries / buckets
   std::uint32_t longestChain = 0;
-  double walkedPerLookup = 0;  // mean length of the chain a lookup walks
+  double chainPerLookup = 0;   // mean length of the chain of a looked-up key
+  double rankedPerLookup = 0;  // mean number of entries a lookup ranks (its key's)
 };
 ChainStatistics chainStatistics(const msg::MessageHandler& handler,
                                 const std::vector<std::uint32_t>& sequence);

@@ -23,7 +23,8 @@ void reportChains(benchmark::State& state, const ChainStatistics& stats) {
   state.counters["entries"] = stats.entries;
   state.counters["mean_chain"] = stats.meanChain;
   state.counters["longest_chain"] = stats.longestChain;
-  state.counters["walked_per_lookup"] = stats.walkedPerLookup;
+  state.counters["chain_per_lookup"] = stats.chainPerLookup;
+  state.counters["ranked_per_lookup"] = stats.rankedPerLookup;
 }
 
 // getMessage makes a record that borrows the entry's strings; the caller

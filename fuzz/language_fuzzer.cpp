@@ -5,7 +5,11 @@
 // assignment), ranks languages against them (checked against a model of
 // distance()), and fills a handler and a child handler with entries of a few
 // keys in many languages, each lookup checked against a model of the chains
-// that picks the best-ranked entry, the one added last among equals.
+// that picks the best-ranked entry, the one added last among equals, and
+// against the rule applied to the table's actual chains. An input may fill
+// a table to the point where the next addition grows it: growth reverses
+// the order of each key's entries, which decides ties from then on, and the
+// lookups that follow must see exactly that.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -14,8 +18,10 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "message_core/MessageTable.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
@@ -121,6 +127,12 @@ msg::LanguageList makeList(const std::vector<msg::Language>& languages) {
   return assigned;
 }
 
+struct TableAccess : msg::MessageHandler {
+  static const msg::MessageTable& of(const msg::MessageHandler& handler) {
+    return *messageTableOf(handler);
+  }
+};
+
 // One entry as the model keeps it; `texts` are unique, so a found record
 // tells which entry it came from.
 struct Entry {
@@ -151,7 +163,75 @@ struct TableModel {
     }
     return found;
   }
+
+  // What growth does to the chains: the entries of each key come out in the
+  // reverse order (entries of other keys in between do not count).
+  void reverseEachKey() {
+    std::vector<bool> done(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      if (done[i]) {
+        continue;
+      }
+      std::vector<std::size_t> positions;
+      for (std::size_t j = i; j < entries.size(); ++j) {
+        if (entries[j].key == entries[i].key) {
+          positions.push_back(j);
+          done[j] = true;
+        }
+      }
+      for (std::size_t a = 0, b = positions.size() - 1; a < b; ++a, --b) {
+        std::swap(entries[positions[a]], entries[positions[b]]);
+      }
+    }
+  }
 };
+
+// The documented lookup applied to the table's chains themselves: walk the
+// key's whole chain and keep the first entry of the lowest acceptable rank.
+const msg::MTE* bestInChains(const msg::MessageHandler& handler,
+                             const std::vector<msg::Language>& list, const char* nameSpace,
+                             const char* identifier) {
+  const msg::MessageTable& table = TableAccess::of(handler);
+  const std::uint32_t bucket = table.tableHash(nameSpace, identifier);
+  const msg::MTE* best = nullptr;
+  int bestRank = -1;
+  for (std::uint32_t i = 0; i < table.chainLength(bucket); ++i) {
+    const msg::MTE* entry = table.chainEntry(bucket, i);
+    if (std::string(entry->getNamespace()) != nameSpace ||
+        std::string(entry->getIdentifier()) != identifier) {
+      continue;
+    }
+    const int rank = distanceModel(list, entry->getLanguage());
+    if (rank >= 0 && (best == nullptr || rank < bestRank)) {
+      best = entry;
+      bestRank = rank;
+    }
+  }
+  return best;
+}
+
+// Identifiers of keys that no lookup asks for, made once.
+const std::vector<std::string>& fillerIdentifiers() {
+  static const std::vector<std::string> identifiers = [] {
+    std::vector<std::string> made;
+    for (int i = 0; i < 51 * 997; ++i) {
+      made.push_back("filler" + std::to_string(i));
+    }
+    return made;
+  }();
+  return identifiers;
+}
+
+// Links unowned filler entries into a table of the first size until the
+// next addition grows it. `filler` keeps them and outlives the handler.
+void fillToGrowth(msg::MessageHandler& handler, std::vector<std::unique_ptr<msg::MTE>>& filler) {
+  const msg::MessageTable& table = TableAccess::of(handler);
+  const std::vector<std::string>& identifiers = fillerIdentifiers();
+  for (std::size_t i = 0; table.getCount() / table.getSize() <= 50 && i < identifiers.size(); ++i) {
+    filler.emplace_back(new msg::MTE(msg::info, "en", "filler", identifiers[i].c_str(), "filler",
+                                     &handler, false, false));
+  }
+}
 
 const char* const kNamespaces[] = {"app", "msg", "ab", "cd"};
 const char* const kIdentifiers[] = {"start", "cd", "ab", "notfound"};
@@ -171,6 +251,12 @@ void addEntry(FuzzedDataProvider& data, msg::MessageHandler& handler, TableModel
     ++existing;
   }
   const bool duplicate = existing < model.entries.size();
+  // The growth test comes first in every addition, also one that is then
+  // refused as a duplicate.
+  const msg::MessageTable& table = TableAccess::of(handler);
+  if (table.getCount() / table.getSize() > 50) {
+    model.reverseEachKey();
+  }
   try {
     // With copied strings the table owns the entry.
     new msg::MTE(msg::warning, tag.c_str(), nameSpace, identifier, entry.text.c_str(), &handler,
@@ -191,8 +277,9 @@ void addEntry(FuzzedDataProvider& data, msg::MessageHandler& handler, TableModel
   }
 }
 
-void checkLookup(const msg::MessageHandler& child, const TableModel& childModel,
-                 const TableModel& parentModel, const char* nameSpace, const char* identifier) {
+void checkLookup(const msg::MessageHandler& child, const msg::MessageHandler& parent,
+                 const TableModel& childModel, const TableModel& parentModel, const char* nameSpace,
+                 const char* identifier) {
   const std::string key = std::string(nameSpace) + ":" + identifier;
   const Entry* expected = nullptr;
   if (childModel.best(key) >= 0) {
@@ -201,6 +288,14 @@ void checkLookup(const msg::MessageHandler& child, const TableModel& childModel,
     expected = &parentModel.entries[static_cast<std::size_t>(parentModel.best(key))];
   }
   std::unique_ptr<msg::Message> found(child.getMessage(nameSpace, identifier));
+  const msg::MTE* inChains = bestInChains(child, childModel.list, nameSpace, identifier);
+  if (inChains == nullptr) {
+    inChains = bestInChains(parent, parentModel.list, nameSpace, identifier);
+  }
+  if ((found == nullptr) != (inChains == nullptr) ||
+      (found != nullptr && found->getText() != inChains->getText())) {
+    fail("lookup disagrees with the chains", key);
+  }
   if ((found == nullptr) != (expected == nullptr)) {
     fail("lookup found or missed wrongly", key);
   }
@@ -217,6 +312,8 @@ void checkLookup(const msg::MessageHandler& child, const TableModel& childModel,
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider data(bytes, size);
 
+  // Declared first: the filler entries must outlive the handlers' tables.
+  std::vector<std::unique_ptr<msg::MTE>> filler;
   TableModel parentModel;
   TableModel childModel;
   parentModel.list = pickList(data);
@@ -226,8 +323,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   msg::MessageHandler child(&parent);
   child.setLanguageList(makeList(childModel.list));
 
+  bool filled = false;  // filling is slow (50,847 entries): once per input
   for (int serial = 0; serial < 200 && data.remaining_bytes() > 0; ++serial) {
-    switch (data.ConsumeIntegralInRange(0, 3)) {
+    // One byte: 255 fills (rare, so that most inputs stay fast), the rest
+    // spread over the other four operations.
+    const std::uint8_t choice = data.ConsumeIntegral<std::uint8_t>();
+    const int operation = choice == 255 && !filled ? 4 : choice % 4;
+    switch (operation) {
       case 0: {
         const msg::Language language = pickLanguage(data);
         const int rank = child.getLanguageList().distance(language);
@@ -242,9 +344,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
       case 2:
         addEntry(data, child, childModel, serial);
         break;
-      default:
-        checkLookup(child, childModel, parentModel, kNamespaces[data.ConsumeIntegralInRange(0, 3)],
+      case 3:
+        checkLookup(child, parent, childModel, parentModel,
+                    kNamespaces[data.ConsumeIntegralInRange(0, 3)],
                     kIdentifiers[data.ConsumeIntegralInRange(0, 3)]);
+        break;
+      default:
+        fillToGrowth(data.ConsumeBool() ? parent : child, filler);
+        filled = true;
         break;
     }
   }

@@ -12,10 +12,13 @@ constexpr unsigned kCachedBlocks = 4;
 // Trivially destructible and zero-initialised, so reaching it needs no
 // guard. `closed` is set once the thread's cache has been emptied at its
 // end.
-struct ThreadBlocks {
+struct CachedBlocks {
   char* blocks[kCachedBlocks];
   unsigned count;
-  bool armed;  // the closer below has been registered for this thread
+};
+struct ThreadBlocks {
+  CachedBlocks kinds[2];  // by BlockKind
+  bool armed;             // the closer below has been registered for this thread
   bool closed;
 };
 thread_local ThreadBlocks threadBlocks;
@@ -27,8 +30,10 @@ struct ThreadBlocksCloser {
   ThreadBlocksCloser() {}
   ~ThreadBlocksCloser() {
     ThreadBlocks& cache = threadBlocks;
-    while (cache.count > 0) {
-      delete[] cache.blocks[--cache.count];
+    for (CachedBlocks& kind : cache.kinds) {
+      while (kind.count > 0) {
+        delete[] kind.blocks[--kind.count];
+      }
     }
     cache.closed = true;
   }
@@ -38,24 +43,25 @@ thread_local ThreadBlocksCloser threadBlocksCloser;
 
 }  // namespace
 
-char* takeCachedBlock() {
-  ThreadBlocks& cache = threadBlocks;
-  if (cache.count > 0) {
-    return cache.blocks[--cache.count];
+char* takeCachedBlock(BlockKind kind, std::size_t size) {
+  CachedBlocks& cached = threadBlocks.kinds[static_cast<int>(kind)];
+  if (cached.count > 0) {
+    return cached.blocks[--cached.count];
   }
-  return new char[kCachedBlockSize];
+  return new char[size];
 }
 
-void giveCachedBlock(char* block) noexcept {
+void giveCachedBlock(BlockKind kind, char* block) noexcept {
   ThreadBlocks& cache = threadBlocks;
-  if (cache.closed || cache.count == kCachedBlocks) {
+  CachedBlocks& cached = cache.kinds[static_cast<int>(kind)];
+  if (cache.closed || cached.count == kCachedBlocks) {
     delete[] block;
     return;
   }
   if (!cache.armed) {
     threadBlocksCloser.arm();
   }
-  cache.blocks[cache.count++] = block;
+  cached.blocks[cached.count++] = block;
 }
 
 }  // namespace msg

@@ -9,10 +9,10 @@
 
 namespace msg {
 
-// Blocks of kCachedBlockSize bytes for the working buffers of message
-// records. A record that is made, filled and dropped again and again (a
-// render from scratch) takes the same block each time, from this thread's
-// cache, instead of a round trip through the allocator.
+// Heap blocks for message records and for their working buffers. A record
+// that is made, filled and dropped again and again (a render from scratch)
+// takes the same blocks each time, from this thread's cache, instead of a
+// round trip through the allocator each.
 //
 // Each thread has its own cache, so no operation locks or shares anything. A
 // block may be given back on another thread than the one that took it:
@@ -20,14 +20,20 @@ namespace msg {
 // cache of the thread that gives it back, or is deleted if that cache is
 // full. A thread's cache is emptied when the thread ends; after that (in
 // destructors that run later at exit) blocks go straight to the allocator.
-inline constexpr std::size_t kCachedBlockSize = 200;
+enum class BlockKind {
+  kRecord,   // one Message
+  kBuffers,  // the first pair of working buffers, kBufferBlockSize bytes
+};
 
-// A block of kCachedBlockSize bytes, uninitialised; the caller owns it.
-char* takeCachedBlock();
+inline constexpr std::size_t kBufferBlockSize = 200;
 
-// Gives back a block that takeCachedBlock() made, or any block made with
-// new char[kCachedBlockSize].
-void giveCachedBlock(char* block) noexcept;
+// A block of `size` bytes, uninitialised; the caller owns it. All blocks of
+// one kind must have one size.
+char* takeCachedBlock(BlockKind kind, std::size_t size);
+
+// Gives back a block of `kind` made by takeCachedBlock() or with new char[]
+// of that kind's size.
+void giveCachedBlock(BlockKind kind, char* block) noexcept;
 
 }  // namespace msg
 

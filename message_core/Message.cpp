@@ -39,15 +39,16 @@ char* copyOrNull(const char* source) {
 // Both working buffers lie in one block, the result buffer first. The
 // block of the first pair, the most common one, comes from a per-thread
 // cache.
-static_assert(kCachedBlockSize == 2 * kMinBufferSize, "the first pair is cached");
+static_assert(kBufferBlockSize == 2 * kMinBufferSize, "the first pair is cached");
 
 char* makeBufferBlock(std::size_t capacity) {
-  return 2 * capacity == kCachedBlockSize ? takeCachedBlock() : new char[2 * capacity];
+  return 2 * capacity == kBufferBlockSize ? takeCachedBlock(BlockKind::kBuffers, kBufferBlockSize)
+                                          : new char[2 * capacity];
 }
 
 void releaseBufferBlock(char* block, std::size_t capacity) noexcept {
-  if (block != nullptr && 2 * capacity == kCachedBlockSize) {
-    giveCachedBlock(block);
+  if (block != nullptr && 2 * capacity == kBufferBlockSize) {
+    giveCachedBlock(BlockKind::kBuffers, block);
   } else {
     delete[] block;
   }
@@ -69,6 +70,19 @@ bool pointsInto(const char* p, const char* buffer, std::size_t size) {
 }
 
 }  // namespace
+
+void* Message::operator new(std::size_t size) {
+  return size == sizeof(Message) ? takeCachedBlock(BlockKind::kRecord, sizeof(Message))
+                                 : new char[size];
+}
+
+void Message::operator delete(void* memory, std::size_t size) noexcept {
+  if (memory != nullptr && size == sizeof(Message)) {
+    giveCachedBlock(BlockKind::kRecord, static_cast<char*>(memory));
+  } else {
+    delete[] static_cast<char*>(memory);
+  }
+}
 
 Message::Message(const char* nameSpace, const char* identifier, SeverityLevel severity,
                  Language language, const char* text)

@@ -18,17 +18,22 @@
 #include "msg/MessageHandler.h"
 
 // Scalar new and delete are replaced for this executable, so that a test can
-// tell which objects were deleted since it last set deletedCount to 0. Both go
-// to malloc and free, out of line, so that no allocator sees a mismatch.
+// tell which objects were deleted since it last set deletedCount to 0, and
+// make the allocation after the next `failAfter` ones fail. Both go to
+// malloc and free, out of line, so that no allocator sees a mismatch.
 namespace {
 void* deleted[4096];
 std::size_t deletedCount = 0;
+long failAfter = -1;  // -1: never fail
 bool wasDeleted(const void* object) {
   return std::find(deleted, deleted + deletedCount, object) != deleted + deletedCount;
 }
 }  // namespace
 
 __attribute__((noinline)) void* operator new(std::size_t size) {
+  if (failAfter >= 0 && failAfter-- == 0) {
+    throw std::bad_alloc();
+  }
   if (void* memory = std::malloc(size == 0 ? 1 : size)) {
     return memory;
   }
@@ -185,6 +190,29 @@ TEST_F(MessageTableTest, DuplicatesAreRefusedOrReplacedInPlace) {
   MessageTable other;
   EXPECT_THROW(other.insertEntry(english, german2, nullptr), MessageHandlerError);
   EXPECT_EQ(other.getCount(), 0u);
+}
+
+TEST_F(MessageTableTest, AnAdditionThatRunsOutOfMemoryChangesNothing) {
+  for (int i = 0; i < 40; ++i) {  // enough keys that the index grows on the way
+    addKept("en", "app", ("key" + std::to_string(i)).c_str());
+  }
+  const LanguageList english(Language("en"));
+  bool added = false;
+  for (long failing = 0; !added; ++failing) {
+    failAfter = failing;
+    try {
+      kept.emplace_back(new MTE(info, "de", "app", "new", "neu", handler.get(), false, false));
+      added = true;
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(table().getCount(), 40u) << failing;
+      EXPECT_EQ(best("app", "new", LanguageList(Language("de"))), "<none>");
+    }
+    failAfter = -1;
+  }
+  EXPECT_EQ(best("app", "new", LanguageList(Language("de"))), "neu");
+  for (int i = 0; i < 40; ++i) {
+    ASSERT_EQ(best("app", ("key" + std::to_string(i)).c_str(), english), "kept");
+  }
 }
 
 TEST_F(MessageTableTest, OwnedEntriesHaveCopiesAndAreDeletedWhenReplacedOrWhenTheTableDies) {

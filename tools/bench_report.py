@@ -30,6 +30,15 @@ TARGETS = [
 # Highest acceptable median CPU time of a contender, in ns.
 TIME_TARGETS = [("W3c_load/msg", 2e6)]
 
+# W4: the lookup at the largest catalogue over the lookup at the standard
+# one (keys), at most this factor.
+SCALE_TARGET = ("1000000", "10000", 5.0)
+
+# W4: heap bytes per entry before the key index (the table of chains alone),
+# and the most growth allowed over it.
+HEAP_BASELINE_BYTES = 210
+HEAP_GROWTH_LIMIT = 4 / 3
+
 # Highest acceptable heap allocations per warm write.
 WRITE_TARGETS = {"msg_null_channel": 0, "msg_formatting_channel": 1}
 
@@ -37,7 +46,8 @@ WRITE_TARGETS = {"msg_null_channel": 0, "msg_formatting_channel": 1}
 COUNTERS = [
     "allocs_per_op",
     "allocs_per_write",
-    "walked_per_lookup",
+    "ranked_per_lookup",
+    "chain_per_lookup",
     "mean_chain",
     "longest_chain",
     "buckets",
@@ -155,6 +165,28 @@ def main():
         verdict = "met" if ratio <= limit else "MISSED"
         missed += verdict != "met"
         print(f"  {workload}: msg/{peer} = {ratio:.3g}, target <= {limit}: {verdict}")
+    large, standard, factor = SCALE_TARGET
+    big = medians.get(f"W4_scale/msg/{large}", {})
+    small = medians.get(f"W4_scale/msg/{standard}", {})
+    if "cpu_ns" in big and "cpu_ns" in small:
+        ratio = big["cpu_ns"] / small["cpu_ns"]
+        verdict = "met" if ratio <= factor else "MISSED"
+        missed += verdict != "met"
+        print(f"  W4_scale: lookup at {large} keys / at {standard} keys = {ratio:.2f}, "
+              f"target <= {factor:g}: {verdict}")
+    else:
+        print(f"  W4_scale: lookup at {large} / {standard} keys: not measured")
+    heap = [(name, result["counters"]["heap_bytes_per_entry"])
+            for name, result in medians.items()
+            if name.startswith("W4_scale/msg/") and "heap_bytes_per_entry" in result.get("counters", {})]
+    if heap:
+        name, worst = max(heap, key=lambda item: item[1])
+        limit = HEAP_BASELINE_BYTES * HEAP_GROWTH_LIMIT
+        verdict = "met" if worst <= limit else "MISSED"
+        missed += verdict != "met"
+        print(f"  W4_scale: heap bytes per entry at most {worst:.0f} ({split(name)[2]} keys), "
+              f"target <= {limit:.0f} ({HEAP_BASELINE_BYTES} before the key index + a third): "
+              f"{verdict}")
     for name, limit in TIME_TARGETS:
         result = medians.get(name, {})
         if "cpu_ns" not in result:

@@ -62,6 +62,15 @@ class MSG_EXPORT Message {
 
   ~Message();
 
+  // Records made with `new` (as getMessage() makes them) come from a small
+  // cache of blocks kept per thread, and go back to the cache of the thread
+  // that deletes them. Use `new` and `delete` as for any class; placement
+  // new works as usual.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* memory, std::size_t size) noexcept;
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void operator delete(void*, void*) noexcept {}
+
   const char* getNamespace() const { return nameSpace; }
   const char* getIdentifier() const { return identifier; }
   SeverityLevel getSeverityLevel() const { return severity; }
