@@ -22,11 +22,5 @@ std::uint64_t checksumOf(const unsigned char* bytes, std::size_t size) {
   return XXH3_64bits_digest(&state);
 }
 
-std::string decimal(std::uint64_t value) {
-  char text[24];
-  std::snprintf(text, sizeof text, "%llu", static_cast<unsigned long long>(value));
-  return text;
-}
-
 }  // namespace compiled
 }  // namespace msg

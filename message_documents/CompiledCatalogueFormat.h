@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <string>
 
+#include "message_core/DecimalText.h"
+
 namespace msg {
 namespace compiled {
 
@@ -106,9 +108,10 @@ inline void writeU64(unsigned char* p, std::uint64_t value) {
 // REQUIRES: size >= kHeaderSize.
 std::uint64_t checksumOf(const unsigned char* bytes, std::size_t size);
 
-// `value` in decimal. (Not std::to_string, whose helper's static table
-// would be exported from the shared library.)
-std::string decimal(std::uint64_t value);
+// `value` in decimal.
+inline std::string decimal(std::uint64_t value) {
+  return decimalText(static_cast<unsigned long long>(value));
+}
 
 }  // namespace compiled
 }  // namespace msg
