@@ -8,7 +8,10 @@
 
 #include <msg/msg.h>
 
+#include <cstdint>
+#include <sstream>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -104,9 +107,40 @@ int useExceptions(int argc) {
   return 0;
 }
 
+// The typed layer with every kind of argument, lists as people write them,
+// the log channels and the compiled catalogue.
+int useTypedLayer(msg::MessageHandler& handler, int argc) {
+  static constexpr msg::Key<3> key{"strict", "typed"};
+  msg::MTE entry(msg::info, "en", "strict", "typed", "&0 &1 &2", &handler, false, true);
+  handler.setLanguageList(msg::LanguageList{"de-AT", "de", "en"});
+  handler.setLanguageList(msg::LanguageList::parse("de-AT,de,en"));
+  handler.setLanguageList(msg::LanguageList::fromEnvironment());
+  std::ostringstream json;
+  msg::JsonLinesMessageChannel lines(json);
+  msg::SyslogMessageChannel system(msg::SyslogMessageChannel::userFacility);
+  handler.setMessageChannel(&lines, false);
+  handler.setMessageChannel2(&system, false);
+  const std::int64_t wide = argc;
+  const unsigned short small = 7;
+  msg::write(handler, key, wide, msg::fixed(2.5, 1), msg::yesNo(argc > 1));
+  msg::write(&handler, "strict", "typed", small, 1.5f, std::string_view("/var"));
+  const std::string text = msg::format(handler, key, std::string("a"), "b", true);
+  const std::unique_ptr<msg::Message> record = msg::getMessage(handler, key);
+  handler.setMessageChannel(nullptr, false);
+  handler.setMessageChannel2(nullptr, false);
+  try {
+    msg::MessageHandlerX::object()->loadCompiledCatalogue(argc > 1 ? "a.msgc" : "b.msgc");
+  } catch (const msg::ErrorInMessageDocument& e) {
+    return static_cast<int>(e.getProblems().size());
+  }
+  return static_cast<int>(text.size() + json.str().size()) + (record ? 1 : 0) +
+         msg::SyslogMessageChannel::levelOf(msg::warning) + (entry.getOwnsStrings() ? 1 : 0);
+}
+
 }  // namespace
 
 int main(int argc, char**) {
   msg::MessageHandler handler(msg::MessageHandler::object());
-  return useLanguages(argc) + useHandler(handler) + useExceptions(argc);
+  return useLanguages(argc) + useHandler(handler) + useExceptions(argc) +
+         useTypedLayer(handler, argc);
 }
