@@ -193,15 +193,6 @@ class DocumentSafetyTest : public ::testing::Test {
   Counting channel;
 };
 
-TEST_F(DocumentSafetyTest, ErrorsCarryTheirPlace) {
-  write("docs/broken.xml", messageDocument("<MessageNamespace>\n  <Message></Mesage>\n"));
-  const std::vector<msg::DocumentProblem> problems = refusalOf("docs/broken.xml");
-  EXPECT_THAT(problems[0].file, HasSubstr("broken.xml"));
-  EXPECT_EQ(problems[0].line, 4);
-  EXPECT_GT(problems[0].column, 0);
-  EXPECT_FALSE(problems[0].message.empty());
-}
-
 TEST_F(DocumentSafetyTest, TheFirstParseKeepsWhereEachElementStarts) {
   write("docs/part.xml", "<MessageNamespace name=\"part\"/>\n");
   write("docs/positions.xml",
