@@ -75,6 +75,18 @@ void BoundedDOMParser::parseWithRestarts(const Source& source) {
   }
 }
 
+std::string BoundedDOMParser::referenceLimitNote() const {
+  if (referenceLimit >= kMaxEntityReferences) {
+    return std::string();
+  }
+  std::ostringstream note;
+  note << "the limit of " << kMaxEntityReferences << " entity references was lowered to "
+       << referenceLimit << ": with entity values of up to " << longestEntityValue
+       << " characters, more would exceed the entity expansion limit of " << kMaxEntityExpansion
+       << " characters";
+  return note.str();
+}
+
 void BoundedDOMParser::markPosition() {
   const xercesc::Locator* locator = getScanner()->getLocator();
   lastLine = locator->getLineNumber();

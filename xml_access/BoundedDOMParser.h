@@ -85,6 +85,11 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
   void parseBounded(const xercesc::InputSource& source);
   void parseBounded(const char* systemId);
 
+  // Empty, or when the last parse ran with a lowered reference limit, a
+  // sentence that says so and why, for the report of a failed parse (the
+  // scanner's own message names only the number of references).
+  std::string referenceLimitNote() const;
+
   // The XMLDocumentHandler and DocTypeHandler callbacks this class watches.
   void startDocument() override;
   void startElement(const xercesc::XMLElementDecl& elemDecl, unsigned int urlId,

@@ -175,7 +175,15 @@ void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
   }
   if (reporter.getSawErrors()) {
     errorText << kFinishedWithErrors << std::endl;
+    noteLoweredReferenceLimit(fileName);
     throw ParsingError(errorText.str());
+  }
+}
+
+void Parser::noteLoweredReferenceLimit(const std::string& fileName) {
+  const std::string note = parser->referenceLimitNote();
+  if (!note.empty()) {
+    problems.push_back(ParseProblem{fileName, 0, 0, note});
   }
 }
 

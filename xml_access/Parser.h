@@ -123,6 +123,10 @@ class Parser {
   // text, or returns with the document in the parser object.
   void parseFirst(const std::string& fileName, bool keepPositions);
 
+  // Adds the parser's note on a lowered entity reference limit, if any, to
+  // the problems (not to the error text).
+  void noteLoweredReferenceLimit(const std::string& fileName);
+
   // Appends the refusal of the guard, if one stands, to the error text and
   // the problems; true if it did.
   bool appendGuardRefusal(std::ostream& errorText);

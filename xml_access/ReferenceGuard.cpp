@@ -131,7 +131,8 @@ ParseRefused refusalOf(const xercesc::XMLResourceIdentifier& resource, const std
 // scanner enforces (the number of entity references).
 class RefuseOnError : public xercesc::HandlerBase {
  public:
-  explicit RefuseOnError(std::string what) : what(std::move(what)) {}
+  RefuseOnError(const BoundedDOMParser& checker, std::string what)
+      : checker(checker), what(std::move(what)) {}
   void error(const xercesc::SAXParseException& exception) override { refuse(exception); }
   void fatalError(const xercesc::SAXParseException& exception) override { refuse(exception); }
 
@@ -141,9 +142,15 @@ class RefuseOnError : public xercesc::HandlerBase {
         ParseProblem{transcodeFromXMLCh(exception.getSystemId()),
                      static_cast<std::uint64_t>(exception.getLineNumber()),
                      static_cast<std::uint64_t>(exception.getColumnNumber()),
-                     what + " cannot be read: " + transcodeFromXMLCh(exception.getMessage())}};
+                     what + " cannot be read: " + transcodeFromXMLCh(exception.getMessage()) +
+                         noteOf(checker.referenceLimitNote())}};
   }
 
+  static std::string noteOf(const std::string& note) {
+    return note.empty() ? note : " (" + note + ")";
+  }
+
+  const BoundedDOMParser& checker;
   std::string what;
 };
 
@@ -264,7 +271,7 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
   checker.setRefuseDoctype(kind == Kind::Part && refuseDoctypeInParts);
   checker.setXMLEntityResolver(&checkerGuard);
   checker.setDisableDefaultEntityResolution(true);
-  RefuseOnError refuseOnError(std::string(what) + " \"" + reference + "\"");
+  RefuseOnError refuseOnError(checker, std::string(what) + " \"" + reference + "\"");
   checker.setErrorHandler(&refuseOnError);
   {
     const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),

@@ -38,10 +38,10 @@ namespace XercesXML {
 //
 // Xerces-C swallows exceptions out of a resolver in places (an include
 // then takes its fallback), so a refusal is recorded, the guard answers
-// with a source of one blank, and the Parser refuses the document after the parse
-// (getRefusal). A file that cannot be read is
-// left to Xerces-C as a local file, which fails as a missing file always
-// has (an include then takes its fallback).
+// with a source of one blank, and the Parser refuses the document after the
+// parse (getRefusal). A file that cannot be read is left to Xerces-C as a
+// local file, which fails as a missing file always has (an include then
+// takes its fallback).
 //
 // The guard borrows the parser whose questions it answers, to learn whether
 // a reference is an include. One parse at a time, one thread.
