@@ -55,9 +55,10 @@ int main(int argc, char** argv) {
   }
   std::sort(seconds.begin(), seconds.end());
   const double peakBytes = static_cast<double>(peakKiB) * 1024.0;
-  std::printf("msgtool check, %d runs, documents %.2f MB: median %.2f s, peak memory %.1f MB "
-              "(%.1fx the documents)\n",
-              runs, documentBytes / 1e6, seconds[seconds.size() / 2], peakBytes / 1e6,
-              peakBytes / static_cast<double>(documentBytes));
+  std::printf(
+      "msgtool check, %d runs, documents %.2f MB: median %.2f s, peak memory %.1f MB "
+      "(%.1fx the documents)\n",
+      runs, documentBytes / 1e6, seconds[seconds.size() / 2], peakBytes / 1e6,
+      peakBytes / static_cast<double>(documentBytes));
   return 0;
 }
