@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -15,8 +16,21 @@ LanguageList::LanguageList(Language first, Language second)
 
 // A negative count makes the new-expression throw std::bad_array_new_length
 // before anything is copied.
+namespace {
+
+// new[] with a negative count throws std::bad_array_new_length in g++ builds;
+// clang may fold it into a plain allocation failure, so say it here.
+int checkedCount(int count) {
+  if (count < 0) {
+    throw std::bad_array_new_length();
+  }
+  return count;
+}
+
+}  // namespace
+
 LanguageList::LanguageList(int count, const Language languages[])
-    : languages(new Language[count]), count(count) {
+    : languages(new Language[checkedCount(count)]), count(count) {
   std::copy(languages, languages + count, this->languages);
 }
 
