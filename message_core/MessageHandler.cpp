@@ -191,8 +191,13 @@ void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate) {
     delete messageTable;  // empty now: deleting it touches no entry
     messageTable = grown;
   }
+  // Most additions bring a new key or language. The chain is walked only
+  // for a duplicate, whose place in it the replacement needs.
   MTE* predecessor = nullptr;
-  MTE* existing = messageTable->findEntry(entry, &predecessor);
+  MTE* existing = nullptr;
+  if (messageTable->holdsEntryLike(entry)) {
+    existing = messageTable->findEntry(entry, &predecessor);
+  }
   if (existing != nullptr && throwOnDuplicate) {
     throw MessageExists(entry->getNamespace(), entry->getIdentifier());
   }

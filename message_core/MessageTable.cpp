@@ -137,6 +137,19 @@ MTE* MessageTable::findEntry(const MTE* key, MTE** predecessor) const {
   return nullptr;
 }
 
+bool MessageTable::holdsEntryLike(const MTE* key) const {
+  const KeyGroup* group = index.find(IndexKey(key->nameSpace, key->identifier));
+  if (group == nullptr) {
+    return false;
+  }
+  for (std::uint32_t i = 0; i < group->size(); ++i) {
+    if (group->language(i) == key->language) {
+      return true;
+    }
+  }
+  return false;
+}
+
 MTE* MessageTable::findBestEntry(const char* nameSpace, const char* identifier,
                                  const LanguageList& list) const {
   // The group holds the key's entries in chain order, so this is the walk of

@@ -76,6 +76,12 @@ class MessageTable {
   // REQUIRES: key and predecessor are not null.
   MTE* findEntry(const MTE* key, MTE** predecessor) const;
 
+  // Whether findEntry(key, ...) would find an entry, answered from the key's
+  // group in the index (which holds exactly the entries of the key in the
+  // chain findEntry walks) instead of a walk through the chain.
+  // REQUIRES: key is not null.
+  bool holdsEntryLike(const MTE* key) const;
+
   // The entry of the key whose language ranks best by list.distance(), or
   // null if no entry of the key is acceptable. The whole chain is walked;
   // among entries of equal rank the one nearest the head wins, which is the
