@@ -35,7 +35,8 @@ class Xliff2Reader {
         if (result.original.empty()) {
           result.original = attributeOf(file, "original");
         }
-        readUnits(file, 0);
+        forEachUnit(path, file, "unit",
+                    [this](const DOMElement* unit) { result.units.push_back(readUnit(unit)); });
       }
     }
     return std::move(result);
@@ -44,21 +45,6 @@ class Xliff2Reader {
  private:
   [[noreturn]] void fail(const DOMNode* at, const std::string& message) const {
     throw FileProblem(path, XmlDocument::lineOf(at), message);
-  }
-
-  void readUnits(const DOMElement* parent, int depth) {
-    if (depth > kMaxXliffNesting) {
-      fail(parent, "has groups nested more than " + std::to_string(kMaxXliffNesting) + " deep");
-    }
-    for (DOMElement* child = parent->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-      std::string name = localNameOf(child);
-      if (name == "group") {
-        readUnits(child, depth + 1);
-      } else if (name == "unit") {
-        result.units.push_back(readUnit(child));
-      }
-    }
   }
 
   XliffUnit readUnit(const DOMElement* unitElement) {

@@ -64,7 +64,8 @@ class XliffReader {
       for (DOMElement* body = file->getFirstElementChild(); body != nullptr;
            body = body->getNextElementSibling()) {
         if (localNameOf(body) == "body") {
-          readUnits(body, 0);
+          forEachUnit(path, body, "trans-unit",
+                      [this](const DOMElement* unit) { result.units.push_back(readUnit(unit)); });
         }
       }
     }
@@ -74,21 +75,6 @@ class XliffReader {
  private:
   [[noreturn]] void fail(const DOMNode* at, const std::string& message) const {
     throw FileProblem(path, XmlDocument::lineOf(at), message);
-  }
-
-  void readUnits(const DOMElement* parent, int depth) {
-    if (depth > kMaxXliffNesting) {
-      fail(parent, "has groups nested more than " + std::to_string(kMaxXliffNesting) + " deep");
-    }
-    for (DOMElement* child = parent->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-      std::string name = localNameOf(child);
-      if (name == "group") {
-        readUnits(child, depth + 1);
-      } else if (name == "trans-unit") {
-        result.units.push_back(readUnit(child));
-      }
-    }
   }
 
   XliffUnit readUnit(const DOMElement* element) {

@@ -1,5 +1,7 @@
 #include "XliffSupport.h"
 
+#include <string>
+
 namespace msgtool {
 
 std::vector<TextPiece> splitPlaceholders(const std::string& text) {
@@ -60,6 +62,32 @@ void XliffBuilder::addText(xercesc::DOMElement* element, const std::string& text
 
 void XliffBuilder::set(xercesc::DOMElement* element, const char* name, const std::string& value) {
   element->setAttribute(XmlString(name), XmlString(value));
+}
+
+namespace {
+
+void visitUnits(const std::string& path, const xercesc::DOMElement* parent, const char* unitName,
+                const std::function<void(const xercesc::DOMElement*)>& visit, int depth) {
+  if (depth > kMaxXliffNesting) {
+    throw FileProblem(path, XmlDocument::lineOf(parent),
+                      "has groups nested more than " + std::to_string(kMaxXliffNesting) + " deep");
+  }
+  for (const xercesc::DOMElement* child = parent->getFirstElementChild(); child != nullptr;
+       child = child->getNextElementSibling()) {
+    const std::string name = localNameOf(child);
+    if (name == "group") {
+      visitUnits(path, child, unitName, visit, depth + 1);
+    } else if (name == unitName) {
+      visit(child);
+    }
+  }
+}
+
+}  // namespace
+
+void forEachUnit(const std::string& path, const xercesc::DOMElement* parent, const char* unitName,
+                 const std::function<void(const xercesc::DOMElement*)>& visit) {
+  visitUnits(path, parent, unitName, visit, 0);
 }
 
 }  // namespace msgtool
