@@ -81,9 +81,8 @@ bool operator==(const IndexKey& a, const IndexKey& b) {
          std::memcmp(a.nameSpace, b.nameSpace, a.namespaceLength) == 0;
 }
 
-KeyGroup* KeyGroup::make(std::uint32_t capacity, std::uint32_t keyLength) {
-  void* memory =
-      ::operator new(sizeof(KeyGroup) + capacity * (sizeof(MTE*) + sizeof(Language)) + keyLength);
+KeyGroup* KeyGroup::make(IndexArena& arena, std::uint32_t capacity, std::uint32_t keyLength) {
+  void* memory = arena.allocate(blockSize(capacity, keyLength));
   KeyGroup* group = new (memory) KeyGroup();
   group->capacity = capacity;
   return group;
@@ -97,17 +96,23 @@ void KeyIndex::clear() {
   if (slots == nullptr) {
     return;
   }
-  for (std::size_t i = 0; i <= mask; ++i) {
-    ::operator delete(slots[i].group);
+  // The arena forgets its groups at once; only large ones need a walk.
+  for (std::size_t i = 0; largeGroups > 0 && i <= mask; ++i) {
+    KeyGroup* group = slots[i].group;
+    if (group != nullptr && group->blockSize() > IndexArena::kLargestPooled) {
+      arena.release(group, group->blockSize());
+      --largeGroups;
+    }
   }
-  delete[] slots;
+  arena.clear();
+  releaseTable(slots);
   slots = nullptr;
   mask = 0;
   used = 0;
 }
 
 void KeyIndex::reserve(std::size_t keys) {
-  // The same fill limit as groupFor keeps.
+  // The same fill limit as slotFor keeps.
   const std::size_t needed = keys + keys / 3 + 1;
   if (slots == nullptr || needed > mask + 1) {
     growSlots(needed);
@@ -119,7 +124,7 @@ void KeyIndex::growSlots(std::size_t atLeast) {
   while (count < atLeast) {
     count *= 2;
   }
-  Slot* grown = new Slot[count]();
+  Slot* grown = static_cast<Slot*>(allocateTable(count * sizeof(Slot)));
   const std::size_t grownMask = count - 1;
   if (slots != nullptr) {
     for (std::size_t i = 0; i <= mask; ++i) {
@@ -132,24 +137,25 @@ void KeyIndex::growSlots(std::size_t atLeast) {
       }
       grown[j] = slots[i];
     }
-    delete[] slots;
+    releaseTable(slots);
   }
   slots = grown;
   mask = grownMask;
 }
 
-KeyGroup*& KeyIndex::groupFor(const IndexKey& key, std::uint32_t capacity) {
+KeyIndex::Slot& KeyIndex::slotFor(const IndexKey& key, std::uint32_t capacity) {
   if (slots != nullptr) {
     Slot& slot = slotOf(key);
     if (slot.group != nullptr) {
-      return slot.group;
+      return slot;
     }
   }
   // At most three quarters full, so that probes stay short.
   if (slots == nullptr || 4 * (used + 1) > 3 * (mask + 1)) {
     growSlots();
   }
-  KeyGroup* group = KeyGroup::make(capacity, key.namespaceLength + key.identifierLength);
+  KeyGroup* group = KeyGroup::make(arena, capacity, key.namespaceLength + key.identifierLength);
+  noteBlock(group->blockSize(), true);
   group->namespaceLength = key.namespaceLength;
   group->identifierLength = key.identifierLength;
   std::memcpy(group->keyBytes(), key.nameSpace, key.namespaceLength);
@@ -157,25 +163,29 @@ KeyGroup*& KeyIndex::groupFor(const IndexKey& key, std::uint32_t capacity) {
   Slot& slot = slotOf(key);
   slot.hash = key.hash;
   slot.group = group;
+  slot.first = nullptr;
   ++used;
-  return slot.group;
+  return slot;
 }
 
 KeyGroup* KeyIndex::regrown(KeyGroup* group, std::uint32_t capacity) {
   const std::uint32_t keyLength = group->namespaceLength + group->identifierLength;
-  KeyGroup* grown = KeyGroup::make(capacity, keyLength);
+  KeyGroup* grown = KeyGroup::make(arena, capacity, keyLength);
   grown->count = group->count;
   grown->namespaceLength = group->namespaceLength;
   grown->identifierLength = group->identifierLength;
   std::memcpy(grown->entries(), group->entries(), group->count * sizeof(MTE*));
   std::memcpy(grown->languages(), group->languages(), group->count * sizeof(Language));
   std::memcpy(grown->keyBytes(), group->keyBytes(), keyLength);
-  ::operator delete(group);
+  noteBlock(grown->blockSize(), true);
+  noteBlock(group->blockSize(), false);
+  arena.release(group, group->blockSize());
   return grown;
 }
 
 void KeyIndex::prepend(const IndexKey& key, MTE* entry, Language language) {
-  KeyGroup*& group = groupFor(key, 1);
+  Slot& slot = slotFor(key, 1);
+  KeyGroup*& group = slot.group;
   if (group->count == group->capacity) {
     group = regrown(group, grownCapacity(group->capacity));
   }
@@ -186,13 +196,15 @@ void KeyIndex::prepend(const IndexKey& key, MTE* entry, Language language) {
   entries[0] = entry;
   languages[0] = language;
   ++group->count;
+  slot.first = entry;
 }
 
 bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Language language) {
   if (slots == nullptr) {
     return false;
   }
-  KeyGroup* group = slotOf(key).group;
+  Slot& slot = slotOf(key);
+  KeyGroup* group = slot.group;
   if (group == nullptr) {
     return false;
   }
@@ -200,6 +212,7 @@ bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Lan
     if (group->entries()[i] == existing) {
       group->entries()[i] = entry;
       group->languages()[i] = language;
+      noteFirst(slot);
       return true;
     }
   }
@@ -210,7 +223,8 @@ void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
   if (slots == nullptr) {
     return;
   }
-  KeyGroup* group = slotOf(key).group;
+  Slot& slot = slotOf(key);
+  KeyGroup* group = slot.group;
   if (group == nullptr) {
     return;
   }
@@ -222,6 +236,7 @@ void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
       std::memmove(entries + i, entries + i + 1, behind * sizeof(MTE*));
       std::memmove(languages + i, languages + i + 1, behind * sizeof(Language));
       --group->count;
+      noteFirst(slot);
       return;
     }
   }
@@ -230,7 +245,8 @@ void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
 void KeyIndex::assign(const IndexKey& key, MTE* const* entries, const Language* languages,
                       std::uint32_t count) {
   const std::uint32_t capacity = count > 0 ? count : 1;
-  KeyGroup*& group = groupFor(key, capacity);
+  Slot& slot = slotFor(key, capacity);
+  KeyGroup*& group = slot.group;
   if (group->capacity < count) {
     group = regrown(group, capacity);
   }
@@ -239,6 +255,7 @@ void KeyIndex::assign(const IndexKey& key, MTE* const* entries, const Language* 
     std::memcpy(group->languages(), languages, count * sizeof(Language));
   }
   group->count = count;
+  noteFirst(slot);
 }
 
 }  // namespace msg

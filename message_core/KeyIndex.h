@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "message_core/IndexArena.h"
 #include "msg/Language.h"
 
 namespace msg {
@@ -31,8 +32,8 @@ struct IndexKey {
 bool operator==(const IndexKey& a, const IndexKey& b);
 
 // The entries of one key in the order of their chain, with their languages
-// beside them and a copy of the key, in one heap block. A lookup reads this
-// block and then only the entry it chooses.
+// beside them and a copy of the key, in one block of the index's arena. A
+// lookup reads this block and then only the entry it chooses.
 class KeyGroup {
  public:
   std::uint32_t size() const { return count; }
@@ -45,9 +46,13 @@ class KeyGroup {
   // Layout: this header, MTE* entries[capacity], Language
   // languages[capacity], then the namespace and identifier bytes (no NULs).
   // An empty group with room for `capacity` entries and a key of
-  // `keyLength` bytes; released with ::operator delete (it has no destructor
-  // to run).
-  static KeyGroup* make(std::uint32_t capacity, std::uint32_t keyLength);
+  // `keyLength` bytes, taken from `arena`; it goes back there with
+  // arena.release(group, group->blockSize()) and has no destructor to run.
+  static KeyGroup* make(IndexArena& arena, std::uint32_t capacity, std::uint32_t keyLength);
+  static std::size_t blockSize(std::uint32_t capacity, std::uint32_t keyLength) {
+    return sizeof(KeyGroup) + capacity * (sizeof(MTE*) + sizeof(Language)) + keyLength;
+  }
+  std::size_t blockSize() const { return blockSize(capacity, namespaceLength + identifierLength); }
   MTE** entries() const {
     // The header is a multiple of the pointer size, so the array is aligned.
     return reinterpret_cast<MTE**>(const_cast<KeyGroup*>(this) + 1);
@@ -72,8 +77,9 @@ static_assert(sizeof(KeyGroup) % alignof(MTE*) == 0, "the entries follow the hea
 // it beside its chains so that a lookup costs a probe and a group instead of
 // a walk down a chain of other keys; the chains stay what decides the order.
 //
-// Owns its groups, never the entries. A group that loses its last entry
-// stays, empty. Not thread-safe; reading from several threads is fine.
+// Owns its groups (in an arena of its own) and its slot array, never the
+// entries. A group that loses its last entry stays, empty. Not thread-safe;
+// reading from several threads is fine.
 class KeyIndex {
  public:
   KeyIndex() = default;
@@ -81,9 +87,18 @@ class KeyIndex {
   KeyIndex& operator=(const KeyIndex&) = delete;
   ~KeyIndex();
 
-  // The group of `key`, or null if the key was never indexed.
+  // The group of `key`, or null if the key was never indexed. Starts the
+  // read of the group's first entry, which is the one a lookup takes as a
+  // rule, so that it arrives while the group is being read.
   const KeyGroup* find(const IndexKey& key) const {
-    return slots == nullptr ? nullptr : slotOf(key).group;
+    if (slots == nullptr) {
+      return nullptr;
+    }
+    const Slot& slot = slotOf(key);
+#if defined(__GNUC__)
+    __builtin_prefetch(slot.first);
+#endif
+    return slot.group;
   }
 
   // Puts `entry` in front of the group of `key`, as a new chain head.
@@ -107,12 +122,15 @@ class KeyIndex {
   void clear();
 
   // Number of keys indexed.
-  std::size_t keyCount() const { return used; }
+  std::size_t keyCount() const {
+    return used;
+  }
 
  private:
   struct Slot {
     std::uint64_t hash;
     KeyGroup* group;  // null: the slot is free
+    MTE* first;       // group->entry(0), null while the group is empty
   };
 
   // The slot of `key`, or the free slot where it would go.
@@ -125,16 +143,29 @@ class KeyIndex {
       }
     }
   }
-  // The group of `key`, made empty with room for `capacity` if it is new.
-  KeyGroup*& groupFor(const IndexKey& key, std::uint32_t capacity);
+  // The slot of `key`, with a group made empty with room for `capacity` if
+  // the key is new.
+  Slot& slotFor(const IndexKey& key, std::uint32_t capacity);
+  // Sets slot.first after a change of its group.
+  static void noteFirst(Slot& slot) {
+    slot.first = slot.group->count > 0 ? slot.group->entries()[0] : nullptr;
+  }
   // A copy of `group` with room for `capacity` entries; frees `group`.
-  static KeyGroup* regrown(KeyGroup* group, std::uint32_t capacity);
+  KeyGroup* regrown(KeyGroup* group, std::uint32_t capacity);
+  // Counts the groups that the arena does not track, which clear must free.
+  void noteBlock(std::size_t bytes, bool added) {
+    if (bytes > IndexArena::kLargestPooled) {
+      largeGroups = added ? largeGroups + 1 : largeGroups - 1;
+    }
+  }
   // Doubles the slot array (or makes the first), and at least to `atLeast`.
   void growSlots(std::size_t atLeast = 0);
 
-  Slot* slots = nullptr;
-  std::size_t mask = 0;  // slot count - 1, or 0 before the first key
+  IndexArena arena;       // the groups
+  Slot* slots = nullptr;  // allocateTable, mask + 1 of them
+  std::size_t mask = 0;   // slot count - 1, or 0 before the first key
   std::size_t used = 0;
+  std::size_t largeGroups = 0;  // groups above IndexArena::kLargestPooled
 };
 
 }  // namespace msg

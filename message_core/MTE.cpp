@@ -40,10 +40,11 @@ MTE::MTE(short severity, const char* language, const char* nameSpace, const char
   std::unique_ptr<char[]> ownNamespace = copyOf(nameSpace);
   std::unique_ptr<char[]> ownIdentifier = copyOf(identifier);
   std::unique_ptr<char[]> ownText = copyOf(text);
-  link(handler, throwOnDuplicate);
+  MessageHandler* owner = link(handler, throwOnDuplicate);
   // The hash depends only on the contents, so the entry stays valid in its
   // chain when its pointers change.
   ownsStrings = true;
+  owner->noteOwnedEntry();
   this->nameSpace = ownNamespace.release();
   this->identifier = ownIdentifier.release();
   this->text = ownText.release();
@@ -71,9 +72,10 @@ MTE::~MTE() {
   }
 }
 
-void MTE::link(MessageHandler* handler, bool throwOnDuplicate) {
+MessageHandler* MTE::link(MessageHandler* handler, bool throwOnDuplicate) {
   MessageHandler* target = handler != nullptr ? handler : MessageHandler::object();
   target->addEntry(this, throwOnDuplicate);
+  return target;
 }
 
 }  // namespace msg

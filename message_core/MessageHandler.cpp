@@ -193,15 +193,20 @@ void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate) {
   }
   // Most additions bring a new key or language. The chain is walked only
   // for a duplicate, whose place in it the replacement needs.
+  const IndexKey key(entry->nameSpace, entry->identifier);
   MTE* predecessor = nullptr;
   MTE* existing = nullptr;
-  if (messageTable->holdsEntryLike(entry)) {
+  if (messageTable->holdsEntryLike(entry, key)) {
     existing = messageTable->findEntry(entry, &predecessor);
   }
   if (existing != nullptr && throwOnDuplicate) {
     throw MessageExists(entry->getNamespace(), entry->getIdentifier());
   }
-  messageTable->insertEntry(entry, existing, predecessor);
+  messageTable->insertEntry(entry, existing, predecessor, key);
+}
+
+void MessageHandler::noteOwnedEntry() {
+  messageTable->noteOwnedEntry();
 }
 
 }  // namespace msg

@@ -66,10 +66,12 @@ bool sameKey(const MTE* entry, const char* nameSpace, const char* identifier) {
 MessageTable::MessageTable() : MessageTable(largestPrimeUpTo(kDefaultSizeLimit)) {}
 
 MessageTable::MessageTable(std::uint32_t bucketCount)
-    : size(bucketCount), count(0), buckets(new MTE*[bucketCount]()) {}
+    : size(bucketCount), count(0), owned(0), buckets(new MTE*[bucketCount]()) {}
 
 MessageTable::~MessageTable() {
-  for (std::uint32_t bucket = 0; bucket < size; ++bucket) {
+  // Without an entry of its own the table only forgets its chains, and
+  // walking them would read every entry for nothing.
+  for (std::uint32_t bucket = 0; owned > 0 && bucket < size; ++bucket) {
     MTE* entry = buckets[bucket];
     while (entry != nullptr) {
       MTE* following = entry->next;  // read before the entry may go
@@ -103,7 +105,9 @@ MessageTable* MessageTable::grownCopy() {
       grown->linkHead(entry, grown->bucketOf(entry));
     }
   }
+  grown->owned = owned;
   count = 0;
+  owned = 0;
   index.clear();
   return grown.release();
 }
@@ -137,8 +141,8 @@ MTE* MessageTable::findEntry(const MTE* key, MTE** predecessor) const {
   return nullptr;
 }
 
-bool MessageTable::holdsEntryLike(const MTE* key) const {
-  const KeyGroup* group = index.find(IndexKey(key->nameSpace, key->identifier));
+bool MessageTable::holdsEntryLike(const MTE* key, const IndexKey& indexKey) const {
+  const KeyGroup* group = index.find(indexKey);
   if (group == nullptr) {
     return false;
   }
@@ -178,14 +182,14 @@ void MessageTable::linkHead(MTE* entry, std::uint32_t bucket) {
   ++count;
 }
 
-void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor) {
+void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, const IndexKey& key) {
   if (existing == nullptr) {
     const bool hadBucket = entry->cachedHash != 0;
     const std::uint32_t bucket = bucketOf(entry);
     // An entry that kept the bucket of another table size lands in a chain
     // that no lookup of its key walks, so no lookup may find it.
     if (!hadBucket || bucket == tableHash(entry->nameSpace, entry->identifier)) {
-      index.prepend(IndexKey(entry->nameSpace, entry->identifier), entry, entry->language);
+      index.prepend(key, entry, entry->language);
     }
     linkHead(entry, bucket);
     return;
@@ -203,7 +207,6 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor) {
   // The index first: it may allocate, and the chains must then stay as they
   // are. As a rule the new entry has the old one's key and takes its place
   // in the group as in the chain.
-  const IndexKey key(entry->nameSpace, entry->identifier);
   const IndexKey existingKey(existing->nameSpace, existing->identifier);
   const bool sameKey = key == existingKey;
   if (!sameKey || !index.replace(key, existing, entry, entry->language)) {
@@ -222,6 +225,7 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor) {
   }
   existing->next = nullptr;  // an unowned entry that is dropped keeps no link into the table
   if (existing->ownsStrings) {
+    --owned;
     delete existing;
   }
 }

@@ -79,8 +79,10 @@ class MessageTable {
   // Whether findEntry(key, ...) would find an entry, answered from the key's
   // group in the index (which holds exactly the entries of the key in the
   // chain findEntry walks) instead of a walk through the chain.
+  // `indexKey` is IndexKey(key->nameSpace, key->identifier), worked out once
+  // by the caller for this and insertEntry.
   // REQUIRES: key is not null.
-  bool holdsEntryLike(const MTE* key) const;
+  bool holdsEntryLike(const MTE* key, const IndexKey& indexKey) const;
 
   // The entry of the key whose language ranks best by list.distance(), or
   // null if no entry of the key is acceptable. The whole chain is walked;
@@ -97,8 +99,19 @@ class MessageTable {
   // changes nothing if `predecessor` is null but `existing` is not the head
   // of entry's bucket. If the index cannot grow, the allocator's exception
   // passes on and nothing has changed.
+  // `key` is IndexKey(entry->nameSpace, entry->identifier).
   // REQUIRES: entry is not linked anywhere.
-  void insertEntry(MTE* entry, MTE* existing, MTE* predecessor);
+  void insertEntry(MTE* entry, MTE* existing, MTE* predecessor, const IndexKey& key);
+
+  // Makes room in the index for `keys` more keys, so that a load whose size
+  // is known beforehand does not grow it step by step. Changes nothing a
+  // caller sees. Throws std::bad_alloc, leaving the table as it was.
+  void reserveKeys(std::size_t keys) { index.reserve(index.keyCount() + keys); }
+
+  // Counts an entry of this table whose ownsStrings has just become true.
+  // The table keeps the count so that, when it holds no entry of its own, it
+  // can die without a walk through its chains.
+  void noteOwnedEntry() { ++owned; }
 
   // The largest x <= n that has no divisor d with 2 <= d <= sqrt(x); so 1, 2
   // and 3 count, and 0 gives 0.
@@ -132,6 +145,7 @@ class MessageTable {
 
   std::uint32_t size;   // number of buckets, a prime
   std::uint32_t count;  // entries in all chains
+  std::uint32_t owned;  // of them, those with ownsStrings
   MTE** buckets;        // new[], `size` chain heads
   KeyIndex index;       // the entries of each key, in chain order
 };

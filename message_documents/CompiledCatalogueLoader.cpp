@@ -12,6 +12,7 @@
 #include <string>
 #include <utility>
 
+#include "message_core/MessageTable.h"
 #include "message_documents/CompiledCatalogueReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
@@ -142,9 +143,23 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
 
   // Count first, so the entries take one block of exactly their size.
   const LanguageList languages = handler.getLanguageList();
+  // The texts of one message stand together and share their key's strings,
+  // so counting changes of key counts the keys (or a few more).
   std::size_t accepted = 0;
+  std::size_t keys = 0;
+  const char* lastNamespace = nullptr;
+  const char* lastIdentifier = nullptr;
   for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
-    accepted += languages.distance(Language(reader.entry(i).language)) >= 0 ? 1 : 0;
+    const CompiledCatalogueReader::Entry entry = reader.entry(i);
+    if (languages.distance(Language(entry.language)) < 0) {
+      continue;
+    }
+    ++accepted;
+    if (entry.nameSpace != lastNamespace || entry.identifier != lastIdentifier) {
+      ++keys;
+      lastNamespace = entry.nameSpace;
+      lastIdentifier = entry.identifier;
+    }
   }
 
   if (accepted == 0) {
@@ -153,12 +168,14 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
 
   // Everything that can fail to allocate comes before the first entry is
   // linked; from then on, the storage owns the block and the mapping.
+  handler.messageTable->reserveKeys(keys);
   if (handler.compiledCatalogues == nullptr) {
     handler.compiledCatalogues = new CompiledCatalogueStorage();
   }
   std::vector<CompiledCatalogueStorage::Load>& loads = handler.compiledCatalogues->loads;
   loads.reserve(loads.size() + 1);
   MTE* entries = static_cast<MTE*>(::operator new(accepted * sizeof(MTE)));
+
   loads.push_back({file.release(), file.length(), entries, 0});
   CompiledCatalogueStorage::Load& load = loads.back();
 

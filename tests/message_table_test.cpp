@@ -188,7 +188,8 @@ TEST_F(MessageTableTest, DuplicatesAreRefusedOrReplacedInPlace) {
 
   // A chain head that does not fit the entry to be replaced.
   MessageTable other;
-  EXPECT_THROW(other.insertEntry(english, german2, nullptr), MessageHandlerError);
+  EXPECT_THROW(other.insertEntry(english, german2, nullptr, IndexKey("app", "start")),
+               MessageHandlerError);
   EXPECT_EQ(other.getCount(), 0u);
 }
 

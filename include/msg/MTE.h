@@ -62,8 +62,9 @@ class MSG_EXPORT MTE {
   friend class MessageTable;
   friend class MessageHandler;
 
-  // Links the entry into `handler` (or the process-wide handler).
-  void link(MessageHandler* handler, bool throwOnDuplicate);
+  // Links the entry into `handler` (or the process-wide handler) and
+  // returns the handler it went to.
+  MessageHandler* link(MessageHandler* handler, bool throwOnDuplicate);
 
   MTE* next;       // next entry of the chain, null at its end
   short severity;  // a SeverityLevel, 16 bits wide here

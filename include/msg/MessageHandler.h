@@ -146,6 +146,10 @@ class MSG_EXPORT MessageHandler {
   // `throwOnDuplicate`, otherwise replaces the duplicate in its place.
   void addEntry(MTE* entry, bool throwOnDuplicate);
 
+  // Tells the table that an entry linked by addEntry has taken ownership of
+  // its strings, and so belongs to the table from now on.
+  void noteOwnedEntry();
+
   // Reads the table directly when a record is made by key from a plain
   // handler, instead of through a temporary record.
   friend class Message;
