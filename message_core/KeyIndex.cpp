@@ -184,7 +184,8 @@ KeyGroup* KeyIndex::regrown(KeyGroup* group, std::uint32_t capacity) {
 }
 
 void KeyIndex::prepend(const IndexKey& key, MTE* entry, Language language) {
-  Slot& slot = slotFor(key, 1);
+  // Room for two at once: most keys come in more than one language.
+  Slot& slot = slotFor(key, 2);
   KeyGroup*& group = slot.group;
   if (group->count == group->capacity) {
     group = regrown(group, grownCapacity(group->capacity));

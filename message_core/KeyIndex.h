@@ -101,6 +101,17 @@ class KeyIndex {
     return slot.group;
   }
 
+  // Starts reading the slot where `key` is or would go.
+  void prefetch(const IndexKey& key) const {
+#if defined(__GNUC__)
+    if (slots != nullptr) {
+      __builtin_prefetch(&slots[key.hash & mask]);
+    }
+#else
+    (void)key;
+#endif
+  }
+
   // Puts `entry` in front of the group of `key`, as a new chain head.
   void prepend(const IndexKey& key, MTE* entry, Language language);
 

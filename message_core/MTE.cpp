@@ -64,6 +64,18 @@ MTE::MTE(short severity, int language, const char* nameSpace, const char* identi
   link(handler, throwOnDuplicate);
 }
 
+MTE::MTE(Unlinked, short severity, const char* language, const char* nameSpace,
+         const char* identifier, const char* text)
+    : next(nullptr),
+      severity(severity),
+      language(language),
+      keyCheck(0),
+      nameSpace(nameSpace),
+      identifier(identifier),
+      text(text),
+      cachedHash(0),
+      ownsStrings(false) {}
+
 MTE::~MTE() {
   if (ownsStrings) {
     delete[] nameSpace;

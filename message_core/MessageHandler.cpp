@@ -186,6 +186,10 @@ void MessageHandler::writeMessageN(Message& message, unsigned int count, const c
 }
 
 void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate) {
+  addEntry(entry, throwOnDuplicate, IndexKey(entry->nameSpace, entry->identifier));
+}
+
+void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate, const IndexKey& key) {
   if (messageTable->getCount() / messageTable->getSize() > kMaxAverageChainLength) {
     MessageTable* grown = messageTable->grownCopy();
     delete messageTable;  // empty now: deleting it touches no entry
@@ -193,7 +197,6 @@ void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate) {
   }
   // Most additions bring a new key or language. The chain is walked only
   // for a duplicate, whose place in it the replacement needs.
-  const IndexKey key(entry->nameSpace, entry->identifier);
   MTE* predecessor = nullptr;
   MTE* existing = nullptr;
   if (messageTable->holdsEntryLike(entry, key)) {

@@ -26,12 +26,10 @@ std::uint32_t littleEndian32(const unsigned char* p) {
 #endif
 }
 
-// Sum of the 4-byte little-endian groups of `s`, a short last group padded
-// with zero bytes, in 32-bit arithmetic that wraps. Reads no byte behind
-// the terminator.
-std::uint32_t groupSum(const char* s) {
+// Sum of the 4-byte little-endian groups of the `length` bytes at `s`, a
+// short last group padded with zero bytes, in 32-bit arithmetic that wraps.
+std::uint32_t groupSum(const char* s, std::size_t length) {
   const unsigned char* p = reinterpret_cast<const unsigned char*>(s);
-  const std::size_t length = std::strlen(s);
   std::uint32_t sum = 0;
   std::size_t i = 0;
   for (; i + 4 <= length; i += 4) {
@@ -46,7 +44,14 @@ std::uint32_t groupSum(const char* s) {
 
 // The grouping starts anew with the identifier: two separate sums.
 std::uint32_t keySum(const char* nameSpace, const char* identifier) {
-  return groupSum(nameSpace) + groupSum(identifier);
+  return groupSum(nameSpace, std::strlen(nameSpace)) +
+         groupSum(identifier, std::strlen(identifier));
+}
+
+// The same from a key whose lengths are known.
+std::uint32_t keySum(const IndexKey& key) {
+  return groupSum(key.nameSpace, key.namespaceLength) +
+         groupSum(key.identifier, key.identifierLength);
 }
 
 // The 16 bits of a key sum that an entry keeps in keyCheck. Entries of one
@@ -184,11 +189,16 @@ void MessageTable::linkHead(MTE* entry, std::uint32_t bucket) {
 
 void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, const IndexKey& key) {
   if (existing == nullptr) {
-    const bool hadBucket = entry->cachedHash != 0;
-    const std::uint32_t bucket = bucketOf(entry);
+    const std::uint32_t sum = keySum(key);
+    if (entry->cachedHash == 0) {
+      // What bucketOf would store, from the lengths already known.
+      entry->cachedHash = sum % size;
+      entry->keyCheck = foldedKeyCheck(sum);
+    }
+    const std::uint32_t bucket = entry->cachedHash;
     // An entry that kept the bucket of another table size lands in a chain
     // that no lookup of its key walks, so no lookup may find it.
-    if (!hadBucket || bucket == tableHash(entry->nameSpace, entry->identifier)) {
+    if (bucket == sum % size) {
       index.prepend(key, entry, entry->language);
     }
     linkHead(entry, bucket);

@@ -108,6 +108,10 @@ class MessageTable {
   // caller sees. Throws std::bad_alloc, leaving the table as it was.
   void reserveKeys(std::size_t keys) { index.reserve(index.keyCount() + keys); }
 
+  // Starts reading the index slot of `key`, which an addition of the key
+  // will need soon. Changes nothing.
+  void prefetchKey(const IndexKey& key) const { index.prefetch(key); }
+
   // Counts an entry of this table whose ownsStrings has just become true.
   // The table keeps the count so that, when it holds no entry of its own, it
   // can die without a walk through its chains.

@@ -11,7 +11,9 @@
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "message_core/KeyIndex.h"
 #include "message_core/MessageTable.h"
 #include "message_documents/CompiledCatalogueReader.h"
 #include "msg/ErrorInMessageDocument.h"
@@ -120,9 +122,8 @@ class MappedFile {
 
 CompiledCatalogueStorage::~CompiledCatalogueStorage() {
   for (Load& load : loads) {
-    for (std::size_t i = 0; i < load.constructed; ++i) {
-      load.entries[i].~MTE();
-    }
+    // The entries borrow every string, so their destructors would free
+    // nothing; the block is given back without running them.
     ::operator delete(load.entries);
     munmap(load.mapping, load.mappingSize);
   }
@@ -145,15 +146,18 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   const LanguageList languages = handler.getLanguageList();
   // The texts of one message stand together and share their key's strings,
   // so counting changes of key counts the keys (or a few more).
+  const std::uint32_t count = reader.entryCount();
+  std::vector<bool> acceptable(count);
   std::size_t accepted = 0;
   std::size_t keys = 0;
   const char* lastNamespace = nullptr;
   const char* lastIdentifier = nullptr;
-  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
+  for (std::uint32_t i = 0; i < count; ++i) {
     const CompiledCatalogueReader::Entry entry = reader.entry(i);
     if (languages.distance(Language(entry.language)) < 0) {
       continue;
     }
+    acceptable[i] = true;
     ++accepted;
     if (entry.nameSpace != lastNamespace || entry.identifier != lastIdentifier) {
       ++keys;
@@ -179,17 +183,43 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   loads.push_back({file.release(), file.length(), entries, 0});
   CompiledCatalogueStorage::Load& load = loads.back();
 
-  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
-    const CompiledCatalogueReader::Entry entry = reader.entry(i);
-    if (languages.distance(Language(entry.language)) < 0) {
-      continue;
+  // Each run of entries that share their key strings is one key: it is
+  // hashed once, and the index slot of the next run is fetched while this
+  // run is linked. Linking replaces an entry of the same key and language;
+  // a failure to grow the table leaves the entries linked so far.
+  const auto acceptedFrom = [&](std::uint32_t i) {
+    while (i < count && !acceptable[i]) {
+      ++i;
     }
-    // Strings borrowed from the mapping; linking replaces an entry of the
-    // same key. A failure to grow the table leaves the entries linked so far.
-    new (&entries[load.constructed])
-        MTE(static_cast<short>(entry.severity), entry.language, entry.nameSpace, entry.identifier,
-            entry.text, &handler, false, false);
-    ++load.constructed;
+    return i;
+  };
+  std::uint32_t start = acceptedFrom(0);
+  IndexKey key(reader.entry(start).nameSpace, reader.entry(start).identifier);
+  while (start < count) {
+    const CompiledCatalogueReader::Entry first = reader.entry(start);
+    std::uint32_t end = start + 1;
+    while (end < count && reader.entry(end).nameSpace == first.nameSpace &&
+           reader.entry(end).identifier == first.identifier) {
+      ++end;
+    }
+    const std::uint32_t following = acceptedFrom(end);
+    const IndexKey followingKey = following < count ? IndexKey(reader.entry(following).nameSpace,
+                                                               reader.entry(following).identifier)
+                                                    : key;
+    handler.messageTable->prefetchKey(followingKey);
+    for (std::uint32_t i = start; i < end; ++i) {
+      if (!acceptable[i]) {
+        continue;
+      }
+      const CompiledCatalogueReader::Entry entry = reader.entry(i);
+      MTE* made = new (&entries[load.constructed])
+          MTE(MTE::Unlinked{}, static_cast<short>(entry.severity), entry.language, entry.nameSpace,
+              entry.identifier, entry.text);
+      ++load.constructed;
+      handler.addEntry(made, false, key);
+    }
+    start = following;
+    key = followingKey;
   }
 }
 

@@ -28,7 +28,8 @@ class CompiledCatalogueStorage {
   CompiledCatalogueStorage(const CompiledCatalogueStorage&) = delete;
   CompiledCatalogueStorage& operator=(const CompiledCatalogueStorage&) = delete;
 
-  // Destroys every entry and releases every block and mapping.
+  // Releases every entry block and mapping. The entries own nothing, so
+  // their destructors are not run.
   // REQUIRES: no table links any of the entries any more.
   ~CompiledCatalogueStorage();
 

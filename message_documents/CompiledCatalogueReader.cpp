@@ -130,12 +130,4 @@ bool CompiledCatalogueReader::checkEntries() {
   return true;
 }
 
-CompiledCatalogueReader::Entry CompiledCatalogueReader::entry(std::uint32_t index) const {
-  const unsigned char* entry = table + std::uint64_t{index} * entrySize;
-  return Entry{strings + readU32(entry + kEntryNamespace),
-               strings + readU32(entry + kEntryIdentifier), strings + readU32(entry + kEntryText),
-               reinterpret_cast<const char*>(entry + kEntryLanguage),
-               readU16(entry + kEntrySeverity)};
-}
-
 }  // namespace msg

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string>
 
+#include "message_documents/CompiledCatalogueFormat.h"
+
 namespace msg {
 
 // A view of a compiled catalogue (the format of CompiledCatalogueFormat.h)
@@ -41,7 +43,14 @@ class CompiledCatalogueReader {
 
   // Entries in file order. REQUIRES: problem() is empty; index < entryCount().
   std::uint32_t entryCount() const { return count; }
-  Entry entry(std::uint32_t index) const;
+  Entry entry(std::uint32_t index) const {
+    using namespace compiled;
+    const unsigned char* entry = table + std::uint64_t{index} * entrySize;
+    return Entry{strings + readU32(entry + kEntryNamespace),
+                 strings + readU32(entry + kEntryIdentifier), strings + readU32(entry + kEntryText),
+                 reinterpret_cast<const char*>(entry + kEntryLanguage),
+                 readU16(entry + kEntrySeverity)};
+  }
 
  private:
   bool checkHeader();

@@ -61,6 +61,13 @@ class MSG_EXPORT MTE {
  private:
   friend class MessageTable;
   friend class MessageHandler;
+  friend class CompiledCatalogueLoader;
+
+  // An entry that borrows its strings and is not linked yet: whoever makes
+  // it links it through MessageHandler::addEntry.
+  struct Unlinked {};
+  MTE(Unlinked, short severity, const char* language, const char* nameSpace, const char* identifier,
+      const char* text);
 
   // Links the entry into `handler` (or the process-wide handler) and
   // returns the handler it went to.

@@ -10,6 +10,7 @@
 namespace msg {
 
 class CompiledCatalogueStorage;
+struct IndexKey;
 class MTE;
 class Message;
 class MessageChannel;
@@ -145,6 +146,9 @@ class MSG_EXPORT MessageHandler {
   // have become long. Throws MessageExists for a duplicate if
   // `throwOnDuplicate`, otherwise replaces the duplicate in its place.
   void addEntry(MTE* entry, bool throwOnDuplicate);
+  // The same with the entry's key worked out by the caller, who links many
+  // entries of one key: `key` is IndexKey(entry's namespace, identifier).
+  void addEntry(MTE* entry, bool throwOnDuplicate, const IndexKey& key);
 
   // Tells the table that an entry linked by addEntry has taken ownership of
   // its strings, and so belongs to the table from now on.
