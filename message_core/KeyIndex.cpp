@@ -163,7 +163,6 @@ KeyIndex::Slot& KeyIndex::slotFor(const IndexKey& key, std::uint32_t capacity) {
   Slot& slot = slotOf(key);
   slot.hash = key.hash;
   slot.group = group;
-  slot.first = nullptr;
   ++used;
   return slot;
 }
@@ -197,7 +196,6 @@ void KeyIndex::prepend(const IndexKey& key, MTE* entry, Language language) {
   entries[0] = entry;
   languages[0] = language;
   ++group->count;
-  slot.first = entry;
 }
 
 bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Language language) {
@@ -213,7 +211,6 @@ bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Lan
     if (group->entries()[i] == existing) {
       group->entries()[i] = entry;
       group->languages()[i] = language;
-      noteFirst(slot);
       return true;
     }
   }
@@ -237,7 +234,6 @@ void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
       std::memmove(entries + i, entries + i + 1, behind * sizeof(MTE*));
       std::memmove(languages + i, languages + i + 1, behind * sizeof(Language));
       --group->count;
-      noteFirst(slot);
       return;
     }
   }
@@ -256,7 +252,6 @@ void KeyIndex::assign(const IndexKey& key, MTE* const* entries, const Language* 
     std::memcpy(group->languages(), languages, count * sizeof(Language));
   }
   group->count = count;
-  noteFirst(slot);
 }
 
 }  // namespace msg

@@ -87,18 +87,9 @@ class KeyIndex {
   KeyIndex& operator=(const KeyIndex&) = delete;
   ~KeyIndex();
 
-  // The group of `key`, or null if the key was never indexed. Starts the
-  // read of the group's first entry, which is the one a lookup takes as a
-  // rule, so that it arrives while the group is being read.
+  // The group of `key`, or null if the key was never indexed.
   const KeyGroup* find(const IndexKey& key) const {
-    if (slots == nullptr) {
-      return nullptr;
-    }
-    const Slot& slot = slotOf(key);
-#if defined(__GNUC__)
-    __builtin_prefetch(slot.first);
-#endif
-    return slot.group;
+    return slots == nullptr ? nullptr : slotOf(key).group;
   }
 
   // Starts reading the slot where `key` is or would go.
@@ -141,7 +132,6 @@ class KeyIndex {
   struct Slot {
     std::uint64_t hash;
     KeyGroup* group;  // null: the slot is free
-    MTE* first;       // group->entry(0), null while the group is empty
   };
 
   // The slot of `key`, or the free slot where it would go.
@@ -157,10 +147,7 @@ class KeyIndex {
   // The slot of `key`, with a group made empty with room for `capacity` if
   // the key is new.
   Slot& slotFor(const IndexKey& key, std::uint32_t capacity);
-  // Sets slot.first after a change of its group.
-  static void noteFirst(Slot& slot) {
-    slot.first = slot.group->count > 0 ? slot.group->entries()[0] : nullptr;
-  }
+
   // A copy of `group` with room for `capacity` entries; frees `group`.
   KeyGroup* regrown(KeyGroup* group, std::uint32_t capacity);
   // Counts the groups that the arena does not track, which clear must free.

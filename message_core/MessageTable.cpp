@@ -190,15 +190,16 @@ void MessageTable::linkHead(MTE* entry, std::uint32_t bucket) {
 void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, const IndexKey& key) {
   if (existing == nullptr) {
     const std::uint32_t sum = keySum(key);
+    const std::uint32_t home = sum % size;  // one division: they are slow
     if (entry->cachedHash == 0) {
       // What bucketOf would store, from the lengths already known.
-      entry->cachedHash = sum % size;
+      entry->cachedHash = home;
       entry->keyCheck = foldedKeyCheck(sum);
     }
     const std::uint32_t bucket = entry->cachedHash;
     // An entry that kept the bucket of another table size lands in a chain
     // that no lookup of its key walks, so no lookup may find it.
-    if (bucket == sum % size) {
+    if (bucket == home) {
       index.prepend(key, entry, entry->language);
     }
     linkHead(entry, bucket);
