@@ -119,20 +119,28 @@ std::string Parser::getXIncludeOutputFile() const {
 }
 
 DOMNode Parser::parseFile(const std::string& fileName) {
-  parseFirst(fileName, false);
+  return parseDocument(fileName, false);
+}
+
+DOMNode Parser::parseFileWithPositions(const std::string& fileName) {
+  return parseDocument(fileName, true);
+}
+
+DOMNode Parser::parseDocument(const std::string& fileName, bool keepPositions) {
+  parseFirst(fileName, keepPositions);
+  auto positions = std::make_unique<PositionTable>(parser->takePositions());
   xercesc::DOMNode* document = nullptr;
   if (getXInclude() || !xIncludeOutputFile.empty()) {
-    document = validateAfterXInclude(fileName, getXInclude());
+    document = validateAfterXInclude(fileName, getXInclude(), *positions);
   } else {
     document = parser->adoptDocument();
   }
   // A null owner makes a new block: the handle becomes the document's owner.
-  return DOMNode(document, nullptr);
-}
-
-DOMNode Parser::parseFileWithPositions(const std::string& fileName) {
-  parseFirst(fileName, true);
-  return DOMNode(parser->adoptDocument(), nullptr);
+  DOMNode handle(document, nullptr);
+  if (keepPositions && handle.isValid()) {
+    handle.owner->positions = positions.release();
+  }
+  return handle;
 }
 
 void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
@@ -187,7 +195,8 @@ void Parser::noteLoweredReferenceLimit(const std::string& fileName) {
   }
 }
 
-xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse) {
+xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse,
+                                                PositionTable& positions) {
   // This reporter takes the parser's callbacks over from the one of
   // parseFile, so the second parse has its own blocks and flag.
   std::ostringstream errorText;
@@ -216,13 +225,25 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       output.close();
     }
     if (reparse) {
-      // The source only refers to the bytes; the guard keeps them alive.
-      const xercesc::MemBufInputSource source(memory.target->getRawBuffer(),
-                                              memory.target->getLen(), systemId.c_str(), false,
-                                              xercesc::XMLPlatformUtils::fgMemoryManager);
+      // The second document has the same elements in the same order as the
+      // first, so their positions carry over. The first tree goes before
+      // the second is built: only one is ever held.
+      const std::vector<SourcePosition> ordered =
+          positions.empty() ? std::vector<SourcePosition>()
+                            : positions.inDocumentOrder(firstDocument.node);
+      firstDocument = DOMNode();
+      // The source and its stream only refer to the bytes; the guard keeps
+      // them alive.
+      xercesc::MemBufInputSource source(memory.target->getRawBuffer(), memory.target->getLen(),
+                                        systemId.c_str(), false,
+                                        xercesc::XMLPlatformUtils::fgMemoryManager);
+      source.setCopyBufToStream(false);
       parser->setKeepPositions(false);
       parser->parseBounded(source);
       applyRelaxedSettings();
+      if (!ordered.empty()) {
+        positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered);
+      }
     }
   } catch (const Exception& exception) {
     if (reparse) {

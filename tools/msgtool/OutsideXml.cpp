@@ -19,7 +19,6 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "xml_access/BoundedDOMParser.h"
-#include "xml_access/SourcePosition.h"
 
 namespace msgtool {
 
@@ -146,7 +145,9 @@ XmlDocument XmlDocument::parse(const std::string& path, bool keepComments) {
   if (parser.getDocument() == nullptr || parser.getDocument()->getDocumentElement() == nullptr) {
     throw FileProblem(path, 0, "holds no XML document");
   }
-  return XmlDocument(parser.adoptDocument());
+  XmlDocument document(parser.adoptDocument());
+  document.positions = parser.takePositions();
+  return document;
 }
 
 XmlDocument XmlDocument::create(const std::string& namespaceUri, const std::string& qualifiedName) {
@@ -178,8 +179,8 @@ XmlDocument::~XmlDocument() {
   }
 }
 
-int XmlDocument::lineOf(const xercesc::DOMNode* node) {
-  return static_cast<int>(XercesXML::readSourcePosition(node).line);
+int XmlDocument::lineOf(const xercesc::DOMNode* node) const {
+  return static_cast<int>(positions.find(node).line);
 }
 
 std::string XmlDocument::serialize() const {
