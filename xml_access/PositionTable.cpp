@@ -73,12 +73,16 @@ PositionTable PositionTable::fromDocumentOrder(const xercesc::DOMNode* document,
                                                const std::vector<SourcePosition>& positions) {
   PositionTable table;
   table.records.reserve(positions.size());
-  std::size_t next = 0;
+  std::size_t elements = 0;
   forEachElement(document, [&](const xercesc::DOMNode* element) {
-    if (next < positions.size()) {
-      table.records.push_back(Record{element, positions[next++]});
+    if (elements < positions.size()) {
+      table.records.push_back(Record{element, positions[elements]});
     }
+    ++elements;
   });
+  if (elements != positions.size()) {
+    table.records.clear();
+  }
   table.seal();
   return table;
 }

@@ -53,8 +53,8 @@ class PositionTable {
   // A sealed table that gives the n-th element below `document`, in
   // document order, the n-th entry of `positions`. Carries positions over
   // to a document that was serialised and parsed again: both have the same
-  // elements in the same order. Elements beyond the end of `positions` get
-  // no record.
+  // elements in the same order. Should the numbers differ, the table is
+  // empty: no position is better than a wrong one.
   static PositionTable fromDocumentOrder(const xercesc::DOMNode* document,
                                          const std::vector<SourcePosition>& positions);
 
