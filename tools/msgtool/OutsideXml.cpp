@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
@@ -158,7 +159,8 @@ XmlDocument XmlDocument::create(const std::string& namespaceUri, const std::stri
   return XmlDocument(implementation()->createDocument(XmlString(namespaceUri), name, nullptr));
 }
 
-XmlDocument::XmlDocument(XmlDocument&& other) noexcept : document(other.document) {
+XmlDocument::XmlDocument(XmlDocument&& other) noexcept
+    : document(other.document), positions(std::move(other.positions)) {
   other.document = nullptr;
 }
 
@@ -169,6 +171,7 @@ XmlDocument& XmlDocument::operator=(XmlDocument&& other) noexcept {
     }
     document = other.document;
     other.document = nullptr;
+    positions = std::move(other.positions);
   }
   return *this;
 }
