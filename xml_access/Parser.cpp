@@ -128,16 +128,19 @@ DOMNode Parser::parseFileWithPositions(const std::string& fileName) {
 
 DOMNode Parser::parseDocument(const std::string& fileName, bool keepPositions) {
   parseFirst(fileName, keepPositions);
-  auto positions = std::make_unique<PositionTable>(parser->takePositions());
+  std::unique_ptr<PositionTable> positions;
+  if (keepPositions) {
+    positions = std::make_unique<PositionTable>(parser->takePositions());
+  }
   xercesc::DOMNode* document = nullptr;
   if (getXInclude() || !xIncludeOutputFile.empty()) {
-    document = validateAfterXInclude(fileName, getXInclude(), *positions);
+    document = validateAfterXInclude(fileName, getXInclude(), positions.get());
   } else {
     document = parser->adoptDocument();
   }
   // A null owner makes a new block: the handle becomes the document's owner.
   DOMNode handle(document, nullptr);
-  if (keepPositions && handle.isValid()) {
+  if (positions != nullptr && handle.isValid()) {
     handle.owner->positions = positions.release();
   }
   return handle;
@@ -196,7 +199,7 @@ void Parser::noteLoweredReferenceLimit(const std::string& fileName) {
 }
 
 xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse,
-                                                PositionTable& positions) {
+                                                PositionTable* positions) {
   // This reporter takes the parser's callbacks over from the one of
   // parseFile, so the second parse has its own blocks and flag.
   std::ostringstream errorText;
@@ -226,12 +229,14 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     }
     if (reparse) {
       // The second document has the same elements in the same order as the
-      // first, so their positions carry over. The first tree goes before
-      // the second is built: only one is ever held.
-      const std::vector<SourcePosition> ordered =
-          positions.empty() ? std::vector<SourcePosition>()
-                            : positions.inDocumentOrder(firstDocument.node);
-      firstDocument = DOMNode();
+      // first, so their positions carry over. A parse with positions lets
+      // the first tree go now, so only one is held; parseFile keeps it to
+      // the end of the round trip.
+      std::vector<SourcePosition> ordered;
+      if (positions != nullptr) {
+        ordered = positions->inDocumentOrder(firstDocument.node);
+        firstDocument = DOMNode();
+      }
       // The source and its stream only refer to the bytes; the guard keeps
       // them alive.
       xercesc::MemBufInputSource source(memory.target->getRawBuffer(), memory.target->getLen(),
@@ -241,8 +246,8 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       parser->setKeepPositions(false);
       parser->parseBounded(source);
       applyRelaxedSettings();
-      if (!ordered.empty()) {
-        positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered);
+      if (positions != nullptr) {
+        *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered);
       }
     }
   } catch (const Exception& exception) {

@@ -111,7 +111,9 @@ class Parser {
   // for DOMNode::getSourceLine and getSourceColumn. The parse is the same,
   // and so is its verdict. The positions come from the first parse, which
   // reads the file as written, and follow the elements through the round
-  // trip; elements that XInclude brings in from a part have none.
+  // trip; elements that XInclude brings in from a part have none. Unlike
+  // parseFile, the round trip releases the first document before the second
+  // parse, so the two trees are never held together.
   // Raises ParsingError as parseFile does.
   DOMNode parseFileWithPositions(const std::string& fileName);
 
@@ -148,14 +150,16 @@ class Parser {
   // settings with `systemId` as their id, restoring the relaxed settings on
   // every path. Returns the document that parseFile is to own: with
   // `reparse` the document of the second parse (the first one is released
-  // before the second parse starts); without it the first document itself,
-  // given up by the local handle that held it during serialisation.
-  // `positions`, those of the first document, are replaced by those of the
-  // second when there is one.
+  // on the way out); without it the first document itself, given up by the
+  // local handle that held it during serialisation.
+  // With `positions` (those of the first document, for
+  // parseFileWithPositions) the first document is released before the
+  // second parse starts instead, so that only one tree is held at a time,
+  // and the positions are replaced by those of the second document.
   // Raises ParsingError; the first document is then released and whatever
   // exists of a second one stays with the parser object.
   xercesc::DOMNode* validateAfterXInclude(const std::string& systemId, bool reparse,
-                                          PositionTable& positions);
+                                          PositionTable* positions);
 
   // Takes the document out of `handle` without releasing it: the handle's
   // block forgets the node, so the end of the handle frees only the block.
