@@ -194,11 +194,14 @@ class DocumentSafetyTest : public ::testing::Test {
 };
 
 TEST_F(DocumentSafetyTest, TheLoadersParseKeepsWhereEachElementStarts) {
-  write("docs/part.xml", "<MessageNamespace name=\"part\"/>\n");
+  const std::string namespaceN =
+      "<MessageNamespace name=\"n\"><Message id=\"m\"><Text>a&amp;b</Text></Message>";
+  write("docs/part.xml", namespaceN + "</MessageNamespace>\n");
   write("docs/positions.xml",
         messageDocument("<!-- a comment -->\n  <MessageNamespace name=\"n\">\n"
                         "    <Message id=\"m\"><Text\n xml:lang=\"de\">a&amp;b</Text></Message>\n"
-                        "  </MessageNamespace><xi:include href=\"part.xml\"/>\n"));
+                        "  </MessageNamespace><xi:include href=\"part.xml\"/>\n  " +
+                        namespaceN + "</MessageNamespace>\n"));
   const XercesXML::DOMNode document =
       msg::parseMessageDocumentWithPositions(path("docs/positions.xml").c_str());
   const XercesXML::DOMNode collection = msg::findMessageCollection(document);
@@ -213,9 +216,12 @@ TEST_F(DocumentSafetyTest, TheLoadersParseKeepsWhereEachElementStarts) {
     places.push_back({entry.textElement.getSourceLine(), entry.textElement.getSourceColumn()});
     EXPECT_EQ(entry.readText(), "a&b");
   });
-  EXPECT_EQ(places, (std::vector<std::pair<int, int>>{{4, 3}, {5, 5}, {5, 21}}));
-  // The included part is there, without a place of its own; a parse that
-  // asks for no places keeps none.
+  // The included part is there, without a place of its own, and the
+  // elements after it keep theirs; a parse that asks for no places keeps
+  // none.
+  EXPECT_EQ(places,
+            (std::vector<std::pair<int, int>>{
+                {4, 3}, {5, 5}, {5, 21}, {0, 0}, {0, 0}, {0, 0}, {8, 3}, {8, 30}, {8, 46}}));
   const XercesXML::DOMNode included =
       collection.findFirstNodeByName("MessageNamespace").getNextElementSibling();
   ASSERT_TRUE(included.isValid());
