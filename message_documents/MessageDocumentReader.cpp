@@ -96,9 +96,9 @@ DocumentRefused refusalFromParser(const char* path, const XercesXML::Parser& par
   return refused;
 }
 
-enum class Pass { WithRoundTrip, FirstOnly };
+enum class Positions { Drop, Keep };
 
-XercesXML::DOMNode parse(const char* path, Pass pass) {
+XercesXML::DOMNode parse(const char* path, Positions positions) {
   // A folder is refused before Xerces-C opens it: its reader loses a buffer
   // when the first read of a directory fails.
   std::error_code ignored;
@@ -110,7 +110,7 @@ XercesXML::DOMNode parse(const char* path, Pass pass) {
   parser.setMessageDocumentRules(true);
   try {
     // The document outlives the parser: it belongs to its handles.
-    if (pass == Pass::FirstOnly) {
+    if (positions == Positions::Keep) {
       return parser.parseFileWithPositions(path);
     }
     return parser.parseFile(path);
@@ -122,11 +122,11 @@ XercesXML::DOMNode parse(const char* path, Pass pass) {
 }  // namespace
 
 XercesXML::DOMNode parseMessageDocument(const char* path) {
-  return parse(path, Pass::WithRoundTrip);
+  return parse(path, Positions::Drop);
 }
 
 XercesXML::DOMNode parseMessageDocumentWithPositions(const char* path) {
-  return parse(path, Pass::FirstOnly);
+  return parse(path, Positions::Keep);
 }
 
 // Breadth first, as the name search of DOMNode, but over elements alone: a

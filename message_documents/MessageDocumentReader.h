@@ -68,11 +68,10 @@ struct DocumentRefused {
 XercesXML::DOMNode parseMessageDocument(const char* path);
 
 // For tools that point at places in a document; the loader never uses it.
-// Parses `path` with the same protections as parseMessageDocument but stops
-// after the first parse (includes expanded, not validated), so that every
-// element still knows its line and column (DOMNode::getSourceLine and
-// getSourceColumn). Call parseMessageDocument first to learn whether the
-// loader accepts the document.
+// parseMessageDocument, the same parse with the same verdict, in which every
+// element of the file itself also knows its line and column
+// (DOMNode::getSourceLine and getSourceColumn); elements that an include
+// brings in from a part have none.
 // Raises DocumentRefused.
 XercesXML::DOMNode parseMessageDocumentWithPositions(const char* path);
 

@@ -3,6 +3,7 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include <xercesc/dom/DOMText.hpp>
 #include <xercesc/framework/XMLElementDecl.hpp>
@@ -11,39 +12,19 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
-#include "xml_access/SourcePosition.h"
 #include "xml_access/XMLSystem.h"
 
 namespace XercesXML {
 
 namespace {
 
-// u"msg-source-position" and the XInclude names, as Xerces-C strings.
-const XMLCh kPositionKey[] = {u'm', u's', u'g', u'-', u's', u'o', u'u', u'r', u'c', u'e',
-                              u'-', u'p', u'o', u's', u'i', u't', u'i', u'o', u'n', 0};
+// The XInclude names, as Xerces-C strings.
 const XMLCh kXIncludeNamespace[] = {
     u'h', u't', u't', u'p', u':', u'/', u'/', u'w', u'w', u'w', u'.', u'w', u'3', u'.', u'o', u'r',
     u'g', u'/', u'2', u'0', u'0', u'1', u'/', u'X', u'I', u'n', u'c', u'l', u'u', u'd', u'e', 0};
 const XMLCh kIncludeName[] = {u'i', u'n', u'c', u'l', u'u', u'd', u'e', 0};
 
-constexpr unsigned kHalfBits = sizeof(std::uintptr_t) * 4;
-constexpr std::uintptr_t kHalfMask = (std::uintptr_t{1} << kHalfBits) - 1;
-
-std::uintptr_t saturate(std::uint64_t value) {
-  return value > kHalfMask ? kHalfMask : static_cast<std::uintptr_t>(value);
-}
-
 }  // namespace
-
-void storeSourcePosition(xercesc::DOMNode* element, std::uint64_t line, std::uint64_t column) {
-  const std::uintptr_t packed = (saturate(line) << kHalfBits) | saturate(column);
-  element->setUserData(kPositionKey, reinterpret_cast<void*>(packed), nullptr);
-}
-
-SourcePosition readSourcePosition(const xercesc::DOMNode* node) {
-  const auto packed = reinterpret_cast<std::uintptr_t>(node->getUserData(kPositionKey));
-  return SourcePosition{packed >> kHalfBits, packed & kHalfMask};
-}
 
 BoundedDOMParser::BoundedDOMParser()
     : xercesc::XercesDOMParser(nullptr, xercesc::XMLPlatformUtils::fgMemoryManager, nullptr) {
@@ -87,6 +68,19 @@ std::string BoundedDOMParser::referenceLimitNote() const {
   return note.str();
 }
 
+PositionTable BoundedDOMParser::takePositions() {
+  PositionTable taken = std::move(positions);
+  positions = PositionTable();
+  taken.seal();
+  return taken;
+}
+
+bool BoundedDOMParser::isInclude(const xercesc::XMLElementDecl& elemDecl,
+                                 unsigned int urlId) const {
+  return getDoXInclude() && xercesc::XMLString::equals(elemDecl.getBaseName(), kIncludeName) &&
+         xercesc::XMLString::equals(getScanner()->getURIText(urlId), kXIncludeNamespace);
+}
+
 void BoundedDOMParser::markPosition() {
   const xercesc::Locator* locator = getScanner()->getLocator();
   lastLine = locator->getLineNumber();
@@ -105,6 +99,8 @@ void BoundedDOMParser::startDocument() {
   longestEntityValue = 0;
   lastLine = 1;
   lastColumn = 1;
+  positions = PositionTable();
+  openIncludes.clear();
   xercesc::XercesDOMParser::startDocument();
 }
 
@@ -122,7 +118,10 @@ void BoundedDOMParser::startElement(const xercesc::XMLElementDecl& elemDecl, uns
   xercesc::XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                          isRoot);
   if (keepPositions) {
-    storeSourcePosition(getCurrentNode(), line, column);
+    if (isInclude(elemDecl, urlId)) {
+      openIncludes.push_back(positions.size());
+    }
+    positions.add(getCurrentNode(), line, column);
   }
   markPosition();
 }
@@ -132,10 +131,7 @@ void BoundedDOMParser::endElement(const xercesc::XMLElementDecl& elemDecl, unsig
   --depth;
   // XInclude expands an include when its element ends; the resolver is
   // asked about the part (and its nested parts) during this call.
-  const bool isInclude =
-      getDoXInclude() && xercesc::XMLString::equals(elemDecl.getBaseName(), kIncludeName) &&
-      xercesc::XMLString::equals(getScanner()->getURIText(urlId), kXIncludeNamespace);
-  if (isInclude) {
+  if (isInclude(elemDecl, urlId)) {
     ++includeDepth;
     try {
       xercesc::XercesDOMParser::endElement(elemDecl, urlId, isRoot, elemPrefix);
@@ -144,6 +140,12 @@ void BoundedDOMParser::endElement(const xercesc::XMLElementDecl& elemDecl, unsig
       throw;
     }
     --includeDepth;
+    if (keepPositions && !openIncludes.empty()) {
+      // The include element and what it held (a fallback) are replaced by
+      // the expansion, and Xerces-C may reuse their nodes for later ones.
+      positions.truncate(openIncludes.back());
+      openIncludes.pop_back();
+    }
   } else {
     xercesc::XercesDOMParser::endElement(elemDecl, urlId, isRoot, elemPrefix);
   }

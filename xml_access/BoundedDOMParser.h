@@ -7,11 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
 #include "xml_access/ParseProblem.h"
+#include "xml_access/PositionTable.h"
 
 namespace XercesXML {
 
@@ -51,8 +53,10 @@ struct ParseRefused {
 //  - refuses a document type declaration if asked to (setRefuseDoctype),
 //    and always one that names an external DTD, before the parser reads
 //    anything of its subsets;
-//  - records where each element starts (line and column of its '<') if
-//    asked to (setKeepPositions), for DOMNode::getSourceLine;
+//  - records where each element of the document's own file starts (line
+//    and column of its '<') if asked to (setKeepPositions), in a table
+//    beside the document (see takePositions); elements that XInclude
+//    brings in from a part get no record;
 //  - appends text that follows an entity reference through the public
 //    appendData, which keeps long texts with many references linear (the
 //    parser's own fast append rescans the document's block list each time);
@@ -69,6 +73,11 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
 
   void setRefuseDoctype(bool refuse) { refuseDoctype = refuse; }
   void setKeepPositions(bool keep) { keepPositions = keep; }
+
+  // The positions recorded by the last parse with setKeepPositions(true),
+  // sealed; the parser keeps none. They describe the document that
+  // adoptDocument gives, and must go with it.
+  PositionTable takePositions();
 
   // True while the parser expands an xi:include element (and its nested
   // includes); every external reference asked about then is a part to
@@ -116,6 +125,9 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
   template <typename Source>
   void parseWithRestarts(const Source& source);
 
+  // Whether the element is an xi:include that XInclude processing expands.
+  bool isInclude(const xercesc::XMLElementDecl& elemDecl, unsigned int urlId) const;
+
   // Remembers where the scanner stands: the next element starts here.
   void markPosition();
 
@@ -132,6 +144,8 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
   bool keepPositions = false;
   std::uint64_t lastLine = 1;
   std::uint64_t lastColumn = 1;
+  PositionTable positions;                // of the running parse
+  std::vector<std::size_t> openIncludes;  // first record of each open xi:include
 };
 
 }  // namespace XercesXML

@@ -9,7 +9,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "msg/XercesXMLException.h"
-#include "xml_access/SourcePosition.h"
+#include "xml_access/PositionTable.h"
 #include "xml_access/XMLSystem.h"
 
 namespace XercesXML {
@@ -88,7 +88,7 @@ DOMNode::DOMNode(xercesc::DOMNode* node, NodeOwnerBlock* owner) : node(node), ow
   if (owner != nullptr) {
     ++owner->count;
   } else {
-    this->owner = new NodeOwnerBlock{1, node, nullptr};
+    this->owner = new NodeOwnerBlock{1, node, nullptr, nullptr};
   }
 }
 
@@ -132,6 +132,7 @@ void DOMNode::releaseOwnerBlock(NodeOwnerBlock* block) {
   if (block->node != nullptr) {
     block->node->release();
   }
+  delete block->positions;
   delete block;
 }
 
@@ -240,14 +241,17 @@ std::string DOMNode::getAttributeByName(const std::string& name,
   }
 }
 
-int DOMNode::getSourceLine() const {
+SourcePosition DOMNode::getSourcePosition() const {
   requireNode(node);
-  return clampPosition(readSourcePosition(node).line);
+  return owner->positions != nullptr ? owner->positions->find(node) : SourcePosition{};
+}
+
+int DOMNode::getSourceLine() const {
+  return clampPosition(getSourcePosition().line);
 }
 
 int DOMNode::getSourceColumn() const {
-  requireNode(node);
-  return clampPosition(readSourcePosition(node).column);
+  return clampPosition(getSourcePosition().column);
 }
 
 }  // namespace XercesXML

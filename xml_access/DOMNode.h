@@ -10,19 +10,25 @@
 #include <xercesc/dom/DOMNode.hpp>
 #include <xercesc/util/XercesDefs.hpp>
 
+#include "xml_access/SourcePosition.h"
+
 XERCES_CPP_NAMESPACE_BEGIN
 class MemBufFormatTarget;
 XERCES_CPP_NAMESPACE_END
 
 namespace XercesXML {
 
+class PositionTable;
+
 // The ownership block of one document, shared by every handle into it. The
 // last handle to go releases the document and frees the block.
 struct NodeOwnerBlock {
-  std::int32_t count;      // number of non-null handles that share the block
-  xercesc::DOMNode* node;  // the owned node: for a parsed document, the document
-  NodeOwnerBlock* parent;  // block that owns `node` instead; null in every
-                           // block this layer makes
+  std::int32_t count;        // number of non-null handles that share the block
+  xercesc::DOMNode* node;    // the owned node: for a parsed document, the document
+  NodeOwnerBlock* parent;    // block that owns `node` instead; null in every
+                             // block this layer makes
+  PositionTable* positions;  // owned, may be null: where the elements of the
+                             // document start
 };
 
 // A value handle on a node of a document, two pointers wide, that may be null.
@@ -107,8 +113,9 @@ class DOMNode {
 
   // Where the element starts in its file: the 1-based line and column of
   // its '<', for an element of a document read by
-  // Parser::parseFileWithPositions. 0 for every other node, for elements of
-  // other documents, and for elements that XInclude brought in from a part.
+  // Parser::parseFileWithPositions (the document keeps a table of them
+  // beside it). 0 for every other node, for elements of other documents,
+  // and for elements that XInclude brought in from a part.
   // Raises NullPointer on a null handle.
   int getSourceLine() const;
   int getSourceColumn() const;
@@ -139,6 +146,9 @@ class DOMNode {
   // (or, for a block with a parent, the parent's reference) and frees the
   // block.
   static void releaseOwnerBlock(NodeOwnerBlock* block);
+
+  // The recorded start of this node; zeros if none.
+  SourcePosition getSourcePosition() const;
 
   xercesc::DOMNode* node;  // may be null: then the handle is null
   NodeOwnerBlock* owner;   // meaningful only while `node` is not null

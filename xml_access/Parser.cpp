@@ -119,20 +119,31 @@ std::string Parser::getXIncludeOutputFile() const {
 }
 
 DOMNode Parser::parseFile(const std::string& fileName) {
-  parseFirst(fileName, false);
+  return parseDocument(fileName, false);
+}
+
+DOMNode Parser::parseFileWithPositions(const std::string& fileName) {
+  return parseDocument(fileName, true);
+}
+
+DOMNode Parser::parseDocument(const std::string& fileName, bool keepPositions) {
+  parseFirst(fileName, keepPositions);
+  std::unique_ptr<PositionTable> positions;
+  if (keepPositions) {
+    positions = std::make_unique<PositionTable>(parser->takePositions());
+  }
   xercesc::DOMNode* document = nullptr;
   if (getXInclude() || !xIncludeOutputFile.empty()) {
-    document = validateAfterXInclude(fileName, getXInclude());
+    document = validateAfterXInclude(fileName, getXInclude(), positions.get());
   } else {
     document = parser->adoptDocument();
   }
   // A null owner makes a new block: the handle becomes the document's owner.
-  return DOMNode(document, nullptr);
-}
-
-DOMNode Parser::parseFileWithPositions(const std::string& fileName) {
-  parseFirst(fileName, true);
-  return DOMNode(parser->adoptDocument(), nullptr);
+  DOMNode handle(document, nullptr);
+  if (positions != nullptr && handle.isValid()) {
+    handle.owner->positions = positions.release();
+  }
+  return handle;
 }
 
 void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
@@ -187,7 +198,8 @@ void Parser::noteLoweredReferenceLimit(const std::string& fileName) {
   }
 }
 
-xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse) {
+xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse,
+                                                PositionTable* positions) {
   // This reporter takes the parser's callbacks over from the one of
   // parseFile, so the second parse has its own blocks and flag.
   std::ostringstream errorText;
@@ -216,13 +228,27 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       output.close();
     }
     if (reparse) {
-      // The source only refers to the bytes; the guard keeps them alive.
-      const xercesc::MemBufInputSource source(memory.target->getRawBuffer(),
-                                              memory.target->getLen(), systemId.c_str(), false,
-                                              xercesc::XMLPlatformUtils::fgMemoryManager);
+      // The second document has the same elements in the same order as the
+      // first, so their positions carry over. A parse with positions lets
+      // the first tree go now, so only one is held; parseFile keeps it to
+      // the end of the round trip.
+      std::vector<SourcePosition> ordered;
+      if (positions != nullptr) {
+        ordered = positions->inDocumentOrder(firstDocument.node);
+        firstDocument = DOMNode();
+      }
+      // The source and its stream only refer to the bytes; the guard keeps
+      // them alive.
+      xercesc::MemBufInputSource source(memory.target->getRawBuffer(), memory.target->getLen(),
+                                        systemId.c_str(), false,
+                                        xercesc::XMLPlatformUtils::fgMemoryManager);
+      source.setCopyBufToStream(false);
       parser->setKeepPositions(false);
       parser->parseBounded(source);
       applyRelaxedSettings();
+      if (positions != nullptr) {
+        *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered);
+      }
     }
   } catch (const Exception& exception) {
     if (reparse) {

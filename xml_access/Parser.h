@@ -13,6 +13,7 @@
 #include "xml_access/BoundedDOMParser.h"
 #include "xml_access/DOMNode.h"
 #include "xml_access/ParseProblem.h"
+#include "xml_access/PositionTable.h"
 #include "xml_access/ReferenceGuard.h"
 #include "xml_access/XercesXMLErrorHandlerInterface.h"
 
@@ -106,10 +107,13 @@ class Parser {
   // with no error handler, and the Parser stays usable, on every path.
   DOMNode parseFile(const std::string& fileName);
 
-  // The first parse of parseFile alone (includes expanded if XInclude is
-  // on, no round trip, so nothing is validated beyond what the relaxed or
-  // strict settings do in that parse), with the start of every element
-  // recorded for DOMNode::getSourceLine and getSourceColumn.
+  // parseFile, with the start of every element of the file itself recorded
+  // for DOMNode::getSourceLine and getSourceColumn. The parse is the same,
+  // and so is its verdict. The positions come from the first parse, which
+  // reads the file as written, and follow the elements through the round
+  // trip; elements that XInclude brings in from a part have none. Unlike
+  // parseFile, the round trip releases the first document before the second
+  // parse, so the two trees are never held together.
   // Raises ParsingError as parseFile does.
   DOMNode parseFileWithPositions(const std::string& fileName);
 
@@ -119,6 +123,9 @@ class Parser {
   const std::vector<ParseProblem>& getProblems() const { return problems; }
 
  private:
+  // parseFile, with positions if `keepPositions`.
+  DOMNode parseDocument(const std::string& fileName, bool keepPositions);
+
   // The first parse of `fileName`: raises ParsingError with the call's error
   // text, or returns with the document in the parser object.
   void parseFirst(const std::string& fileName, bool keepPositions);
@@ -143,11 +150,16 @@ class Parser {
   // settings with `systemId` as their id, restoring the relaxed settings on
   // every path. Returns the document that parseFile is to own: with
   // `reparse` the document of the second parse (the first one is released
-  // here); without it the first document itself, given up by the local
-  // handle that held it during serialisation.
+  // on the way out); without it the first document itself, given up by the
+  // local handle that held it during serialisation.
+  // With `positions` (those of the first document, for
+  // parseFileWithPositions) the first document is released before the
+  // second parse starts instead, so that only one tree is held at a time,
+  // and the positions are replaced by those of the second document.
   // Raises ParsingError; the first document is then released and whatever
   // exists of a second one stays with the parser object.
-  xercesc::DOMNode* validateAfterXInclude(const std::string& systemId, bool reparse);
+  xercesc::DOMNode* validateAfterXInclude(const std::string& systemId, bool reparse,
+                                          PositionTable* positions);
 
   // Takes the document out of `handle` without releasing it: the handle's
   // block forgets the node, so the end of the handle frees only the block.

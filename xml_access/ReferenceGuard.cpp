@@ -2,7 +2,6 @@
 
 #include <cctype>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <system_error>
 #include <utility>
@@ -24,6 +23,20 @@ namespace XercesXML {
 namespace fs = std::filesystem;
 
 namespace {
+
+// The whole of an open file, read in one go into a string of its size.
+std::string readWhole(std::ifstream& file) {
+  file.seekg(0, std::ios::end);
+  const std::streamoff size = file.tellg();
+  file.seekg(0, std::ios::beg);
+  std::string bytes;
+  if (size > 0) {
+    bytes.resize(static_cast<std::size_t>(size));
+    file.read(&bytes[0], static_cast<std::streamsize>(size));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+  }
+  return bytes;
+}
 
 // The length of the URL scheme that `name` starts with ("file:" gives 4),
 // or 0. One letter before the colon is no scheme.
@@ -258,7 +271,7 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
     xercesc::XMLString::release(&widePath);
     return source;
   }
-  contents.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  contents.push_back(readWhole(file));
   const std::string& bytes = contents.back();
   const std::string systemId = "file://" + path.string();
 
@@ -273,16 +286,20 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
   checker.setDisableDefaultEntityResolution(true);
   RefuseOnError refuseOnError(checker, std::string(what) + " \"" + reference + "\"");
   checker.setErrorHandler(&refuseOnError);
+  // Neither source copies the bytes: `contents` keeps them for the parse.
   {
-    const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                            bytes.size(), systemId.c_str(), false);
+    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
+                                      systemId.c_str(), false);
+    source.setCopyBufToStream(false);
     checker.parseBounded(source);
   }
   if (const ParseRefused* inner = checkerGuard.getRefusal()) {
     throw *inner;
   }
-  return new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                        bytes.size(), systemId.c_str(), false);
+  auto* source = new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(bytes.data()),
+                                                bytes.size(), systemId.c_str(), false);
+  source->setCopyBufToStream(false);
+  return source;
 }
 
 }  // namespace XercesXML

@@ -101,19 +101,11 @@ Catalogue Catalogue::read(const std::vector<std::string>& files) {
 }
 
 void Catalogue::readDocument(const std::string& file) {
-  // The loader's parse decides whether the document is taken and gives the
-  // values; a second parse that keeps element positions gives the places.
-  // One document is in memory at a time.
-  const std::size_t first = entries_.size();
-  if (readEntries(file)) {
-    readPlaces(file, first);
-  }
-}
-
-bool Catalogue::readEntries(const std::string& file) {
+  // The loader's parse decides whether the document is taken, and gives the
+  // values and the places in one go. One document is in memory at a time.
   XercesXML::DOMNode document;
   try {
-    document = msg::parseMessageDocument(file.c_str());
+    document = msg::parseMessageDocumentWithPositions(file.c_str());
   } catch (msg::DocumentRefused& refused) {
     // The parser names the document by its full path; a problem in the
     // document itself names it as the user did.
@@ -124,20 +116,24 @@ bool Catalogue::readEntries(const std::string& file) {
       }
     }
     refused_.push_back(RefusedDocument{file, std::move(refused.problems)});
-    return false;
+    return;
   }
   const XercesXML::DOMNode collection = msg::findMessageCollection(document);
   if (!collection.isValid()) {
     refused_.push_back(RefusedDocument{
         file,
         {msg::DocumentProblem{file, 0, 0, "No MessageCollection element found in document"}}});
-    return false;
+    return;
   }
+  // Counted first so that the entries take exactly the room they need.
+  std::size_t count = 0;
+  msg::forEachDocumentText(collection, [&](const msg::DocumentText&) { ++count; });
+  entries_.reserve(entries_.size() + count);
   msg::forEachDocumentText(collection, [&](const msg::DocumentText& text) {
     CatalogueEntry entry;
-    entry.place.file = file;
-    entry.messagePlace.file = file;
-    entry.namespacePlace.file = file;
+    entry.place = placeOf(file, text.textElement);
+    entry.messagePlace = placeOf(file, text.messageElement);
+    entry.namespacePlace = placeOf(file, text.namespaceElement);
     entry.nameSpace = text.nameSpace;
     entry.identifier = text.identifier;
     entry.severityWord = text.severityWord;
@@ -151,33 +147,6 @@ bool Catalogue::readEntries(const std::string& file) {
     entry.packedLanguage = msg::Language(entry.effectiveLanguage.c_str()).toString();
     entry.severity = text.effectiveSeverity();
     entries_.push_back(std::move(entry));
-  });
-  return true;
-}
-
-void Catalogue::readPlaces(const std::string& file, std::size_t first) {
-  // Both parses read the same file the same way, so the Text elements come
-  // in the same order. Should the second parse fail (the file changed in
-  // between), the entries simply have no places.
-  XercesXML::DOMNode document;
-  try {
-    document = msg::parseMessageDocumentWithPositions(file.c_str());
-  } catch (const msg::DocumentRefused&) {
-    return;
-  }
-  const XercesXML::DOMNode collection = msg::findMessageCollection(document);
-  if (!collection.isValid()) {
-    return;
-  }
-  std::size_t index = first;
-  msg::forEachDocumentText(collection, [&](const msg::DocumentText& text) {
-    if (index >= entries_.size()) {
-      return;
-    }
-    CatalogueEntry& entry = entries_[index++];
-    entry.place = placeOf(file, text.textElement);
-    entry.messagePlace = placeOf(file, text.messageElement);
-    entry.namespacePlace = placeOf(file, text.namespaceElement);
   });
 }
 

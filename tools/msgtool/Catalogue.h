@@ -86,12 +86,9 @@ class Catalogue {
   std::map<MessageKey, std::vector<const CatalogueEntry*>> byKey() const;
 
  private:
+  // Adds the entries of `file` as the loader reads them, with their
+  // places; a document the loader refuses is recorded in refused_.
   void readDocument(const std::string& file);
-  // Adds the entries of `file` as the loader reads them; false if the
-  // loader refuses the document (recorded in refused_).
-  bool readEntries(const std::string& file);
-  // Sets the places of the entries from `first` on, read from `file`.
-  void readPlaces(const std::string& file, std::size_t first);
 
   std::vector<CatalogueEntry> entries_;
   std::vector<RefusedDocument> refused_;

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include <xercesc/framework/MemBufFormatTarget.hpp>
@@ -19,7 +20,6 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "xml_access/BoundedDOMParser.h"
-#include "xml_access/SourcePosition.h"
 
 namespace msgtool {
 
@@ -146,7 +146,9 @@ XmlDocument XmlDocument::parse(const std::string& path, bool keepComments) {
   if (parser.getDocument() == nullptr || parser.getDocument()->getDocumentElement() == nullptr) {
     throw FileProblem(path, 0, "holds no XML document");
   }
-  return XmlDocument(parser.adoptDocument());
+  XmlDocument document(parser.adoptDocument());
+  document.positions = parser.takePositions();
+  return document;
 }
 
 XmlDocument XmlDocument::create(const std::string& namespaceUri, const std::string& qualifiedName) {
@@ -157,7 +159,8 @@ XmlDocument XmlDocument::create(const std::string& namespaceUri, const std::stri
   return XmlDocument(implementation()->createDocument(XmlString(namespaceUri), name, nullptr));
 }
 
-XmlDocument::XmlDocument(XmlDocument&& other) noexcept : document(other.document) {
+XmlDocument::XmlDocument(XmlDocument&& other) noexcept
+    : document(other.document), positions(std::move(other.positions)) {
   other.document = nullptr;
 }
 
@@ -168,6 +171,7 @@ XmlDocument& XmlDocument::operator=(XmlDocument&& other) noexcept {
     }
     document = other.document;
     other.document = nullptr;
+    positions = std::move(other.positions);
   }
   return *this;
 }
@@ -178,8 +182,8 @@ XmlDocument::~XmlDocument() {
   }
 }
 
-int XmlDocument::lineOf(const xercesc::DOMNode* node) {
-  return static_cast<int>(XercesXML::readSourcePosition(node).line);
+int XmlDocument::lineOf(const xercesc::DOMNode* node) const {
+  return static_cast<int>(positions.find(node).line);
 }
 
 std::string XmlDocument::serialize() const {

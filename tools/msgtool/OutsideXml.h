@@ -19,6 +19,8 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "xml_access/PositionTable.h"
+
 namespace msgtool {
 
 // The largest XLIFF or PO file read: far above any real translation file.
@@ -84,8 +86,9 @@ class XmlDocument {
   xercesc::DOMDocument* get() const { return document; }
   xercesc::DOMElement* root() const { return document->getDocumentElement(); }
 
-  // The line recorded for an element of a parsed document; 0 if none.
-  static int lineOf(const xercesc::DOMNode* node);
+  // The line recorded for an element of this document when it was parsed;
+  // 0 if none.
+  int lineOf(const xercesc::DOMNode* node) const;
 
   // The document as UTF-8 XML text, with an XML declaration, written as
   // the tree stands (no reformatting).
@@ -94,6 +97,7 @@ class XmlDocument {
  private:
   explicit XmlDocument(xercesc::DOMDocument* document) : document(document) {}
   xercesc::DOMDocument* document;
+  XercesXML::PositionTable positions;  // of the parse; empty for a new document
 };
 
 // Replaces `path` by `bytes` so that a reader sees the old file or the new

@@ -23,9 +23,11 @@ constexpr char kReviewSubState[] = "msgtool:needs-review";
 
 class Xliff2Reader {
  public:
-  explicit Xliff2Reader(const std::string& path) : path(path) {}
+  Xliff2Reader(const std::string& path, const XmlDocument& document)
+      : path(path), document(document) {}
 
-  XliffFile read(const DOMElement* root) {
+  XliffFile read() {
+    const DOMElement* root = document.root();
     result.version2 = true;
     result.sourceLanguage = attributeOf(root, "srcLang");
     result.targetLanguage = attributeOf(root, "trgLang");
@@ -35,7 +37,7 @@ class Xliff2Reader {
         if (result.original.empty()) {
           result.original = attributeOf(file, "original");
         }
-        forEachUnit(path, file, "unit",
+        forEachUnit(path, document, file, "unit",
                     [this](const DOMElement* unit) { result.units.push_back(readUnit(unit)); });
       }
     }
@@ -44,12 +46,12 @@ class Xliff2Reader {
 
  private:
   [[noreturn]] void fail(const DOMNode* at, const std::string& message) const {
-    throw FileProblem(path, XmlDocument::lineOf(at), message);
+    throw FileProblem(path, document.lineOf(at), message);
   }
 
   XliffUnit readUnit(const DOMElement* unitElement) {
     XliffUnit unit;
-    unit.line = XmlDocument::lineOf(unitElement);
+    unit.line = document.lineOf(unitElement);
     unit.key = attributeOf(unitElement, "name");
     if (unit.key.empty()) {
       unit.key = attributeOf(unitElement, "id");
@@ -160,6 +162,7 @@ class Xliff2Reader {
   }
 
   std::string path;
+  const XmlDocument& document;
   XliffFile result;
 };
 
@@ -186,8 +189,8 @@ void addInline(XliffBuilder& builder, DOMElement* element, const std::string& te
 
 }  // namespace
 
-XliffFile readXliff2(const std::string& path, const xercesc::DOMElement* root) {
-  return Xliff2Reader(path).read(root);
+XliffFile readXliff2(const std::string& path, const XmlDocument& document) {
+  return Xliff2Reader(path, document).read();
 }
 
 std::string writeXliff2(const XliffFile& file) {

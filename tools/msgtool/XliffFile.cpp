@@ -46,7 +46,7 @@ class XliffReader {
     }
     std::string version = attributeOf(root, "version");
     if (version == "2.0" || version == "2.1") {
-      return readXliff2(path, root);
+      return readXliff2(path, document);
     }
     if (version != "1.2" && version != "1.1" && version != "1.0") {
       fail(root, "has XLIFF version '" + version + "'; msgtool reads XLIFF 1.2 (1.0 and 1.1 too)");
@@ -64,7 +64,7 @@ class XliffReader {
       for (DOMElement* body = file->getFirstElementChild(); body != nullptr;
            body = body->getNextElementSibling()) {
         if (localNameOf(body) == "body") {
-          forEachUnit(path, body, "trans-unit",
+          forEachUnit(path, document, body, "trans-unit",
                       [this](const DOMElement* unit) { result.units.push_back(readUnit(unit)); });
         }
       }
@@ -74,12 +74,12 @@ class XliffReader {
 
  private:
   [[noreturn]] void fail(const DOMNode* at, const std::string& message) const {
-    throw FileProblem(path, XmlDocument::lineOf(at), message);
+    throw FileProblem(path, document.lineOf(at), message);
   }
 
   XliffUnit readUnit(const DOMElement* element) {
     XliffUnit unit;
-    unit.line = XmlDocument::lineOf(element);
+    unit.line = document.lineOf(element);
     unit.key = attributeOf(element, "resname");
     if (unit.key.empty()) {
       unit.key = attributeOf(element, "id");

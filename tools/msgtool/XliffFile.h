@@ -23,6 +23,8 @@
 #include <vector>
 #include <xercesc/dom/DOMElement.hpp>
 
+#include "OutsideXml.h"
+
 namespace msgtool {
 
 struct XliffUnit {
@@ -59,9 +61,9 @@ class XliffFile {
   std::string write() const;
 };
 
-// The XLIFF 2 reader and writer (Xliff2.cpp). `root` is the parsed file's
-// root element.
-XliffFile readXliff2(const std::string& path, const xercesc::DOMElement* root);
+// The XLIFF 2 reader and writer (Xliff2.cpp). `document` is the parsed
+// file, read from `path`.
+XliffFile readXliff2(const std::string& path, const XmlDocument& document);
 std::string writeXliff2(const XliffFile& file);
 
 }  // namespace msgtool

@@ -66,17 +66,18 @@ void XliffBuilder::set(xercesc::DOMElement* element, const char* name, const std
 
 namespace {
 
-void visitUnits(const std::string& path, const xercesc::DOMElement* parent, const char* unitName,
+void visitUnits(const std::string& path, const XmlDocument& document,
+                const xercesc::DOMElement* parent, const char* unitName,
                 const std::function<void(const xercesc::DOMElement*)>& visit, int depth) {
   if (depth > kMaxXliffNesting) {
-    throw FileProblem(path, XmlDocument::lineOf(parent),
+    throw FileProblem(path, document.lineOf(parent),
                       "has groups nested more than " + std::to_string(kMaxXliffNesting) + " deep");
   }
   for (const xercesc::DOMElement* child = parent->getFirstElementChild(); child != nullptr;
        child = child->getNextElementSibling()) {
     const std::string name = localNameOf(child);
     if (name == "group") {
-      visitUnits(path, child, unitName, visit, depth + 1);
+      visitUnits(path, document, child, unitName, visit, depth + 1);
     } else if (name == unitName) {
       visit(child);
     }
@@ -85,9 +86,10 @@ void visitUnits(const std::string& path, const xercesc::DOMElement* parent, cons
 
 }  // namespace
 
-void forEachUnit(const std::string& path, const xercesc::DOMElement* parent, const char* unitName,
+void forEachUnit(const std::string& path, const XmlDocument& document,
+                 const xercesc::DOMElement* parent, const char* unitName,
                  const std::function<void(const xercesc::DOMElement*)>& visit) {
-  visitUnits(path, parent, unitName, visit, 0);
+  visitUnits(path, document, parent, unitName, visit, 0);
 }
 
 }  // namespace msgtool

@@ -31,9 +31,10 @@ bool isPlaceholder(const std::string& text);
 // Calls `visit` for each child of `parent` named `unitName` (trans-unit in
 // XLIFF 1.2, unit in 2.0), in document order, descending into <group>
 // elements, which both versions use to nest units.
-// Raises FileProblem (naming `path`) at groups nested deeper than
-// kMaxXliffNesting.
-void forEachUnit(const std::string& path, const xercesc::DOMElement* parent, const char* unitName,
+// Raises FileProblem (naming `path`, the file of `document`) at groups
+// nested deeper than kMaxXliffNesting.
+void forEachUnit(const std::string& path, const XmlDocument& document,
+                 const xercesc::DOMElement* parent, const char* unitName,
                  const std::function<void(const xercesc::DOMElement*)>& visit);
 
 // Builds a document whose elements live in one namespace, indenting as it
