@@ -190,7 +190,10 @@ void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate) {
 }
 
 void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate, const IndexKey& key) {
-  if (messageTable->getCount() / messageTable->getSize() > kMaxAverageChainLength) {
+  // count / size > 50 in integer division, without the division: the same
+  // as count >= 51 * size.
+  if (messageTable->getCount() >=
+      std::uint64_t{kMaxAverageChainLength + 1} * messageTable->getSize()) {
     MessageTable* grown = messageTable->grownCopy();
     delete messageTable;  // empty now: deleting it touches no entry
     messageTable = grown;
