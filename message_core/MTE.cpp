@@ -64,8 +64,8 @@ MTE::MTE(short severity, int language, const char* nameSpace, const char* identi
   link(handler, throwOnDuplicate);
 }
 
-MTE::MTE(Unlinked, short severity, const char* language, const char* nameSpace,
-         const char* identifier, const char* text)
+MTE::MTE(Unlinked, short severity, Language language, const char* nameSpace, const char* identifier,
+         const char* text)
     : next(nullptr),
       severity(severity),
       language(language),

@@ -211,6 +211,19 @@ void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate, const IndexKey&
   messageTable->insertEntry(entry, existing, predecessor, key);
 }
 
+void MessageHandler::addEntries(MTE* first, std::uint32_t count, const IndexKey& key) {
+  // In one step only if no growth test on the way would grow the table.
+  const std::uint64_t growthPoint =
+      std::uint64_t{kMaxAverageChainLength + 1} * messageTable->getSize();
+  if (std::uint64_t{messageTable->getCount()} + count <= growthPoint &&
+      messageTable->insertNewKey(first, count, key)) {
+    return;
+  }
+  for (std::uint32_t i = 0; i < count; ++i) {
+    addEntry(first + i, false, key);
+  }
+}
+
 void MessageHandler::noteOwnedEntry() {
   messageTable->noteOwnedEntry();
 }

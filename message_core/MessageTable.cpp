@@ -241,6 +241,36 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, cons
   }
 }
 
+bool MessageTable::insertNewKey(MTE* first, std::uint32_t count, const IndexKey& key) {
+  if (count == 0 || count > kLongestRun || index.find(key) != nullptr) {
+    return false;
+  }
+  for (std::uint32_t i = 0; i < count; ++i) {
+    for (std::uint32_t j = i + 1; j < count; ++j) {
+      if (first[i].language == first[j].language) {
+        return false;  // a replacement within the run: the general path
+      }
+    }
+  }
+  // One by one, each entry would become the head of its group and chain:
+  // the group holds them last first.
+  MTE* grouped[kLongestRun];
+  Language languages[kLongestRun];
+  for (std::uint32_t i = 0; i < count; ++i) {
+    grouped[count - 1 - i] = &first[i];
+    languages[count - 1 - i] = first[i].language;
+  }
+  index.assign(key, grouped, languages, count);
+  const std::uint32_t sum = keySum(key);
+  const std::uint32_t home = sum % size;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    first[i].cachedHash = home;
+    first[i].keyCheck = foldedKeyCheck(sum);
+    linkHead(&first[i], home);
+  }
+  return true;
+}
+
 void MessageTable::reindexReplacement(const IndexKey& key, const MTE* existing, MTE* entry) {
   std::vector<MTE*> entries;
   std::vector<Language> languages;

@@ -103,6 +103,17 @@ class MessageTable {
   // REQUIRES: entry is not linked anywhere.
   void insertEntry(MTE* entry, MTE* existing, MTE* predecessor, const IndexKey& key);
 
+  // Links the `count` entries at `first` (one array, unlinked, fresh, all of
+  // the key `key`) exactly as insertEntry would link them one after the
+  // other, but with the key hashed and the index probed once. Does so only
+  // when that is plainly equivalent: the table holds no entry of the key,
+  // the languages of the entries differ, and there are at most kLongestRun
+  // of them. Returns false, changing nothing, otherwise. The caller checks
+  // that the table need not grow in between. If the index cannot grow, the
+  // allocator's exception passes on and nothing has changed.
+  static constexpr std::uint32_t kLongestRun = 16;
+  bool insertNewKey(MTE* first, std::uint32_t count, const IndexKey& key);
+
   // Makes room in the index for `keys` more keys, so that a load whose size
   // is known beforehand does not grow it step by step. Changes nothing a
   // caller sees. Throws std::bad_alloc, leaving the table as it was.

@@ -148,13 +148,15 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   // so counting changes of key counts the keys (or a few more).
   const std::uint32_t count = reader.entryCount();
   std::vector<bool> acceptable(count);
+  std::vector<Language> tags(count);
   std::size_t accepted = 0;
   std::size_t keys = 0;
   const char* lastNamespace = nullptr;
   const char* lastIdentifier = nullptr;
   for (std::uint32_t i = 0; i < count; ++i) {
     const CompiledCatalogueReader::Entry entry = reader.entry(i);
-    if (languages.distance(Language(entry.language)) < 0) {
+    tags[i] = Language(entry.language);
+    if (languages.distance(tags[i]) < 0) {
       continue;
     }
     acceptable[i] = true;
@@ -207,17 +209,17 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
                                                                reader.entry(following).identifier)
                                                     : key;
     handler.messageTable->prefetchKey(followingKey);
+    MTE* const run = entries + load.constructed;
     for (std::uint32_t i = start; i < end; ++i) {
       if (!acceptable[i]) {
         continue;
       }
       const CompiledCatalogueReader::Entry entry = reader.entry(i);
-      MTE* made = new (&entries[load.constructed])
-          MTE(MTE::Unlinked{}, static_cast<short>(entry.severity), entry.language, entry.nameSpace,
-              entry.identifier, entry.text);
+      new (&entries[load.constructed]) MTE(MTE::Unlinked{}, static_cast<short>(entry.severity),
+                                           tags[i], entry.nameSpace, entry.identifier, entry.text);
       ++load.constructed;
-      handler.addEntry(made, false, key);
     }
+    handler.addEntries(run, static_cast<std::uint32_t>(entries + load.constructed - run), key);
     start = following;
     key = followingKey;
   }

@@ -168,6 +168,40 @@ TEST_F(CompiledCatalogueTest, EntriesStayValidAfterReplacementAndRename) {
   EXPECT_EQ(handler.entryCount(), 1u);
 }
 
+TEST_F(CompiledCatalogueTest, ALanguageTwiceInOneKeyIsReplacedAsInAnyLoad) {
+  // Writers keep one text per key and language; a file from elsewhere may
+  // hold two. Here "de" becomes a second "en": the later of the two in the
+  // file wins, and the key keeps two entries.
+  msg::CompiledCatalogueWriter writer;
+  writer.add(msg::info, "en", "app", "k", "first");
+  writer.add(msg::info, "de-AT", "app", "k", "mittel");
+  writer.add(msg::warning, "de", "app", "k", "last");
+  Bytes bytes = writer.bytes();
+  using namespace msg::compiled;
+  const std::uint32_t entrySize = readU32(bytes.data() + kEntrySizeOffset);
+  unsigned char* entries = bytes.data() + readU32(bytes.data() + kEntryTableOffset);
+  bool patchedIsLater = false;
+  for (std::uint32_t i = 0; i < 3; ++i) {
+    unsigned char* language = entries + i * entrySize + kEntryLanguage;
+    const std::string tag(reinterpret_cast<const char*>(language));
+    if (tag == "en") {
+      patchedIsLater = false;
+    } else if (tag == "de") {
+      std::memcpy(language, "en\0", 3);
+      patchedIsLater = true;
+    }
+  }
+  writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
+  const std::string path = dir + "/twice.msgc";
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+
+  Handler handler(msg::LanguageList{"en", "de-AT"});
+  handler.loadCompiledCatalogue(path.c_str());
+  EXPECT_EQ(handler.entryCount(), 2u);
+  EXPECT_EQ(recordOf(handler, "app", "k"), patchedIsLater ? "last|1|en" : "first|0|en");
+}
+
 // Keeps each message written through it as "namespace:identifier".
 class RecordingChannel : public msg::MessageChannel {
  public:

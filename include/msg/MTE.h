@@ -66,7 +66,7 @@ class MSG_EXPORT MTE {
   // An entry that borrows its strings and is not linked yet: whoever makes
   // it links it through MessageHandler::addEntry.
   struct Unlinked {};
-  MTE(Unlinked, short severity, const char* language, const char* nameSpace, const char* identifier,
+  MTE(Unlinked, short severity, Language language, const char* nameSpace, const char* identifier,
       const char* text);
 
   // Links the entry into `handler` (or the process-wide handler) and

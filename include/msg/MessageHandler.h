@@ -149,6 +149,9 @@ class MSG_EXPORT MessageHandler {
   // The same with the entry's key worked out by the caller, who links many
   // entries of one key: `key` is IndexKey(entry's namespace, identifier).
   void addEntry(MTE* entry, bool throwOnDuplicate, const IndexKey& key);
+  // Links the `count` unlinked entries at `first`, all of `key`, as count
+  // calls of addEntry(entry, false, key) in array order would.
+  void addEntries(MTE* first, std::uint32_t count, const IndexKey& key);
 
   // Tells the table that an entry linked by addEntry has taken ownership of
   // its strings, and so belongs to the table from now on.
