@@ -4,7 +4,8 @@
 // right, so that mutations reach the checks behind the checksum. The
 // in-memory reader decides on every input; the loader, from a file, must
 // decide the same: succeed, or fail with ErrorInMessageDocument leaving the
-// table as it was. After a load every accepted text of the file is found.
+// table as it was. After a load, every key gives the record that adding the
+// accepted texts one by one gives.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -90,15 +92,31 @@ void loadOnce(const unsigned char* data, std::size_t size) {
   if (!loaded) {
     return;
   }
+  // The same texts added one by one through the entry constructor, as a
+  // program would: the loader's linking of whole keys must agree with it.
+  ProbeHandler reference;
   const msg::LanguageList languages = handler.getLanguageList();
-  for (std::uint32_t i = 0; i < reader.entryCount() && i < 64; ++i) {
+  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
     const msg::CompiledCatalogueReader::Entry entry = reader.entry(i);
-    if (languages.distance(msg::Language(entry.language)) < 0) {
-      continue;
+    if (languages.distance(msg::Language(entry.language)) >= 0) {
+      new msg::MTE(static_cast<short>(entry.severity), entry.language, entry.nameSpace,
+                   entry.identifier, entry.text, &reference, false, true);
     }
+  }
+  if (reference.entryCount() != handler.entryCount()) {
+    fail("the load and single additions give different numbers of entries");
+  }
+  for (std::uint32_t i = 0; i < reader.entryCount() && i < 256; ++i) {
+    const msg::CompiledCatalogueReader::Entry entry = reader.entry(i);
     std::unique_ptr<msg::Message> record(handler.getMessage(entry.nameSpace, entry.identifier));
-    if (record == nullptr) {
-      fail("an accepted text is not found");
+    std::unique_ptr<msg::Message> expected(reference.getMessage(entry.nameSpace, entry.identifier));
+    if ((record == nullptr) != (expected == nullptr)) {
+      fail("a key is found after one kind of addition only");
+    }
+    if (record != nullptr && (std::strcmp(record->getText(), expected->getText()) != 0 ||
+                              record->getSeverityLevel() != expected->getSeverityLevel() ||
+                              !(record->getLanguage() == expected->getLanguage()))) {
+      fail("the load and single additions give another record for a key");
     }
   }
 }

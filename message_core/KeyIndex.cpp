@@ -81,10 +81,13 @@ bool operator==(const IndexKey& a, const IndexKey& b) {
          std::memcmp(a.nameSpace, b.nameSpace, a.namespaceLength) == 0;
 }
 
-KeyGroup* KeyGroup::make(IndexArena& arena, std::uint32_t capacity, std::uint32_t keyLength) {
-  void* memory = arena.allocate(blockSize(capacity, keyLength));
+KeyGroup* KeyGroup::make(IndexArena& arena, std::uint32_t capacity, std::uint32_t namespaceLength,
+                         std::uint32_t identifierLength) {
+  void* memory = arena.allocate(blockSize(capacity, namespaceLength + identifierLength));
   KeyGroup* group = new (memory) KeyGroup();
   group->capacity = capacity;
+  group->namespaceLength = namespaceLength;
+  group->identifierLength = identifierLength;
   return group;
 }
 
@@ -154,10 +157,8 @@ KeyIndex::Slot& KeyIndex::slotFor(const IndexKey& key, std::uint32_t capacity) {
   if (slots == nullptr || 4 * (used + 1) > 3 * (mask + 1)) {
     growSlots();
   }
-  KeyGroup* group = KeyGroup::make(arena, capacity, key.namespaceLength + key.identifierLength);
+  KeyGroup* group = KeyGroup::make(arena, capacity, key.namespaceLength, key.identifierLength);
   noteBlock(group->blockSize(), true);
-  group->namespaceLength = key.namespaceLength;
-  group->identifierLength = key.identifierLength;
   std::memcpy(group->keyBytes(), key.nameSpace, key.namespaceLength);
   std::memcpy(group->keyBytes() + key.namespaceLength, key.identifier, key.identifierLength);
   Slot& slot = slotOf(key);
@@ -169,10 +170,9 @@ KeyIndex::Slot& KeyIndex::slotFor(const IndexKey& key, std::uint32_t capacity) {
 
 KeyGroup* KeyIndex::regrown(KeyGroup* group, std::uint32_t capacity) {
   const std::uint32_t keyLength = group->namespaceLength + group->identifierLength;
-  KeyGroup* grown = KeyGroup::make(arena, capacity, keyLength);
+  KeyGroup* grown =
+      KeyGroup::make(arena, capacity, group->namespaceLength, group->identifierLength);
   grown->count = group->count;
-  grown->namespaceLength = group->namespaceLength;
-  grown->identifierLength = group->identifierLength;
   std::memcpy(grown->entries(), group->entries(), group->count * sizeof(MTE*));
   std::memcpy(grown->languages(), group->languages(), group->count * sizeof(Language));
   std::memcpy(grown->keyBytes(), group->keyBytes(), keyLength);

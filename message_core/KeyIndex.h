@@ -45,10 +45,12 @@ class KeyGroup {
 
   // Layout: this header, MTE* entries[capacity], Language
   // languages[capacity], then the namespace and identifier bytes (no NULs).
-  // An empty group with room for `capacity` entries and a key of
-  // `keyLength` bytes, taken from `arena`; it goes back there with
-  // arena.release(group, group->blockSize()) and has no destructor to run.
-  static KeyGroup* make(IndexArena& arena, std::uint32_t capacity, std::uint32_t keyLength);
+  // An empty group with room for `capacity` entries and a key of the given
+  // lengths (its bytes still to be copied in), taken from `arena`; it goes
+  // back there with arena.release(group, group->blockSize()) and has no
+  // destructor to run.
+  static KeyGroup* make(IndexArena& arena, std::uint32_t capacity, std::uint32_t namespaceLength,
+                        std::uint32_t identifierLength);
   static std::size_t blockSize(std::uint32_t capacity, std::uint32_t keyLength) {
     return sizeof(KeyGroup) + capacity * (sizeof(MTE*) + sizeof(Language)) + keyLength;
   }
