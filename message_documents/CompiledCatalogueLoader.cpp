@@ -120,6 +120,37 @@ class MappedFile {
 
 }  // namespace
 
+// The first pass over a checked file: which texts the handler's language
+// list accepts, their packed languages, and how many texts and keys that
+// makes. The texts of one message stand together and share their key's
+// strings, so counting changes of key counts the keys (or a few more).
+struct CompiledCatalogueLoader::Census {
+  Census(const CompiledCatalogueReader& reader, const LanguageList& languages)
+      : acceptable(reader.entryCount()), tags(reader.entryCount()) {
+    const char* lastNamespace = nullptr;
+    const char* lastIdentifier = nullptr;
+    for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
+      const CompiledCatalogueReader::Entry entry = reader.entry(i);
+      tags[i] = Language(entry.language);
+      if (languages.distance(tags[i]) < 0) {
+        continue;
+      }
+      acceptable[i] = true;
+      ++accepted;
+      if (entry.nameSpace != lastNamespace || entry.identifier != lastIdentifier) {
+        ++keys;
+        lastNamespace = entry.nameSpace;
+        lastIdentifier = entry.identifier;
+      }
+    }
+  }
+
+  std::vector<bool> acceptable;
+  std::vector<Language> tags;
+  std::size_t accepted = 0;
+  std::size_t keys = 0;
+};
+
 CompiledCatalogueStorage::~CompiledCatalogueStorage() {
   for (Load& load : loads) {
     // The entries borrow every string, so their destructors would free
@@ -143,54 +174,34 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   }
 
   // Count first, so the entries take one block of exactly their size.
-  const LanguageList languages = handler.getLanguageList();
-  // The texts of one message stand together and share their key's strings,
-  // so counting changes of key counts the keys (or a few more).
-  const std::uint32_t count = reader.entryCount();
-  std::vector<bool> acceptable(count);
-  std::vector<Language> tags(count);
-  std::size_t accepted = 0;
-  std::size_t keys = 0;
-  const char* lastNamespace = nullptr;
-  const char* lastIdentifier = nullptr;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const CompiledCatalogueReader::Entry entry = reader.entry(i);
-    tags[i] = Language(entry.language);
-    if (languages.distance(tags[i]) < 0) {
-      continue;
-    }
-    acceptable[i] = true;
-    ++accepted;
-    if (entry.nameSpace != lastNamespace || entry.identifier != lastIdentifier) {
-      ++keys;
-      lastNamespace = entry.nameSpace;
-      lastIdentifier = entry.identifier;
-    }
-  }
-
-  if (accepted == 0) {
+  const Census census(reader, handler.getLanguageList());
+  if (census.accepted == 0) {
     return;  // nothing borrows from the file: it is unmapped at once
   }
 
   // Everything that can fail to allocate comes before the first entry is
   // linked; from then on, the storage owns the block and the mapping.
-  handler.messageTable->reserveKeys(keys);
+  handler.messageTable->reserveKeys(census.keys);
   if (handler.compiledCatalogues == nullptr) {
     handler.compiledCatalogues = new CompiledCatalogueStorage();
   }
   std::vector<CompiledCatalogueStorage::Load>& loads = handler.compiledCatalogues->loads;
   loads.reserve(loads.size() + 1);
-  MTE* entries = static_cast<MTE*>(::operator new(accepted * sizeof(MTE)));
-
+  MTE* entries = static_cast<MTE*>(::operator new(census.accepted * sizeof(MTE)));
   loads.push_back({file.release(), file.length(), entries, 0});
-  CompiledCatalogueStorage::Load& load = loads.back();
+  linkByKey(handler, reader, census, entries, loads.back().constructed);
+}
 
+void CompiledCatalogueLoader::linkByKey(MessageHandler& handler,
+                                        const CompiledCatalogueReader& reader, const Census& census,
+                                        MTE* entries, std::size_t& constructed) {
   // Each run of entries that share their key strings is one key: it is
   // hashed once, and the index slot of the next run is fetched while this
   // run is linked. Linking replaces an entry of the same key and language;
   // a failure to grow the table leaves the entries linked so far.
+  const std::uint32_t count = reader.entryCount();
   const auto acceptedFrom = [&](std::uint32_t i) {
-    while (i < count && !acceptable[i]) {
+    while (i < count && !census.acceptable[i]) {
       ++i;
     }
     return i;
@@ -209,17 +220,18 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
                                                                reader.entry(following).identifier)
                                                     : key;
     handler.messageTable->prefetchKey(followingKey);
-    MTE* const run = entries + load.constructed;
+    MTE* const run = entries + constructed;
     for (std::uint32_t i = start; i < end; ++i) {
-      if (!acceptable[i]) {
+      if (!census.acceptable[i]) {
         continue;
       }
       const CompiledCatalogueReader::Entry entry = reader.entry(i);
-      new (&entries[load.constructed]) MTE(MTE::Unlinked{}, static_cast<short>(entry.severity),
-                                           tags[i], entry.nameSpace, entry.identifier, entry.text);
-      ++load.constructed;
+      new (&entries[constructed])
+          MTE(MTE::Unlinked{}, static_cast<short>(entry.severity), census.tags[i], entry.nameSpace,
+              entry.identifier, entry.text);
+      ++constructed;
     }
-    handler.addEntries(run, static_cast<std::uint32_t>(entries + load.constructed - run), key);
+    handler.addEntries(run, static_cast<std::uint32_t>(entries + constructed - run), key);
     start = following;
     key = followingKey;
   }

@@ -13,6 +13,7 @@
 namespace msg {
 
 class MTE;
+class CompiledCatalogueReader;
 class MessageHandler;
 
 // What the entries of a handler's compiled catalogues borrow: for each load,
@@ -54,6 +55,14 @@ class CompiledCatalogueLoader {
   // "msgx", "MessageDocumentError" with `path` through `handler`, then
   // ErrorInMessageDocument whose problems say what is wrong.
   static void load(MessageHandler& handler, const char* path);
+
+ private:
+  struct Census;
+
+  // Makes one entry per accepted text of `reader` in `entries`, counting
+  // them in `constructed`, and links them into `handler`, key by key.
+  static void linkByKey(MessageHandler& handler, const CompiledCatalogueReader& reader,
+                        const Census& census, MTE* entries, std::size_t& constructed);
 };
 
 }  // namespace msg
