@@ -23,12 +23,12 @@ class PositionTable;
 // The ownership block of one document, shared by every handle into it. The
 // last handle to go releases the document and frees the block.
 struct NodeOwnerBlock {
-  std::int32_t count;        // number of non-null handles that share the block
-  xercesc::DOMNode* node;    // the owned node: for a parsed document, the document
-  NodeOwnerBlock* parent;    // block that owns `node` instead; null in every
-                             // block this layer makes
-  PositionTable* positions;  // owned, may be null: where the elements of the
-                             // document start
+  std::int32_t count;                  // number of non-null handles that share the block
+  xercesc::DOMNode* node;              // the owned node: for a parsed document, the document
+  NodeOwnerBlock* parent;              // block that owns `node` instead; null in every
+                                       // block this layer makes
+  PositionTable* positions = nullptr;  // owned, may be null: where the elements of the
+                                       // document start
 };
 
 // A value handle on a node of a document, two pointers wide, that may be null.
