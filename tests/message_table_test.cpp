@@ -252,6 +252,26 @@ TEST_F(MessageTableTest, BestEntryRanksTheWholeChainAndTiesGoToTheHead) {
   EXPECT_EQ(best("tie", "key", LanguageList(Language("de-CH"))), "Switzerland");
 }
 
+// The index keeps the bytes of each key beside its entries; a long key, or
+// one with many languages, takes a block of its own outside the index's
+// arena, which must be found and freed when the table dies (the sanitizer
+// run reports a leak otherwise).
+TEST_F(MessageTableTest, LongKeysAndKeysWithManyLanguagesAreFoundAndFreed) {
+  const std::string longIdentifier(700, 'k');
+  addOwned(longIdentifier.c_str(), "long");
+  const char* const tags[] = {
+      "en", "de", "fr", "it", "es", "pt", "nl", "sv", "da", "fi", "pl", "cs", "sk", "hu", "ro",
+      "bg", "el", "tr", "ru", "uk", "et", "lv", "lt", "sl", "hr", "sr", "ja", "ko", "zh", "ar",
+      "he", "hi", "th", "vi", "id", "ms", "fa", "ur", "bn", "ta", "te", "mr", "gu", "kn", "ml"};
+  for (const char* tag : tags) {
+    new MTE(info, tag, "app", "many", tag, handler.get(), false, true);
+  }
+  EXPECT_EQ(best("app", longIdentifier.c_str(), LanguageList(Language("en"))), "long");
+  EXPECT_EQ(best("app", "many", LanguageList(Language("ml"))), "ml");
+  EXPECT_EQ(best("app", "many", LanguageList(Language("en"))), "en");
+  EXPECT_EQ(table().keyEntryCount("app", "many"), sizeof tags / sizeof tags[0]);
+}
+
 TEST_F(MessageTableTest, GrowsOnlyPastFiftyOneEntriesPerBucketAndKeepsEveryEntry) {
   addKept("de-AT", "tie", "key", "Austria");
   addKept("de-CH", "tie", "key", "Switzerland");
