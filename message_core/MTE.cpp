@@ -17,17 +17,12 @@ std::unique_ptr<char[]> copyOf(const char* s) {
 
 }  // namespace
 
+// Both public constructors fill the fields through the unlinked one and then
+// link. Should linking throw, the destructor runs on an entry that owns
+// nothing yet, and so frees nothing.
 MTE::MTE(short severity, const char* language, const char* nameSpace, const char* identifier,
          const char* text, MessageHandler* handler, bool throwOnDuplicate, bool copyStrings)
-    : next(nullptr),
-      severity(severity),
-      language(language),
-      keyCheck(0),
-      nameSpace(nameSpace),
-      identifier(identifier),
-      text(text),
-      cachedHash(0),
-      ownsStrings(false) {
+    : MTE(Unlinked{}, severity, Language(language), nameSpace, identifier, text) {
   if (!copyStrings) {
     link(handler, throwOnDuplicate);
     return;
@@ -52,15 +47,8 @@ MTE::MTE(short severity, const char* language, const char* nameSpace, const char
 
 MTE::MTE(short severity, int language, const char* nameSpace, const char* identifier,
          const char* text, MessageHandler* handler, bool throwOnDuplicate)
-    : next(nullptr),
-      severity(severity),
-      language(language == 2 ? Language("de") : Language("en")),
-      keyCheck(0),
-      nameSpace(nameSpace),
-      identifier(identifier),
-      text(text),
-      cachedHash(0),
-      ownsStrings(false) {
+    : MTE(Unlinked{}, severity, language == 2 ? Language("de") : Language("en"), nameSpace,
+          identifier, text) {
   link(handler, throwOnDuplicate);
 }
 
