@@ -139,6 +139,7 @@ struct Entry {
   std::string key;
   msg::Language language;
   std::string text;
+  msg::SeverityLevel severity;
 };
 
 // The chains of one handler's table, reduced to what a lookup sees: all
@@ -242,8 +243,9 @@ void addEntry(FuzzedDataProvider& data, msg::MessageHandler& handler, TableModel
   const char* identifier = kIdentifiers[data.ConsumeIntegralInRange(0, 3)];
   const std::string tag = pickTag(data);
   const bool throwOnDuplicate = data.ConsumeBool();
+  const auto severity = static_cast<msg::SeverityLevel>(serial % 4);
   const Entry entry{std::string(nameSpace) + ":" + identifier, msg::Language(tag.c_str()),
-                    "text " + std::to_string(serial)};
+                    "text " + std::to_string(serial), severity};
 
   std::size_t existing = 0;
   while (existing < model.entries.size() && (model.entries[existing].key != entry.key ||
@@ -259,8 +261,8 @@ void addEntry(FuzzedDataProvider& data, msg::MessageHandler& handler, TableModel
   }
   try {
     // With copied strings the table owns the entry.
-    new msg::MTE(msg::warning, tag.c_str(), nameSpace, identifier, entry.text.c_str(), &handler,
-                 throwOnDuplicate, true);
+    new msg::MTE(static_cast<short>(severity), tag.c_str(), nameSpace, identifier,
+                 entry.text.c_str(), &handler, throwOnDuplicate, true);
   } catch (const msg::MessageExists&) {
     if (!(duplicate && throwOnDuplicate)) {
       fail("MessageExists without a duplicate", entry.key);
@@ -292,8 +294,13 @@ void checkLookup(const msg::MessageHandler& child, const msg::MessageHandler& pa
   if (inChains == nullptr) {
     inChains = bestInChains(parent, parentModel.list, nameSpace, identifier);
   }
+  // The record must hold the chosen entry's own pointers, whatever the
+  // index keeps beside the chains.
   if ((found == nullptr) != (inChains == nullptr) ||
-      (found != nullptr && found->getText() != inChains->getText())) {
+      (found != nullptr && (found->getText() != inChains->getText() ||
+                            found->getNamespace() != inChains->getNamespace() ||
+                            found->getIdentifier() != inChains->getIdentifier() ||
+                            found->getSeverityLevel() != inChains->getSeverity()))) {
     fail("lookup disagrees with the chains", key);
   }
   if ((found == nullptr) != (expected == nullptr)) {
@@ -301,7 +308,7 @@ void checkLookup(const msg::MessageHandler& child, const msg::MessageHandler& pa
   }
   if (found != nullptr &&
       (expected->text != found->getText() || expected->language != found->getLanguage() ||
-       found->getSeverityLevel() != msg::warning)) {
+       found->getSeverityLevel() != expected->severity)) {
     fail("lookup chose another entry",
          key + ": expected " + expected->text + ", got " + found->getText());
   }

@@ -70,9 +70,15 @@ void IndexArena::openChunk(std::size_t bytes) {
   heldBytes += size;
   cursor = static_cast<char*>(memory) + sizeof(Chunk);
   limit = static_cast<char*>(memory) + size;
-  // Growing by half, not doubling: the unused end of the newest chunk is the
-  // arena's waste, and it stays below a third of what the arena holds.
-  nextChunkSize = size < kLargestChunkSize ? size + size / 2 : kLargestChunkSize;
+  // Growing by an eighth of what is held, not doubling: the unused end of the
+  // newest chunk is the arena's waste, and it stays below a ninth of what the
+  // arena holds (the groups are most of the index's heap).
+  nextChunkSize = heldBytes / 8;
+  if (nextChunkSize < kFirstChunkSize) {
+    nextChunkSize = kFirstChunkSize;
+  } else if (nextChunkSize > kLargestChunkSize) {
+    nextChunkSize = kLargestChunkSize;
+  }
 }
 
 void IndexArena::clear() noexcept {

@@ -16,9 +16,10 @@ namespace msg {
 // all of them without a walk. A group that outgrows its block gives the
 // block back, and the next group of that size takes it again.
 //
-// Chunks grow by half from 16 KiB to 8 MiB; from 4 MiB on, the huge pages inside
-// them are advised to the platform (lookups at a million keys spend much of
-// their time in address translation otherwise).
+// Each chunk is an eighth of what the arena holds, from 16 KiB to 8 MiB; from
+// 4 MiB on, the huge pages inside them are advised to the platform (lookups
+// at a million keys spend much of their time in address translation
+// otherwise).
 // Blocks above kLargestPooled bytes come from the general allocator, one by
 // one; their owner gives them back through release like any other.
 //

@@ -91,6 +91,29 @@ KeyGroup* KeyGroup::make(IndexArena& arena, std::uint32_t capacity, std::uint32_
   return group;
 }
 
+void KeyGroup::put(std::uint32_t position, MTE* entry) {
+  entries()[position] = entry;
+  texts()[position] = entry->getText();
+  languages()[position] = entry->getLanguage();
+  severities()[position] = entry->getSeverity();
+}
+
+void KeyGroup::move(std::uint32_t to, std::uint32_t from, std::uint32_t n) {
+  std::memmove(entries() + to, entries() + from, n * sizeof(MTE*));
+  std::memmove(texts() + to, texts() + from, n * sizeof(const char*));
+  std::memmove(languages() + to, languages() + from, n * sizeof(Language));
+  std::memmove(severities() + to, severities() + from, n * sizeof(short));
+}
+
+void KeyGroup::copyFrom(const KeyGroup& other) {
+  count = other.count;
+  std::memcpy(entries(), other.entries(), count * sizeof(MTE*));
+  std::memcpy(texts(), other.texts(), count * sizeof(const char*));
+  std::memcpy(languages(), other.languages(), count * sizeof(Language));
+  std::memcpy(severities(), other.severities(), count * sizeof(short));
+  std::memcpy(keyBytes(), other.keyBytes(), namespaceLength + identifierLength);
+}
+
 KeyIndex::~KeyIndex() {
   clear();
 }
@@ -169,36 +192,28 @@ KeyIndex::Slot& KeyIndex::slotFor(const IndexKey& key, std::uint32_t capacity) {
 }
 
 KeyGroup* KeyIndex::regrown(KeyGroup* group, std::uint32_t capacity) {
-  const std::uint32_t keyLength = group->namespaceLength + group->identifierLength;
   KeyGroup* grown =
       KeyGroup::make(arena, capacity, group->namespaceLength, group->identifierLength);
-  grown->count = group->count;
-  std::memcpy(grown->entries(), group->entries(), group->count * sizeof(MTE*));
-  std::memcpy(grown->languages(), group->languages(), group->count * sizeof(Language));
-  std::memcpy(grown->keyBytes(), group->keyBytes(), keyLength);
+  grown->copyFrom(*group);
   noteBlock(grown->blockSize(), true);
   noteBlock(group->blockSize(), false);
   arena.release(group, group->blockSize());
   return grown;
 }
 
-void KeyIndex::prepend(const IndexKey& key, MTE* entry, Language language) {
+void KeyIndex::prepend(const IndexKey& key, MTE* entry) {
   // Room for two at once: most keys come in more than one language.
   Slot& slot = slotFor(key, 2);
   KeyGroup*& group = slot.group;
   if (group->count == group->capacity) {
     group = regrown(group, grownCapacity(group->capacity));
   }
-  MTE** entries = group->entries();
-  Language* languages = group->languages();
-  std::memmove(entries + 1, entries, group->count * sizeof(MTE*));
-  std::memmove(languages + 1, languages, group->count * sizeof(Language));
-  entries[0] = entry;
-  languages[0] = language;
+  group->move(1, 0, group->count);
+  group->put(0, entry);
   ++group->count;
 }
 
-bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Language language) {
+bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry) {
   if (slots == nullptr) {
     return false;
   }
@@ -209,12 +224,21 @@ bool KeyIndex::replace(const IndexKey& key, const MTE* existing, MTE* entry, Lan
   }
   for (std::uint32_t i = 0; i < group->count; ++i) {
     if (group->entries()[i] == existing) {
-      group->entries()[i] = entry;
-      group->languages()[i] = language;
+      group->put(i, entry);
       return true;
     }
   }
   return false;
+}
+
+void KeyIndex::refresh(const IndexKey& key, const MTE* entry) {
+  KeyGroup* group = slots == nullptr ? nullptr : slotOf(key).group;
+  for (std::uint32_t i = 0; group != nullptr && i < group->count; ++i) {
+    if (group->entries()[i] == entry) {
+      group->texts()[i] = entry->getText();
+      return;
+    }
+  }
 }
 
 void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
@@ -226,30 +250,24 @@ void KeyIndex::remove(const IndexKey& key, const MTE* entry) {
   if (group == nullptr) {
     return;
   }
-  MTE** entries = group->entries();
-  Language* languages = group->languages();
   for (std::uint32_t i = 0; i < group->count; ++i) {
-    if (entries[i] == entry) {
-      const std::uint32_t behind = group->count - i - 1;
-      std::memmove(entries + i, entries + i + 1, behind * sizeof(MTE*));
-      std::memmove(languages + i, languages + i + 1, behind * sizeof(Language));
+    if (group->entries()[i] == entry) {
+      group->move(i, i + 1, group->count - i - 1);
       --group->count;
       return;
     }
   }
 }
 
-void KeyIndex::assign(const IndexKey& key, MTE* const* entries, const Language* languages,
-                      std::uint32_t count) {
+void KeyIndex::assign(const IndexKey& key, MTE* const* entries, std::uint32_t count) {
   const std::uint32_t capacity = count > 0 ? count : 1;
   Slot& slot = slotFor(key, capacity);
   KeyGroup*& group = slot.group;
   if (group->capacity < count) {
     group = regrown(group, capacity);
   }
-  if (count > 0) {
-    std::memcpy(group->entries(), entries, count * sizeof(MTE*));
-    std::memcpy(group->languages(), languages, count * sizeof(Language));
+  for (std::uint32_t i = 0; i < count; ++i) {
+    group->put(i, entries[i]);
   }
   group->count = count;
 }

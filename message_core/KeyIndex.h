@@ -11,10 +11,9 @@
 
 #include "message_core/IndexArena.h"
 #include "msg/Language.h"
+#include "msg/MTE.h"
 
 namespace msg {
-
-class MTE;
 
 // A key (namespace, identifier) with its lengths and its 64-bit hash, worked
 // out once per operation.
@@ -31,41 +30,93 @@ struct IndexKey {
 // True when both keys have the same bytes.
 bool operator==(const IndexKey& a, const IndexKey& b);
 
-// The entries of one key in the order of their chain, with their languages
-// beside them and a copy of the key, in one block of the index's arena. A
-// lookup reads this block and then only the entry it chooses.
+// memcmp(a, b, n) == 0, inline: key strings are short, and a lookup that
+// calls out twice to compare them spends more on the calls than on the bytes.
+inline bool sameBytes(const char* a, const char* b, std::size_t n) {
+  const auto word64 = [](const char* p) {
+    std::uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    return word;
+  };
+  const auto word32 = [](const char* p) {
+    std::uint32_t word;
+    std::memcpy(&word, p, sizeof word);
+    return word;
+  };
+  if (n >= 8) {
+    // Eight bytes at a time; the last eight overlap the group before.
+    for (std::size_t i = 0; i + 8 < n; i += 8) {
+      if (word64(a + i) != word64(b + i)) {
+        return false;
+      }
+    }
+    return word64(a + n - 8) == word64(b + n - 8);
+  }
+  if (n >= 4) {
+    return word32(a) == word32(b) && word32(a + n - 4) == word32(b + n - 4);
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    if (a[i] != b[i]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The entries of one key in the order of their chain, each with what a
+// lookup hands on (text, language, severity), and a copy of the key, in one
+// block of the index's arena. A lookup reads this block and nothing else of
+// the catalogue: at a million keys the entries lie scattered over the heap,
+// and reading one costs as much as the rest of the lookup.
 class KeyGroup {
  public:
   std::uint32_t size() const { return count; }
   MTE* entry(std::uint32_t position) const { return entries()[position]; }
+  const char* text(std::uint32_t position) const { return texts()[position]; }
   Language language(std::uint32_t position) const { return languages()[position]; }
+  short severity(std::uint32_t position) const { return severities()[position]; }
 
  private:
   friend class KeyIndex;
 
-  // Layout: this header, MTE* entries[capacity], Language
-  // languages[capacity], then the namespace and identifier bytes (no NULs).
+  // Layout: this header, MTE* entries[capacity], const char* texts[capacity],
+  // Language languages[capacity], short severities[capacity], then the
+  // namespace and identifier bytes (no NULs).
   // An empty group with room for `capacity` entries and a key of the given
   // lengths (its bytes still to be copied in), taken from `arena`; it goes
   // back there with arena.release(group, group->blockSize()) and has no
   // destructor to run.
   static KeyGroup* make(IndexArena& arena, std::uint32_t capacity, std::uint32_t namespaceLength,
                         std::uint32_t identifierLength);
+  static constexpr std::size_t kBytesPerEntry =
+      sizeof(MTE*) + sizeof(const char*) + sizeof(Language) + sizeof(short);
   static std::size_t blockSize(std::uint32_t capacity, std::uint32_t keyLength) {
-    return sizeof(KeyGroup) + capacity * (sizeof(MTE*) + sizeof(Language)) + keyLength;
+    return sizeof(KeyGroup) + capacity * kBytesPerEntry + keyLength;
   }
   std::size_t blockSize() const { return blockSize(capacity, namespaceLength + identifierLength); }
   MTE** entries() const {
-    // The header is a multiple of the pointer size, so the array is aligned.
+    // The header is a multiple of the pointer size, so both pointer arrays
+    // are aligned, and the short array follows 4-byte languages.
     return reinterpret_cast<MTE**>(const_cast<KeyGroup*>(this) + 1);
   }
-  Language* languages() const { return reinterpret_cast<Language*>(entries() + capacity); }
-  char* keyBytes() const { return reinterpret_cast<char*>(languages() + capacity); }
+  const char** texts() const {
+    return reinterpret_cast<const char**>(reinterpret_cast<char*>(entries() + capacity));
+  }
+  Language* languages() const { return reinterpret_cast<Language*>(texts() + capacity); }
+  short* severities() const { return reinterpret_cast<short*>(languages() + capacity); }
+  char* keyBytes() const { return reinterpret_cast<char*>(severities() + capacity); }
   bool holds(const IndexKey& key) const {
     return namespaceLength == key.namespaceLength && identifierLength == key.identifierLength &&
-           std::memcmp(keyBytes() + namespaceLength, key.identifier, identifierLength) == 0 &&
-           std::memcmp(keyBytes(), key.nameSpace, namespaceLength) == 0;
+           sameBytes(keyBytes() + namespaceLength, key.identifier, identifierLength) &&
+           sameBytes(keyBytes(), key.nameSpace, namespaceLength);
   }
+  // Stores `entry` with its text, language and severity at `position`.
+  void put(std::uint32_t position, MTE* entry);
+  // Moves the `n` members from position `from` on to position `to`.
+  void move(std::uint32_t to, std::uint32_t from, std::uint32_t n);
+  // Copies the members and the key of `other`, which has no more members
+  // than this group has room for, and the same key lengths.
+  void copyFrom(const KeyGroup& other);
 
   std::uint32_t count = 0;
   std::uint32_t capacity = 0;
@@ -105,19 +156,25 @@ class KeyIndex {
 #endif
   }
 
+  // The members below read the entries they are given (text, language,
+  // severity) and keep those fields beside them; an entry whose text pointer
+  // changes later must be passed to refresh.
+
   // Puts `entry` in front of the group of `key`, as a new chain head.
-  void prepend(const IndexKey& key, MTE* entry, Language language);
+  void prepend(const IndexKey& key, MTE* entry);
 
   // Puts `entry` in the place of `existing` in the group of `key`. Returns
   // false, changing nothing, if `existing` is not in that group.
-  bool replace(const IndexKey& key, const MTE* existing, MTE* entry, Language language);
+  bool replace(const IndexKey& key, const MTE* existing, MTE* entry);
+
+  // Reads the text of `entry` again, if it is in the group of `key`.
+  void refresh(const IndexKey& key, const MTE* entry);
 
   // Takes `entry` out of the group of `key`, if it is there.
   void remove(const IndexKey& key, const MTE* entry);
 
   // Makes the group of `key` hold exactly `count` entries, in this order.
-  void assign(const IndexKey& key, MTE* const* entries, const Language* languages,
-              std::uint32_t count);
+  void assign(const IndexKey& key, MTE* const* entries, std::uint32_t count);
 
   // Room for `keys` keys without growing the slot array.
   void reserve(std::size_t keys);

@@ -39,10 +39,10 @@ MTE::MTE(short severity, const char* language, const char* nameSpace, const char
   // The hash depends only on the contents, so the entry stays valid in its
   // chain when its pointers change.
   ownsStrings = true;
-  owner->noteOwnedEntry();
   this->nameSpace = ownNamespace.release();
   this->identifier = ownIdentifier.release();
   this->text = ownText.release();
+  owner->noteOwnedEntry(this);
 }
 
 MTE::MTE(short severity, int language, const char* nameSpace, const char* identifier,

@@ -90,7 +90,8 @@ Message::Message(const char* nameSpace, const char* identifier, SeverityLevel se
 
 Message::Message(const char* nameSpace, const char* identifier, SeverityLevel severity,
                  Language language, const char* text, bool copyStrings)
-    : nameSpace(nameSpace),
+    : keySource(nullptr),
+      nameSpace(nameSpace),
       identifier(identifier),
       text(text),
       severity(severity),
@@ -118,6 +119,21 @@ Message::Message(const char* nameSpace, const char* identifier, SeverityLevel se
   this->text = ownText;
 }
 
+Message::Message(const MTE* entry, const char* text, SeverityLevel severity, Language language)
+    : keySource(entry),
+      nameSpace(nullptr),
+      identifier(nullptr),
+      text(text),
+      severity(severity),
+      language(language),
+      ownsStrings(false),
+      ownNamespace(nullptr),
+      ownIdentifier(nullptr),
+      ownText(nullptr),
+      resultBuffer(nullptr),
+      workBuffer(nullptr),
+      bufferSize(0) {}
+
 // Delegates first, so that the record counts as constructed and the
 // destructor frees the buffers if a substitution below throws.
 Message::Message(const MessageHandler* handler, const char* nameSpace, const char* identifier)
@@ -131,14 +147,13 @@ Message::Message(const MessageHandler* handler, const char* nameSpace, const cha
   // (a derived handler, which may answer differently; the parent; the
   // not-found message) goes through the virtual call below.
   if (typeid(*handler) == typeid(MessageHandler)) {
-    const MTE* entry =
-        handler->messageTable->findBestEntry(nameSpace, identifier, handler->languageList);
-    if (entry != nullptr) {
-      this->nameSpace = entry->getNamespace();
-      this->identifier = entry->getIdentifier();
-      this->text = entry->getText();
-      severity = static_cast<SeverityLevel>(entry->getSeverity());
-      language = entry->getLanguage();
+    const MessageTable::Choice choice =
+        handler->messageTable->findBest(nameSpace, identifier, handler->languageList);
+    if (choice.entry != nullptr) {
+      keySource = choice.entry;
+      text = choice.text;
+      severity = static_cast<SeverityLevel>(choice.severity);
+      language = choice.language;
       return;
     }
   }
@@ -151,6 +166,7 @@ Message::Message(const MessageHandler* handler, const char* nameSpace, const cha
     }
   }
   // The handler's record borrows the entry's strings, and so does this one.
+  keySource = found->keySource;
   this->nameSpace = found->nameSpace;
   this->identifier = found->identifier;
   this->text = found->text;

@@ -122,13 +122,12 @@ bool MessageHandler::getMessageChannel2Ownership() const {
 }
 
 Message* MessageHandler::getMessage(const char* nameSpace, const char* identifier) const {
-  const MTE* entry = messageTable->findBestEntry(nameSpace, identifier, languageList);
-  if (entry != nullptr) {
+  const MessageTable::Choice choice = messageTable->findBest(nameSpace, identifier, languageList);
+  if (choice.entry != nullptr) {
     // Only this table counts once it has an acceptable entry, even if the
     // parent offers a better-ranked language.
-    return new Message(entry->getNamespace(), entry->getIdentifier(),
-                       static_cast<SeverityLevel>(entry->getSeverity()), entry->getLanguage(),
-                       entry->getText(), false);
+    return new Message(choice.entry, choice.text, static_cast<SeverityLevel>(choice.severity),
+                       choice.language);
   }
   if (parent == nullptr) {
     return nullptr;
@@ -224,8 +223,8 @@ void MessageHandler::addEntries(MTE* first, std::uint32_t count, const IndexKey&
   }
 }
 
-void MessageHandler::noteOwnedEntry() {
-  messageTable->noteOwnedEntry();
+void MessageHandler::noteOwnedEntry(const MTE* entry) {
+  messageTable->noteOwnedEntry(entry);
 }
 
 }  // namespace msg

@@ -66,6 +66,18 @@ bool sameKey(const MTE* entry, const char* nameSpace, const char* identifier) {
          std::strcmp(entry->getNamespace(), nameSpace) == 0;
 }
 
+// list.distance(language). An exact match ranks by its position alone, so
+// it is looked for inline first: with the catalogue's own tags in the list,
+// that is nearly every lookup.
+int rankOf(const LanguageList& list, Language language) {
+  for (int i = 0; i < list.getCount(); ++i) {
+    if (list.getLanguage(i) == language) {
+      return 3 * i;
+    }
+  }
+  return list.distance(language);
+}
+
 }  // namespace
 
 MessageTable::MessageTable() : MessageTable(largestPrimeUpTo(kDefaultSizeLimit)) {}
@@ -99,7 +111,7 @@ MessageTable* MessageTable::grownCopy() {
   grown->index.reserve(index.keyCount());
   for (std::uint32_t bucket = 0; bucket < size; ++bucket) {
     for (MTE* entry = buckets[bucket]; entry != nullptr; entry = entry->next) {
-      grown->index.prepend(IndexKey(entry->nameSpace, entry->identifier), entry, entry->language);
+      grown->index.prepend(IndexKey(entry->nameSpace, entry->identifier), entry);
     }
   }
   for (std::uint32_t bucket = 0; bucket < size; ++bucket) {
@@ -159,26 +171,30 @@ bool MessageTable::holdsEntryLike(const MTE* key, const IndexKey& indexKey) cons
   return false;
 }
 
-MTE* MessageTable::findBestEntry(const char* nameSpace, const char* identifier,
-                                 const LanguageList& list) const {
+MessageTable::Choice MessageTable::findBest(const char* nameSpace, const char* identifier,
+                                            const LanguageList& list) const {
   // The group holds the key's entries in chain order, so this is the walk of
   // the whole chain with the other keys left out: no early exit, not even at
   // rank 0, and only a strictly lower rank replaces the best, so that the
   // entry nearer the head keeps a tie.
   const KeyGroup* group = index.find(IndexKey(nameSpace, identifier));
   if (group == nullptr) {
-    return nullptr;
+    return Choice();
   }
-  MTE* best = nullptr;
+  std::uint32_t best = 0;
   int bestRank = -1;
   for (std::uint32_t i = 0; i < group->size(); ++i) {
-    const int rank = list.distance(group->language(i));
-    if (rank >= 0 && (best == nullptr || rank < bestRank)) {
-      best = group->entry(i);
+    const int rank = rankOf(list, group->language(i));
+    if (rank >= 0 && (bestRank < 0 || rank < bestRank)) {
+      best = i;
       bestRank = rank;
     }
   }
-  return best;
+  if (bestRank < 0) {
+    return Choice();
+  }
+  return Choice{group->entry(best), group->text(best), group->language(best),
+                group->severity(best)};
 }
 
 void MessageTable::linkHead(MTE* entry, std::uint32_t bucket) {
@@ -200,7 +216,7 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, cons
     // An entry that kept the bucket of another table size lands in a chain
     // that no lookup of its key walks, so no lookup may find it.
     if (bucket == home) {
-      index.prepend(key, entry, entry->language);
+      index.prepend(key, entry);
     }
     linkHead(entry, bucket);
     return;
@@ -220,7 +236,7 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, cons
   // in the group as in the chain.
   const IndexKey existingKey(existing->nameSpace, existing->identifier);
   const bool sameKey = key == existingKey;
-  if (!sameKey || !index.replace(key, existing, entry, entry->language)) {
+  if (!sameKey || !index.replace(key, existing, entry)) {
     reindexReplacement(key, existing, entry);
     if (!sameKey) {
       index.remove(existingKey, existing);
@@ -255,12 +271,10 @@ bool MessageTable::insertNewKey(MTE* first, std::uint32_t count, const IndexKey&
   // One by one, each entry would become the head of its group and chain:
   // the group holds them last first.
   MTE* grouped[kLongestRun];
-  Language languages[kLongestRun];
   for (std::uint32_t i = 0; i < count; ++i) {
     grouped[count - 1 - i] = &first[i];
-    languages[count - 1 - i] = first[i].language;
   }
-  index.assign(key, grouped, languages, count);
+  index.assign(key, grouped, count);
   const std::uint32_t sum = keySum(key);
   const std::uint32_t home = sum % size;
   for (std::uint32_t i = 0; i < count; ++i) {
@@ -273,16 +287,14 @@ bool MessageTable::insertNewKey(MTE* first, std::uint32_t count, const IndexKey&
 
 void MessageTable::reindexReplacement(const IndexKey& key, const MTE* existing, MTE* entry) {
   std::vector<MTE*> entries;
-  std::vector<Language> languages;
   for (MTE* chained = buckets[tableHash(key.nameSpace, key.identifier)]; chained != nullptr;
        chained = chained->next) {
     MTE* member = chained == existing ? entry : chained;
     if (sameKey(member, key.nameSpace, key.identifier)) {
       entries.push_back(member);
-      languages.push_back(member->language);
     }
   }
-  index.assign(key, entries.data(), languages.data(), static_cast<std::uint32_t>(entries.size()));
+  index.assign(key, entries.data(), static_cast<std::uint32_t>(entries.size()));
 }
 
 std::uint32_t MessageTable::largestPrimeUpTo(std::uint32_t n) {

@@ -84,12 +84,26 @@ class MessageTable {
   // REQUIRES: key is not null.
   bool holdsEntryLike(const MTE* key, const IndexKey& indexKey) const;
 
+  // What a lookup hands on of the entry it chose, read from the index
+  // without touching the entry itself. `entry` is null if nothing was
+  // chosen.
+  struct Choice {
+    MTE* entry = nullptr;
+    const char* text = nullptr;
+    Language language;
+    short severity = 0;
+  };
+
   // The entry of the key whose language ranks best by list.distance(), or
-  // null if no entry of the key is acceptable. The whole chain is walked;
+  // none if no entry of the key is acceptable. The whole chain is walked;
   // among entries of equal rank the one nearest the head wins, which is the
   // one added last unless a growth came between.
   // REQUIRES: nameSpace and identifier are not null.
-  MTE* findBestEntry(const char* nameSpace, const char* identifier, const LanguageList& list) const;
+  Choice findBest(const char* nameSpace, const char* identifier, const LanguageList& list) const;
+  MTE* findBestEntry(const char* nameSpace, const char* identifier,
+                     const LanguageList& list) const {
+    return findBest(nameSpace, identifier, list).entry;
+  }
 
   // With `existing` null: makes `entry` the head of its bucket and counts it.
   // Otherwise puts `entry` in the place of `existing` (the result of
@@ -123,10 +137,14 @@ class MessageTable {
   // will need soon. Changes nothing.
   void prefetchKey(const IndexKey& key) const { index.prefetch(key); }
 
-  // Counts an entry of this table whose ownsStrings has just become true.
-  // The table keeps the count so that, when it holds no entry of its own, it
-  // can die without a walk through its chains.
-  void noteOwnedEntry() { ++owned; }
+  // Counts `entry`, linked into this table, whose ownsStrings has just
+  // become true and whose strings have just been replaced by its copies. The
+  // table keeps the count so that, when it holds no entry of its own, it can
+  // die without a walk through its chains; the index takes the new text.
+  void noteOwnedEntry(const MTE* entry) {
+    ++owned;
+    index.refresh(IndexKey(entry->nameSpace, entry->identifier), entry);
+  }
 
   // The largest x <= n that has no divisor d with 2 <= d <= sqrt(x); so 1, 2
   // and 3 count, and 0 gives 0.

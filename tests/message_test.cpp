@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "msg/LanguageList.h"
@@ -148,13 +149,24 @@ TEST(MessageTest, RecordByKeyBorrowsTheChosenEntryOrShowsTheNotFoundText) {
 
   // Entries made with new belong to the handler's table.
   new MTE(info, "en", "app", "start", "Starting &0", &handler, false, true);
-  new MTE(warning, "de", "app", "start", "Start von &0", &handler, false, true);
+  const MTE* german = new MTE(warning, "de", "app", "start", "Start von &0", &handler, false, true);
   new MTE(error, "en", "msg", "notfound", "Missing &0:&1", &handler, false, true);
   new MTE(abort, "de", "msg", "notfound", "Fehlt: &0:&1", &handler, false, true);
   handler.setLanguageList(LanguageList(Language("de-AT"), Language("en")));
   Message found(&handler, "app", "start");
   EXPECT_EQ(Language("de"), found.getLanguage());
   EXPECT_EQ(warning, found.getSeverityLevel());
+  // The very strings of the entry, which are its copies, not the caller's.
+  EXPECT_EQ(german->getText(), found.getText());
+  EXPECT_EQ(german->getNamespace(), found.getNamespace());
+  EXPECT_EQ(german->getIdentifier(), found.getIdentifier());
+
+  // A replacement is what the next lookup borrows from.
+  const MTE* replacement = new MTE(error, "de", "app", "start", "Neu", &handler, false, true);
+  std::unique_ptr<Message> again(handler.getMessage("app", "start"));
+  EXPECT_EQ(replacement->getText(), again->getText());
+  EXPECT_EQ(replacement->getIdentifier(), again->getIdentifier());
+  EXPECT_EQ(error, again->getSeverityLevel());
 
   Message missing(&handler, "app", "stop");
   EXPECT_STREQ("notfound", missing.getIdentifier());

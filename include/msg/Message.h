@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "msg/Language.h"
+#include "msg/MTE.h"
 #include "msg/SeverityLevel.h"
 #include "msg/export.h"
 
@@ -71,8 +72,12 @@ class MSG_EXPORT Message {
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void*, void*) noexcept {}
 
-  const char* getNamespace() const { return nameSpace; }
-  const char* getIdentifier() const { return identifier; }
+  const char* getNamespace() const {
+    return keySource != nullptr ? keySource->getNamespace() : nameSpace;
+  }
+  const char* getIdentifier() const {
+    return keySource != nullptr ? keySource->getIdentifier() : identifier;
+  }
   SeverityLevel getSeverityLevel() const { return severity; }
   Language getLanguage() const { return language; }
 
@@ -133,6 +138,10 @@ class MSG_EXPORT Message {
   Message(const char* nameSpace, const char* identifier, SeverityLevel severity, Language language,
           const char* text, bool copyStrings);
 
+  // The record of a catalogue entry, from what the table's index keeps of
+  // it: the key strings are read from the entry only when asked for.
+  Message(const MTE* entry, const char* text, SeverityLevel severity, Language language);
+
   // Finds the leftmost placeholder `number` in workBuffer; on success `first`
   // is the index of its "&" and `last` that of its last digit.
   bool findPlaceholder(unsigned int number, unsigned int& first, unsigned int& last) const;
@@ -144,6 +153,11 @@ class MSG_EXPORT Message {
   // moves the working text over (or puts `text` in if there were none).
   void growBuffers(std::size_t room);
 
+  // A record of a catalogue entry borrows the entry's key strings through
+  // keySource, and then leaves nameSpace and identifier null: a lookup so
+  // need not read the entry, which at a million keys is a cache miss of its
+  // own. Every other record has a null keySource.
+  const MTE* keySource;
   const char* nameSpace;
   const char* identifier;
   const char* text;

@@ -153,9 +153,10 @@ class MSG_EXPORT MessageHandler {
   // calls of addEntry(entry, false, key) in array order would.
   void addEntries(MTE* first, std::uint32_t count, const IndexKey& key);
 
-  // Tells the table that an entry linked by addEntry has taken ownership of
-  // its strings, and so belongs to the table from now on.
-  void noteOwnedEntry();
+  // Tells the table that `entry`, linked by addEntry, has taken ownership of
+  // its strings (and now points at its copies), and so belongs to the table
+  // from now on.
+  void noteOwnedEntry(const MTE* entry);
 
   // Reads the table directly when a record is made by key from a plain
   // handler, instead of through a temporary record.
