@@ -17,18 +17,6 @@ std::uint64_t mixIn(std::uint64_t hash, std::uint64_t word) {
   return hash ^ (hash >> 32);
 }
 
-std::uint64_t load64(const char* p) {
-  std::uint64_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
-std::uint64_t load32(const char* p) {
-  std::uint32_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
 // Folds `length` bytes at `s` into `hash`, eight at a time. The last group
 // is read so that no byte behind the string is touched: as the last eight
 // bytes (overlapping the group before), as two overlapping halves, or byte
@@ -36,13 +24,13 @@ std::uint64_t load32(const char* p) {
 std::uint64_t hashBytes(std::uint64_t hash, const char* s, std::size_t length) {
   std::size_t i = 0;
   for (; i + 8 < length; i += 8) {
-    hash = mixIn(hash, load64(s + i));
+    hash = mixIn(hash, loadWord64(s + i));
   }
   std::uint64_t last = 0;
   if (length >= 8) {
-    last = load64(s + length - 8);
+    last = loadWord64(s + length - 8);
   } else if (length >= 4) {
-    last = load32(s) | load32(s + length - 4) << 32;
+    last = loadWord32(s) | loadWord32(s + length - 4) << 32;
   } else if (length > 0) {
     last = static_cast<unsigned char>(s[0]) | static_cast<unsigned char>(s[length / 2]) << 8 |
            static_cast<std::uint64_t>(static_cast<unsigned char>(s[length - 1])) << 16;

@@ -30,30 +30,32 @@ struct IndexKey {
 // True when both keys have the same bytes.
 bool operator==(const IndexKey& a, const IndexKey& b);
 
+// Unaligned reads of 8 and 4 bytes, for the key hash and compare.
+inline std::uint64_t loadWord64(const char* p) {
+  std::uint64_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+inline std::uint64_t loadWord32(const char* p) {
+  std::uint32_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
 // memcmp(a, b, n) == 0, inline: key strings are short, and a lookup that
 // calls out twice to compare them spends more on the calls than on the bytes.
 inline bool sameBytes(const char* a, const char* b, std::size_t n) {
-  const auto word64 = [](const char* p) {
-    std::uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-  };
-  const auto word32 = [](const char* p) {
-    std::uint32_t word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-  };
   if (n >= 8) {
     // Eight bytes at a time; the last eight overlap the group before.
     for (std::size_t i = 0; i + 8 < n; i += 8) {
-      if (word64(a + i) != word64(b + i)) {
+      if (loadWord64(a + i) != loadWord64(b + i)) {
         return false;
       }
     }
-    return word64(a + n - 8) == word64(b + n - 8);
+    return loadWord64(a + n - 8) == loadWord64(b + n - 8);
   }
   if (n >= 4) {
-    return word32(a) == word32(b) && word32(a + n - 4) == word32(b + n - 4);
+    return loadWord32(a) == loadWord32(b) && loadWord32(a + n - 4) == loadWord32(b + n - 4);
   }
   for (std::size_t i = 0; i < n; ++i) {
     if (a[i] != b[i]) {
