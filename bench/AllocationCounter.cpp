@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "platform/PageMapping.h"
+
 namespace {
 
 std::uint64_t gAllocations = 0;
@@ -49,7 +51,8 @@ std::uint64_t allocatedBytes() {
 
 std::uint64_t heapBytesInUse() {
   const struct mallinfo2 info = mallinfo2();
-  return static_cast<std::uint64_t>(info.uordblks) + static_cast<std::uint64_t>(info.hblkhd);
+  return static_cast<std::uint64_t>(info.uordblks) + static_cast<std::uint64_t>(info.hblkhd) +
+         msg::platform::mappedBytes();
 }
 
 }  // namespace msg_bench

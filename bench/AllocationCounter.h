@@ -23,7 +23,8 @@ std::uint64_t allocationCount();
 std::uint64_t allocatedBytes();
 
 // Bytes of heap in use right now, allocator overhead included (glibc's
-// mallinfo2: small chunks plus mapped ones).
+// mallinfo2: small chunks plus mapped ones), and the blocks that the library
+// maps from the system itself for its large tables.
 std::uint64_t heapBytesInUse();
 
 }  // namespace msg_bench

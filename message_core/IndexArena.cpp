@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/MemoryAdvice.h"
+#include "platform/PageMapping.h"
 
 namespace msg {
 
@@ -15,8 +15,12 @@ std::size_t roundUp(std::size_t bytes, std::size_t step) {
   return (bytes + step - 1) / step * step;
 }
 
-// Chunks from this size on hold at least one whole huge page.
-constexpr std::size_t kAdvisedChunkSize = 2 * platform::kHugePageSize;
+// Blocks from this size on are mapped from the system, in whole huge pages.
+constexpr std::size_t kMappedSize = platform::kHugePageSize;
+
+bool mapped(std::size_t bytes) {
+  return bytes >= kMappedSize;
+}
 
 // Large chunks stop growing here, so that the last one, partly used, wastes
 // little.
@@ -60,9 +64,13 @@ void IndexArena::release(void* block, std::size_t bytes) noexcept {
 void IndexArena::openChunk(std::size_t bytes) {
   std::size_t size = nextChunkSize == 0 ? kFirstChunkSize : nextChunkSize;
   size = roundUp(size < sizeof(Chunk) + bytes ? sizeof(Chunk) + bytes : size, kGranule);
-  void* memory = ::operator new(size);
-  if (size >= kAdvisedChunkSize) {
-    platform::adviseHugePages(memory, size);
+  void* memory;
+  if (mapped(size)) {
+    // Whole huge pages only; a chunk this size holds far more than a block.
+    size = size / kMappedSize * kMappedSize;
+    memory = platform::mapBlock(size);
+  } else {
+    memory = ::operator new(size);
   }
   // The rest of the current chunk is given up; it is less than one block.
   Chunk* chunk = new (memory) Chunk{newest, size};
@@ -85,7 +93,11 @@ void IndexArena::clear() noexcept {
   while (newest != nullptr) {
     Chunk* chunk = newest;
     newest = chunk->previous;
-    ::operator delete(chunk);
+    if (mapped(chunk->size)) {
+      platform::unmapBlock(chunk, chunk->size);
+    } else {
+      ::operator delete(chunk);
+    }
   }
   std::memset(freeBlocks, 0, sizeof freeBlocks);
   cursor = nullptr;
@@ -95,16 +107,20 @@ void IndexArena::clear() noexcept {
 }
 
 void* allocateTable(std::size_t bytes) {
-  void* block = ::operator new(bytes);
-  if (bytes >= kAdvisedChunkSize) {
-    platform::adviseHugePages(block, bytes);
+  if (mapped(bytes)) {
+    return platform::mapBlock(roundUp(bytes, kMappedSize));
   }
+  void* block = ::operator new(bytes);
   std::memset(block, 0, bytes);
   return block;
 }
 
-void releaseTable(void* block) noexcept {
-  ::operator delete(block);
+void releaseTable(void* block, std::size_t bytes) noexcept {
+  if (mapped(bytes)) {
+    platform::unmapBlock(block, roundUp(bytes, kMappedSize));
+  } else {
+    ::operator delete(block);
+  }
 }
 
 }  // namespace msg

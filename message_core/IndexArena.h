@@ -16,9 +16,9 @@ namespace msg {
 // all of them without a walk. A group that outgrows its block gives the
 // block back, and the next group of that size takes it again.
 //
-// Each chunk is an eighth of what the arena holds, from 16 KiB to 8 MiB; from
-// 4 MiB on, the huge pages inside them are advised to the platform (lookups
-// at a million keys spend much of their time in address translation
+// Each chunk is an eighth of what the arena holds, from 16 KiB to 8 MiB;
+// from 2 MiB on, chunks are mapped from the system in whole huge pages
+// (lookups at a million keys spend much of their time in address translation
 // otherwise).
 // Blocks above kLargestPooled bytes come from the general allocator, one by
 // one; their owner gives them back through release like any other.
@@ -68,12 +68,12 @@ class IndexArena {
   std::size_t heldBytes = 0;
 };
 
-// A zeroed block of `bytes` for a large table, aligned for a pointer; the
-// huge pages inside a large one are advised. Throws std::bad_alloc.
+// A zeroed block of `bytes` for a table, aligned for a pointer; one of 2 MiB
+// or more is mapped from the system in huge pages. Throws std::bad_alloc.
 void* allocateTable(std::size_t bytes);
 
-// Gives back a block of allocateTable.
-void releaseTable(void* block) noexcept;
+// Gives back a block of allocateTable(bytes), with the same `bytes`.
+void releaseTable(void* block, std::size_t bytes) noexcept;
 
 }  // namespace msg
 

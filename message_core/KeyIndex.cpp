@@ -119,7 +119,7 @@ void KeyIndex::clear() {
     }
   }
   arena.clear();
-  releaseTable(slots);
+  releaseTable(slots, (mask + 1) * sizeof(Slot));
   slots = nullptr;
   mask = 0;
   used = 0;
@@ -151,7 +151,7 @@ void KeyIndex::growSlots(std::size_t atLeast) {
       }
       grown[j] = slots[i];
     }
-    releaseTable(slots);
+    releaseTable(slots, (mask + 1) * sizeof(Slot));
   }
   slots = grown;
   mask = grownMask;

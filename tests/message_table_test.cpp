@@ -16,6 +16,7 @@
 #include "msg/MTE.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
+#include "platform/PageMapping.h"
 
 // Scalar new and delete are replaced for this executable, so that a test can
 // tell which objects were deleted since it last set deletedCount to 0, and
@@ -301,6 +302,31 @@ TEST_F(MessageTableTest, GrowsOnlyPastFiftyOneEntriesPerBucketAndKeepsEveryEntry
   EXPECT_EQ(linked, threshold + 1);
   // Growth reversed the chain, so the tie now goes the other way.
   EXPECT_EQ(best("tie", "key", LanguageList(Language("de"))), "Austria");
+}
+
+// Past 2 MiB the index takes its slot array and arena chunks straight from
+// the system (in huge pages); each must go back whole when the table dies,
+// and lookups must not notice where their slots live.
+TEST(MessageTableMappingTest, ALargeIndexIsMappedAndGivenBackWhole) {
+  const std::size_t mappedBefore = platform::mappedBytes();
+  {
+    MessageHandler handler;
+    std::vector<std::string> identifiers;
+    for (int i = 0; i < 120000; ++i) {
+      identifiers.push_back("key" + std::to_string(i));
+      new MTE(info, "en", "app", identifiers.back().c_str(), identifiers.back().c_str(), &handler,
+              false, true);
+    }
+    EXPECT_GE(platform::mappedBytes(), mappedBefore + platform::kHugePageSize);
+    const MessageTable& table = TableAccess::of(handler);
+    for (const std::string& identifier : identifiers) {
+      const MTE* entry =
+          table.findBestEntry("app", identifier.c_str(), LanguageList(Language("en")));
+      ASSERT_NE(entry, nullptr);
+      ASSERT_STREQ(entry->getText(), identifier.c_str());
+    }
+  }
+  EXPECT_EQ(platform::mappedBytes(), mappedBefore);
 }
 
 }  // namespace

@@ -55,10 +55,9 @@ struct Language {
     }
   }
 
-  // True when all four bytes are equal.
+  // True when all four bytes are equal (one 32-bit compare).
   bool operator==(const Language& other) const {
-    return tagChars[0] == other.tagChars[0] && tagChars[1] == other.tagChars[1] &&
-           tagChars[2] == other.tagChars[2] && tagChars[3] == other.tagChars[3];
+    return std::memcmp(tagChars, other.tagChars, sizeof tagChars) == 0;
   }
   bool operator!=(const Language& other) const { return !(*this == other); }
 
