@@ -3,16 +3,43 @@
 #include <cstring>
 #include <memory>
 
-#include "message_core/StringCopy.h"
 #include "msg/MessageHandler.h"
 
 namespace msg {
 
 namespace {
 
-// A NUL-terminated copy of `s`, made with new[].
-std::unique_ptr<char[]> copyOf(const char* s) {
-  return std::unique_ptr<char[]>(copyString(s));
+// Copies of the three strings, one after the other with their terminators,
+// in one block made with new[]: the namespace starts it. One block instead
+// of three saves two allocations per loaded entry and the allocator's header
+// and rounding of each (about 45 bytes). A null string is copied as "".
+struct StringCopies {
+  std::unique_ptr<char[]> block;
+  char* identifier;
+  char* text;
+};
+
+StringCopies copyAll(const char* nameSpace, const char* identifier, const char* text) {
+  const char* const strings[3] = {nameSpace != nullptr ? nameSpace : "",
+                                  identifier != nullptr ? identifier : "",
+                                  text != nullptr ? text : ""};
+  std::size_t sizes[3];
+  std::size_t total = 0;
+  for (int i = 0; i < 3; ++i) {
+    sizes[i] = std::strlen(strings[i]) + 1;
+    total += sizes[i];
+  }
+  StringCopies copies{std::unique_ptr<char[]>(new char[total]), nullptr, nullptr};
+  char* cursor = copies.block.get();
+  char* starts[3];
+  for (int i = 0; i < 3; ++i) {
+    starts[i] = cursor;
+    std::memcpy(cursor, strings[i], sizes[i]);
+    cursor += sizes[i];
+  }
+  copies.identifier = starts[1];
+  copies.text = starts[2];
+  return copies;
 }
 
 }  // namespace
@@ -32,16 +59,14 @@ MTE::MTE(short severity, const char* language, const char* nameSpace, const char
   // MessageExists carries the caller's pointers, and a failed link leaves no
   // copy behind. Copying first also keeps the caller's strings safe to read
   // when they belong to the very entry that linking replaces and deletes.
-  std::unique_ptr<char[]> ownNamespace = copyOf(nameSpace);
-  std::unique_ptr<char[]> ownIdentifier = copyOf(identifier);
-  std::unique_ptr<char[]> ownText = copyOf(text);
+  StringCopies copies = copyAll(nameSpace, identifier, text);
   MessageHandler* owner = link(handler, throwOnDuplicate);
   // The hash depends only on the contents, so the entry stays valid in its
   // chain when its pointers change.
   ownsStrings = true;
-  this->nameSpace = ownNamespace.release();
-  this->identifier = ownIdentifier.release();
-  this->text = ownText.release();
+  this->nameSpace = copies.block.release();
+  this->identifier = copies.identifier;
+  this->text = copies.text;
   owner->noteOwnedEntry(this);
 }
 
@@ -66,9 +91,7 @@ MTE::MTE(Unlinked, short severity, Language language, const char* nameSpace, con
 
 MTE::~MTE() {
   if (ownsStrings) {
-    delete[] nameSpace;
-    delete[] identifier;
-    delete[] text;
+    delete[] nameSpace;  // the block of all three copies
   }
 }
 
