@@ -30,15 +30,12 @@ StringCopies copyAll(const char* nameSpace, const char* identifier, const char* 
     total += sizes[i];
   }
   StringCopies copies{std::unique_ptr<char[]>(new char[total]), nullptr, nullptr};
-  char* cursor = copies.block.get();
-  char* starts[3];
-  for (int i = 0; i < 3; ++i) {
-    starts[i] = cursor;
-    std::memcpy(cursor, strings[i], sizes[i]);
-    cursor += sizes[i];
-  }
-  copies.identifier = starts[1];
-  copies.text = starts[2];
+  char* block = copies.block.get();
+  copies.identifier = block + sizes[0];
+  copies.text = copies.identifier + sizes[1];
+  std::memcpy(block, strings[0], sizes[0]);
+  std::memcpy(copies.identifier, strings[1], sizes[1]);
+  std::memcpy(copies.text, strings[2], sizes[2]);
   return copies;
 }
 
