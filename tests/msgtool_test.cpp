@@ -161,11 +161,6 @@ TEST_F(MsgtoolTest, BadInputEndsWithExitCodeTwoAndSaysWhy) {
           << result.err;
     }
   }
-  const Outcome unknown = run("check --no-such-option x.xml");
-  EXPECT_EQ(unknown.exitCode, 2);
-  EXPECT_NE(unknown.err.find("--no-such-option"), std::string::npos);
-  EXPECT_EQ(run("").exitCode, 2);
-  EXPECT_EQ(run("--version").exitCode, 0);
 }
 
 TEST_F(MsgtoolTest, StatsCountsEachLanguage) {

@@ -67,12 +67,6 @@ int runCompile(const CompileOptions& options) {
 
 Action setUpCompile(CLI::App& command) {
   auto options = std::make_shared<CompileOptions>();
-  command.footer(
-      "Every text of every language goes into the file; a program's language list picks "
-      "among them when it loads the file. A later text of the same key and language "
-      "replaces an earlier one, as when the documents are loaded in this order. The same "
-      "documents always give the same bytes. Exit codes: 0 written, 1 placeholder errors "
-      "(nothing written), 2 a document or the output failed.");
   command.add_option("-o,--output", options->output, "The compiled catalogue to write (app.msgc)")
       ->required();
   command.add_flag("--force", options->force,
@@ -82,7 +76,16 @@ Action setUpCompile(CLI::App& command) {
 }
 
 const SubcommandRegistration registration(
-    "compile", "Compile the documents into one file that loads in a millisecond", setUpCompile);
+    {"compile", "Compile the documents into one file that loads in a millisecond",
+     "Every text of every language goes into the file; a program's language list\n"
+     "picks among them when it loads the file. A later text of the same key and\n"
+     "language replaces an earlier one, as when the documents are loaded in this\n"
+     "order. The same documents always give the same bytes.\n",
+     "msgtool compile -o app.msgc app-en.xml app-de.xml\n",
+     "0  written\n"
+     "1  the languages of a key disagree on their placeholders (nothing written)\n"
+     "2  usage error, or a document or the output failed\n",
+     setUpCompile});
 
 }  // namespace
 

@@ -194,13 +194,6 @@ Action setUpExport(CLI::App& command) {
   command.add_option("--project", options->project,
                      "Project-Id-Version of a PO file (default: the first FILE's name)");
   addDocumentsArgument(command, options->files);
-  command.footer(
-      "Every key with a text in the source language becomes one entry: msgctxt "
-      "\"namespace:identifier\" in PO, "
-      "a trans-unit with that id in XLIFF. A translation whose source text has changed since it "
-      "was imported is "
-      "marked fuzzy (PO), needs-review-translation (XLIFF 1.2) or initial (XLIFF 2.0).\n"
-      "Example: msgtool export --format po --source en --target de -o de.po messages.xml");
   return [options] {
     if (options->targets.empty()) {
       throw ToolError("--target names no language");
@@ -209,8 +202,17 @@ Action setUpExport(CLI::App& command) {
   };
 }
 
-const SubcommandRegistration registration("export", "Write PO or XLIFF files for translators",
-                                          setUpExport);
+const SubcommandRegistration registration(
+    {"export", "Write PO or XLIFF files for translators",
+     "Every key with a text in the source language becomes one entry: msgctxt\n"
+     "\"namespace:identifier\" in PO, a trans-unit with that id in XLIFF. A\n"
+     "translation whose source text has changed since it was imported is marked\n"
+     "fuzzy (PO), needs-review-translation (XLIFF 1.2) or initial (XLIFF 2.0).\n",
+     "msgtool export --format po --source en --target de -o de.po messages.xml\n"
+     "msgtool export --format xliff --target de,fr -o l10n/ messages.xml\n",
+     "0  written\n"
+     "2  usage error, or a document or the output failed\n",
+     setUpExport});
 
 }  // namespace
 

@@ -168,16 +168,21 @@ Action setUpHeader(CLI::App& command) {
                   "C++ namespace around the generated ones, e.g. app::keys")
       ->type_name("NAME");
   addDocumentsArgument(command, options->files);
-  command.footer(
-      "Each message namespace becomes a C++ namespace holding one constant per message:\n"
-      "  inline constexpr ::msg::Key<2> diskfull{\"app\", \"diskfull\"};\n"
-      "The same documents give the same bytes. CMake: msg_generate_header() runs this.");
   return [options] { return runHeader(*options); };
 }
 
-const SubcommandRegistration registration("header",
-                                          "Write a C++ header with one typed msg::Key per message",
-                                          setUpHeader);
+const SubcommandRegistration registration(
+    {"header", "Write a C++ header with one typed msg::Key per message",
+     "Each message namespace becomes a C++ namespace holding one constant per\n"
+     "message, carrying its number of placeholders:\n"
+     "  inline constexpr ::msg::Key<2> diskfull{\"app\", \"diskfull\"};\n"
+     "so that a key typo or a wrong number of arguments fails at compile time.\n"
+     "The same documents give the same bytes. CMake: msg_generate_header() runs\n"
+     "this.\n",
+     "msgtool header -o app_keys.h --namespace app::keys app-en.xml app-de.xml\n",
+     "0  written\n"
+     "2  usage error, or a document or the output failed (an old header stays)\n",
+     setUpHeader});
 
 }  // namespace
 

@@ -251,20 +251,22 @@ Action setUpImport(CLI::App& command) {
                    "Import fuzzy (PO) and needs-review (XLIFF) translations too");
   command.add_option("--schema", options->schema,
                      "Schema location written into a new document (default: messages.xsd)");
-  command.footer(
-      "Writes each translated unit as the Text of its key in the target language, stamped with the "
-      "source text "
-      "it was made from. Untranslated and fuzzy units are skipped, and so is a translation whose "
-      "placeholders "
-      "differ from its source (an error: exit code 1). Everything else in the document stays as it "
-      "was, and "
-      "the document is replaced only once the result loads.\n"
-      "Example: msgtool import --format po de.po --into messages.xml");
   return [options] { return runImport(*options); };
 }
 
 const SubcommandRegistration registration(
-    "import", "Read translations from PO or XLIFF into a message document", setUpImport);
+    {"import", "Read translations from PO or XLIFF into a message document",
+     "Writes each translated unit as the Text of its key in the target language,\n"
+     "stamped with the source text it was made from. Untranslated and fuzzy units\n"
+     "are skipped, and so is a translation whose placeholders differ from its\n"
+     "source. Everything else in the document stays as it was, and the document\n"
+     "is replaced only once the result loads.\n",
+     "msgtool import --format po de.po --into messages.xml\n"
+     "msgtool import --format xliff --accept-fuzzy de.xlf --into messages.xml\n",
+     "0  imported\n"
+     "1  some units refused (their placeholders differ from the source)\n"
+     "2  nothing imported: usage error, or the file or the document cannot be used\n",
+     setUpImport});
 
 }  // namespace
 

@@ -169,14 +169,17 @@ Action setUpShow(CLI::App& command) {
                   "the arguments &0, &1, ...")
       ->required()
       ->option_text("...");
-  command.footer(
-      "Example: msgtool show --languages de-AT,de,en app.xml app diskspace 12 /home\n"
-      "The documents are the leading arguments that end in .xml or name a file.");
   return [options] { return runShow(*options); };
 }
 
 const SubcommandRegistration registration(
-    "show", "Show a message as the library renders it, with arguments filled in", setUpShow);
+    {"show", "Show a message as the library renders it, with arguments filled in",
+     "The documents are the leading arguments that end in .xml or name a file;\n"
+     "then come the key's namespace and identifier, then the arguments &0, &1, ...\n",
+     "msgtool show --languages de-AT,de,en app.xml app diskspace 12 /home\n",
+     "0  shown\n"
+     "2  usage error, a document that cannot be loaded, or no such message\n",
+     setUpShow});
 
 }  // namespace
 

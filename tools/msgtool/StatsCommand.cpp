@@ -99,9 +99,15 @@ Action setUpStats(CLI::App& command) {
   return [options] { return runStats(*options); };
 }
 
-const SubcommandRegistration registration("stats",
-                                          "Count translated and missing messages per language",
-                                          setUpStats);
+const SubcommandRegistration registration(
+    {"stats", "Count translated and missing messages per language",
+     "For each language: how many messages have a text, how many miss one, and\n"
+     "how many were translated from a source text that has changed since.\n",
+     "msgtool stats app-en.xml app-de.xml\n"
+     "msgtool stats --languages de,fr --format json app-*.xml\n",
+     "0  counted\n"
+     "2  usage error, or a document that cannot be loaded\n",
+     setUpStats});
 
 }  // namespace
 

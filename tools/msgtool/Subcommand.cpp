@@ -16,9 +16,8 @@ std::vector<SubcommandInfo>& registry() {
 
 }  // namespace
 
-SubcommandRegistration::SubcommandRegistration(std::string name, std::string description,
-                                               SetUp setUp) {
-  registry().push_back(SubcommandInfo{std::move(name), std::move(description), std::move(setUp)});
+SubcommandRegistration::SubcommandRegistration(SubcommandInfo info) {
+  registry().push_back(std::move(info));
 }
 
 std::vector<SubcommandInfo> registeredSubcommands() {

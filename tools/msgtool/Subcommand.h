@@ -1,11 +1,13 @@
 // Subcommand: how a subcommand of msgtool joins the command line.
 //
 // Each subcommand lives in its own file and registers itself there with a
-// static SubcommandRegistration; main() knows none of them by name. A
-// registration names the subcommand, says in one line what it does, and
-// supplies a setup function. main() makes the CLI11 subcommand, hands it to
-// the setup function, which declares the options and returns the action to
-// run when the user picked this subcommand.
+// static SubcommandRegistration; the tool (Tool.cpp) knows none of them by
+// name. A registration names the subcommand, says what it does (one line for
+// the tool's --help, a few more for its own), gives an example and the
+// meaning of its exit codes, and supplies a setup function. The tool makes
+// the CLI11 subcommand, hands it to the setup function, which declares the
+// options and returns the action to run when the user picked this
+// subcommand.
 //
 //   namespace {
 //   msgtool::Action setUp(CLI::App& command) {
@@ -13,7 +15,12 @@
 //     command.add_option("FILE", options->files, "...")->required();
 //     return [options] { return run(*options); };
 //   }
-//   const msgtool::SubcommandRegistration registration("stats", "Counts ...", setUp);
+//   const msgtool::SubcommandRegistration registration({
+//       "stats", "Count translated and missing messages per language",
+//       "For each language, how many messages ...\n",
+//       "msgtool stats app-en.xml app-de.xml\n",
+//       "0  counted\n2  usage or input error\n",
+//       setUp});
 //   }  // namespace
 
 #ifndef MSGTOOL_SUBCOMMAND_H_
@@ -43,9 +50,14 @@ using Action = std::function<int()>;
 // Declares the options of `command` and returns what to run.
 using SetUp = std::function<Action(CLI::App& command)>;
 
+// What the tool knows of a subcommand. The texts are the subcommand's
+// help: lines end in "\n" and stay within 80 columns.
 struct SubcommandInfo {
   std::string name;
-  std::string description;  // one line, for the tool's --help
+  std::string summary;    // one line without "\n", for the tool's --help
+  std::string details;    // what it does beyond the summary, a few lines
+  std::string examples;   // command lines a user would type, one a line
+  std::string exitCodes;  // "0  meaning", one code a line
   SetUp setUp;
 };
 
@@ -53,7 +65,7 @@ struct SubcommandInfo {
 // object per subcommand, in the subcommand's own file.
 class SubcommandRegistration {
  public:
-  SubcommandRegistration(std::string name, std::string description, SetUp setUp);
+  explicit SubcommandRegistration(SubcommandInfo info);
 };
 
 // Every registered subcommand, sorted by name (registration order across

@@ -1,0 +1,106 @@
+#include "Tool.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+#include <new>
+#include <sstream>
+
+#include "ToolError.h"
+
+namespace msgtool {
+
+namespace {
+
+// Lists each subcommand by the first line of its description only: the
+// rest is for the subcommand's own --help.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_subcommand(const CLI::App* sub) const override {
+    const std::string& description = sub->get_description();
+    std::ostringstream out;
+    CLI::detail::format_help(out, sub->get_name(), description.substr(0, description.find('\n')),
+                             get_column_width());
+    return out.str();
+  }
+};
+
+// `text` with every line indented by two spaces.
+std::string indented(const std::string& text) {
+  std::string out;
+  std::istringstream lines(text);
+  std::string line;
+  while (std::getline(lines, line)) {
+    out += (line.empty() ? "" : "  ") + line + '\n';
+  }
+  return out;
+}
+
+std::string footerOf(const SubcommandInfo& info) {
+  std::string footer = "Examples:\n" + indented(info.examples) + "\nExit codes:\n";
+  footer += indented(info.exitCodes);
+  footer.pop_back();  // CLI11 ends the help with a newline of its own
+  return footer;
+}
+
+}  // namespace
+
+Tool::Tool()
+    : app(std::make_unique<CLI::App>(
+          "msgtool: the command-line companion of an msg catalogue.\n"
+          "Several message documents form one catalogue; keys are compared across them.\n",
+          "msgtool")) {
+  app->formatter(std::make_shared<HelpFormatter>());
+  app->set_version_flag("--version", std::string("msgtool ") + MSGTOOL_VERSION);
+  app->require_subcommand(1);
+  app->fallthrough(false);
+  app->footer(
+      "Run 'msgtool SUBCOMMAND --help' for what a subcommand does, with examples.\n"
+      "Exit codes: 0 clean, 1 findings at error level, 2 usage or input error.\n"
+      "The manual is docs/msgtool.md.");
+  for (const SubcommandInfo& info : registeredSubcommands()) {
+    CLI::App* command = app->add_subcommand(info.name, info.summary + "\n\n" + info.details);
+    command->footer(footerOf(info));
+    commands.push_back(Chosen{command, info.setUp(*command)});
+  }
+}
+
+Tool::~Tool() = default;
+
+void Tool::parseOnly(const std::string& commandLine) {
+  app->parse(commandLine, false);
+}
+
+int Tool::run(int argc, const char* const* argv) {
+  try {
+    app->parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    // --help and --version end here too, with exit code 0.
+    const int code = app->exit(error);
+    return code == 0 ? kExitClean : kExitFailure;
+  }
+
+  try {
+    for (const Chosen& chosen : commands) {
+      if (chosen.command->parsed()) {
+        return chosen.action();
+      }
+    }
+  } catch (const ToolError& error) {
+    std::cerr << "msgtool: error: " << error.what() << '\n';
+  } catch (const std::bad_alloc&) {
+    std::cerr << "msgtool: error: out of memory\n";
+  } catch (const std::exception& error) {
+    std::cerr << "msgtool: error: " << error.what() << '\n';
+  } catch (...) {
+    std::cerr << "msgtool: error: the library raised an unexpected exception\n";
+  }
+  return kExitFailure;
+}
+
+int runTool(int argc, const char* const* argv) {
+  return Tool().run(argc, argv);
+}
+
+}  // namespace msgtool

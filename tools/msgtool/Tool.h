@@ -1,0 +1,60 @@
+// Tool: msgtool's command line, put together from the registered
+// subcommands (see Subcommand.h).
+//
+// main() only hands its arguments to runTool(); tests build a Tool of their
+// own to run the tool in this process, or to parse a command line without
+// running it. The tool's --help and each subcommand's --help are written
+// from the registrations, so a new subcommand is listed and explained there
+// without touching this file.
+
+#ifndef MSGTOOL_TOOL_H_
+#define MSGTOOL_TOOL_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Subcommand.h"
+
+namespace CLI {
+class App;
+}
+
+namespace msgtool {
+
+class Tool {
+ public:
+  // Builds the command line with every registered subcommand.
+  Tool();
+  ~Tool();
+  Tool(const Tool&) = delete;
+  Tool& operator=(const Tool&) = delete;
+
+  // Parses `argv` (argv[0] is the program's name) and runs the chosen
+  // subcommand. --help and --version print to standard output; a usage
+  // error or a failure prints "msgtool: error: ..." (or CLI11's message) to
+  // standard error. Returns the exit code (see ExitCode); raises nothing.
+  // Run it once per Tool.
+  int run(int argc, const char* const* argv);
+
+  // Parses `commandLine` (without the program's name) and runs nothing:
+  // for checking that a command line is one the tool accepts.
+  // Raises CLI::ParseError (CLI::CallForHelp for --help) if it is not.
+  void parseOnly(const std::string& commandLine);
+
+ private:
+  struct Chosen {
+    CLI::App* command;  // owned by app
+    Action action;
+  };
+
+  std::unique_ptr<CLI::App> app;
+  std::vector<Chosen> commands;
+};
+
+// What main() does: Tool().run(argc, argv).
+int runTool(int argc, const char* const* argv);
+
+}  // namespace msgtool
+
+#endif  // MSGTOOL_TOOL_H_
