@@ -25,8 +25,9 @@
 
 #include "AllocationCounter.h"
 #include "BenchSupport.h"
+#include "compiled_catalogues/CompiledCatalogueWriter.h"
 #include "message_core/MessageTable.h"
-#include "message_documents/CompiledCatalogueWriter.h"
+#include "message_documents/DocumentCompilation.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/Message.h"
 #include "msg/MessageHandlerX.h"
@@ -79,7 +80,7 @@ const std::string& compiledPath() {
     const std::string target = catalogueDir() + "/messages.msgc";
     try {
       msg::CompiledCatalogueWriter writer;
-      writer.addDocument((catalogueDir() + "/messages.xml").c_str());
+      msg::addMessageDocument(writer, (catalogueDir() + "/messages.xml").c_str());
       writer.writeFile(target);
       return target;
     } catch (...) {

@@ -19,9 +19,9 @@
 #include <string>
 #include <vector>
 
+#include "compiled_catalogues/CompiledCatalogueFormat.h"
+#include "compiled_catalogues/CompiledCatalogueReader.h"
 #include "message_core/MessageTable.h"
-#include "message_documents/CompiledCatalogueFormat.h"
-#include "message_documents/CompiledCatalogueReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"

@@ -4,7 +4,9 @@
 // client code runs. The first of them creates the process-wide handler
 // (MessageHandler::object()), and all of them link themselves into its table.
 // None owns its strings, so the table never deletes them, and their
-// destructors at unload change nothing.
+// destructors at unload change nothing. The fault translator is installed
+// by the structured exceptions layer, whose objects the library links after
+// these, so it too runs on the loading thread before any client code.
 //
 // Texts are ISO 8859-1, one byte a character: u-umlaut is the byte 0xFC.
 // Rows of namespace "Xerces" and "exception" are German texts registered
@@ -12,7 +14,6 @@
 
 #include "msg/MTE.h"
 #include "msg/SeverityLevel.h"
-#include "structured_exceptions/SystemExceptionTranslator.h"
 
 namespace msg {
 namespace {
@@ -63,8 +64,6 @@ MTE xercesGetError(info, "en", "Xerces", "GetError",
                    "Fehler beim Abruf einer Datei aus dem Internet.", nullptr, false, false);
 MTE xercesMalformedUrl(info, "en", "Xerces", "MalformedUrl",
                        "Eine URL ist syntaktisch falsch angegeben worden.", nullptr, false, false);
-// The fault translator is installed here, on the loading thread.
-[[maybe_unused]] const int translatorInstalled = ::installTranslator();
 MTE exceptionDefault(info, "en", "exception", "default",
                      "Meldung: Das Subsystem [&0] hat die Fehlersituation [&1] gemeldet. "
                      "Text: [&2], Parameter sind 1: [&3], 2: [&4], 3: [&5], usw.",

@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "message_core/CompiledCatalogueStorage.h"
 #include "message_core/MessageTable.h"
-#include "message_documents/CompiledCatalogueLoader.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"

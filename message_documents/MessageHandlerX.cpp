@@ -4,13 +4,13 @@
 #include <utility>
 #include <vector>
 
-#include "message_documents/CompiledCatalogueLoader.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/SeverityLevel.h"
+#include "structured_exceptions/ExceptionCatalogue.h"
 #include "xml_access/XercesXML.h"
 
 namespace msg {
@@ -25,6 +25,14 @@ const char kReportNamespace[] = "msgx";
 const char kDocumentErrorId[] = "MessageDocumentError";
 const char kNoCollectionId[] = "NoMessageCollection";
 const char kNoCollectionText[] = "No MessageCollection element found in document";
+
+// Exception texts come from the document handler: rendering the first one
+// stacks it, as MessageHandlerX::object() does. Set while the library loads.
+MessageHandler* documentHandler() {
+  return MessageHandlerX::object();
+}
+[[maybe_unused]] const bool exceptionCatalogueSet =
+    (setExceptionCatalogueSource(&documentHandler), true);
 
 // Writes the report `identifier` of namespace "msgx" through `handler`,
 // with `path` as argument &0, and throws ErrorInMessageDocument with `text`.
@@ -139,7 +147,7 @@ void MessageHandlerX::loadMessageDocument(const char* path) {
 namespace msg {
 
 void MessageHandlerX::loadCompiledCatalogue(const char* path) {
-  CompiledCatalogueLoader::load(*this, path);
+  MessageHandler::loadCompiledCatalogue(path);
 }
 
 }  // namespace msg

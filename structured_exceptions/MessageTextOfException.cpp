@@ -1,6 +1,8 @@
 // The catalogue text of a structured_exception. It lives apart from the rest
 // of the class because it rests on the document handler, while the XML layer
 // that handler uses already derives its exceptions from structured_exception.
+// So the handler is reached through a source that the document layer sets
+// (ExceptionCatalogue.h), not by name.
 
 #include <cstdint>
 #include <memory>
@@ -8,8 +10,9 @@
 #include <vector>
 
 #include "msg/Message.h"
-#include "msg/MessageHandlerX.h"
+#include "msg/MessageHandler.h"
 #include "msg/structured_exception.h"
+#include "structured_exceptions/ExceptionCatalogue.h"
 
 namespace {
 
@@ -26,16 +29,23 @@ std::vector<std::unique_ptr<msg::Message>>& renderedRecords() {
 // not fail in a catch block.
 const char kNoText[] = "";
 
+// Constant-initialised, so it holds before any code of the library runs and
+// a source set while the library loads is never overwritten.
+msg::ExceptionCatalogueSource catalogueSource = &msg::MessageHandler::object;
+
 }  // namespace
 
+void msg::setExceptionCatalogueSource(ExceptionCatalogueSource source) {
+  catalogueSource = source;
+}
+
 // The key is looked up now, through the process-wide document handler (made
-// and stacked on first use), in its table and then its parent's, each by its
-// own language list. A found text gets the arguments as &0, &1, ... in order
-// (a null argument fills nothing); an unknown key gives the not-found text
-// with its placeholders unfilled; if that text too is in no acceptable
-// language, the result is "".
+// and stacked on first use; see ExceptionCatalogue.h), in its table and then its parent's, each by
+// its own language list. A found text gets the arguments as &0, &1, ... in order (a null argument
+// fills nothing); an unknown key gives the not-found text with its placeholders unfilled; if that
+// text too is in no acceptable language, the result is "".
 const char* structured_exception::getMessageText() const {
-  msg::MessageHandler* handler = msg::MessageHandlerX::object();
+  msg::MessageHandler* handler = catalogueSource();
   std::unique_ptr<msg::Message> record;
   bool found = false;
   if (messageNamespace != nullptr && messageIdentifier != nullptr) {

@@ -70,3 +70,12 @@ int installTranslator() {
   _set_se_translator(translateSystemException);
   return 0;
 }
+
+namespace {
+
+// Installed while the library loads, on the loading thread, before any
+// client code runs. The library links its core ahead of this layer, so the
+// built-in catalogue already stands; the translator depends on none of it.
+[[maybe_unused]] const int translatorInstalled = installTranslator();
+
+}  // namespace

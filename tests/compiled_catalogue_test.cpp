@@ -1,6 +1,7 @@
 // Compiled catalogues: the same records as the documents they come from,
-// refusal of damaged files with the table left as it was, and entries that
-// stay valid for as long as their handler lives.
+// refusal of damaged files with the table left as it was, entries that stay
+// valid for as long as their handler lives, and a load into the plain
+// process-wide handler that leaves the XML system alone.
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,14 +17,16 @@
 #include <gtest/gtest.h>
 
 #include "CatalogueData.h"
+#include "compiled_catalogues/CompiledCatalogueFormat.h"
+#include "compiled_catalogues/CompiledCatalogueWriter.h"
 #include "message_core/MessageTable.h"
-#include "message_documents/CompiledCatalogueFormat.h"
-#include "message_documents/CompiledCatalogueWriter.h"
+#include "message_documents/DocumentCompilation.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
+#include "xml_access/XMLSystem.h"
 
 namespace {
 
@@ -71,7 +74,7 @@ class CompiledCatalogueTest : public ::testing::Test {
                         const std::vector<std::string>& identifiers) {
     msg::CompiledCatalogueWriter writer;
     for (const std::string& path : documents) {
-      writer.addDocument(path.c_str());
+      msg::addMessageDocument(writer, path.c_str());
     }
     const std::string compiled = dir + "/app.msgc";
     writer.writeFile(compiled);
@@ -295,6 +298,24 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesAndLeavesTheTable) {
   ASSERT_EQ(mkfifo((dir + "/fifo").c_str(), 0600), 0);
   expectRefused(dir + "/fifo", "FIFO");
   expectRefused(dir + "/missing.msgc", "cannot be opened");
+}
+
+// In the whole library, loading into the plain process-wide handler neither
+// stacks the document handler nor starts the XML system.
+TEST(CompiledCatalogueWithoutXmlTest, ThePlainHandlerLoadsWithoutStartingTheXmlSystem) {
+  ASSERT_FALSE(XercesXML::isSystemInitialized());
+  char pattern[] = "/tmp/msg-compiled-plain-XXXXXX";
+  const std::string dir = mkdtemp(pattern);
+  msg::CompiledCatalogueWriter writer;
+  writer.add(msg::warning, "en", "plain", "k", "from the file");
+  writer.writeFile(dir + "/plain.msgc");
+
+  msg::MessageHandler* handler = msg::MessageHandler::object();
+  handler->loadCompiledCatalogue((dir + "/plain.msgc").c_str());
+  std::filesystem::remove_all(dir);  // the mapping outlives the name
+  EXPECT_EQ(recordOf(*handler, "plain", "k"), "from the file|1|en");
+  EXPECT_FALSE(XercesXML::isSystemInitialized());
+  EXPECT_EQ(dynamic_cast<msg::MessageHandlerX*>(msg::MessageHandler::object()), nullptr);
 }
 
 }  // namespace

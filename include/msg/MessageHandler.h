@@ -31,7 +31,7 @@ class MessageTable;
 // strings) and each channel passed with `owned` true. It never owns its
 // parent.
 //
-// Compiled catalogues (MessageHandlerX::loadCompiledCatalogue) add one
+// Compiled catalogues (loadCompiledCatalogue) add one
 // owner more, held by the handler beside its table:
 //
 //   what                               owned by       released
@@ -124,6 +124,42 @@ class MSG_EXPORT MessageHandler {
 
   // The handler asked when this one has no acceptable entry; null for a root.
   const MessageHandler* getParent() const { return parent; }
+
+  // Maps the compiled catalogue `path` (written by `msgtool compile` or the
+  // CMake function msg_compile_catalogue, format in
+  // docs/compiled-catalogues.md) read-only, and registers one entry for each
+  // text whose language this handler's list accepts. The list must stand
+  // before the load: texts in other languages are dropped and a later list
+  // does not bring them back. An entry of the same key (namespace,
+  // identifier, language) in this handler's table is replaced without
+  // complaint; the parent's entries are left alone. The entries borrow their
+  // strings from the mapping; nothing is copied per string. The handler keeps
+  // the mapping until it dies (see Ownership above).
+  //
+  // Needs no XML: a program that only loads compiled catalogues can do so on
+  // a plain handler, and the library's XML system is never started for it.
+  // MessageHandlerX::loadCompiledCatalogue does the same.
+  //
+  // The file may come from anywhere: every byte is checked before the first
+  // entry is registered, in time proportional to its size. A file that
+  // cannot be opened or mapped, is no regular file, is empty, truncated, of
+  // another magic or a newer format version, fails its checksum, holds an
+  // offset, length, count, severity or language tag out of range, or
+  // changes while it is checked, is refused: report "msgx",
+  // "MessageDocumentError" through this handler's channels with the path as
+  // &0, then ErrorInMessageDocument with the text
+  //   Message document "<path>" contains syntactical error.
+  // whose getProblems() says what is wrong; the table is untouched. If
+  // neither the report's key nor the not-found text is in an acceptable
+  // language, the Message constructor's MessageNotFound leaves instead.
+  //
+  // Replace a compiled catalogue by writing a new file and renaming it over
+  // the old one (as msgtool does): a handler that has the old file mapped
+  // keeps reading the old contents. Truncating or rewriting the file in
+  // place while a handler has it mapped is not supported; reading a page
+  // that truncation removed stops the process with SIGBUS.
+  // REQUIRES: path is not null; nothing else uses the handler meanwhile.
+  void loadCompiledCatalogue(const char* path);
 
  protected:
   // For handlers that stack themselves in front of another (MessageHandlerX).

@@ -96,32 +96,10 @@ class MSG_EXPORT MessageHandlerX : public MessageHandler {
   // REQUIRES: path is not null.
   void loadMessageDocument(const char* path);
 
-  // Maps the compiled catalogue `path` (written by `msgtool compile` or the
-  // CMake function msg_compile_catalogue, format in
-  // docs/compiled-catalogues.md) read-only, and registers one entry for each
-  // text whose language this handler's list accepts, with the rules of
-  // loadMessageDocument: the list stands before the load, an entry of the
-  // same key in this handler's table is replaced without complaint, the
-  // parent's entries are left alone. The entries borrow their strings from
-  // the mapping; nothing is copied per string. The handler keeps the mapping
-  // until it dies (see MessageHandler, Ownership).
-  //
-  // The file may come from anywhere: every byte is checked before the first
-  // entry is registered, in time proportional to its size. A file that
-  // cannot be opened or mapped, is no regular file, is empty, truncated, of
-  // another magic or a newer format version, fails its checksum, holds an
-  // offset, length, count, severity or language tag out of range, or
-  // changes while it is checked, is refused like a broken document: report
-  // "msgx", "MessageDocumentError" with the path as &0, then
-  // ErrorInMessageDocument with the text
-  //   Message document "<path>" contains syntactical error.
-  // whose getProblems() says what is wrong; the table is untouched.
-  //
-  // Replace a compiled catalogue by writing a new file and renaming it over
-  // the old one (as msgtool does): a handler that has the old file mapped
-  // keeps reading the old contents. Truncating or rewriting the file in
-  // place while a handler has it mapped is not supported; reading a page
-  // that truncation removed stops the process with SIGBUS.
+  // MessageHandler::loadCompiledCatalogue, unchanged: the same checks,
+  // report, exception and ownership. A compiled catalogue needs no XML, so a
+  // plain handler loads one as well; this one stays so that programs built
+  // against earlier versions of the library keep linking and behave alike.
   // REQUIRES: path is not null.
   void loadCompiledCatalogue(const char* path);
 };

@@ -15,7 +15,7 @@
 #include "Findings.h"
 #include "Subcommand.h"
 #include "ToolError.h"
-#include "message_documents/CompiledCatalogueWriter.h"
+#include "compiled_catalogues/CompiledCatalogueWriter.h"
 
 namespace msgtool {
 

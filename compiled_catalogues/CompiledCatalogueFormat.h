@@ -4,8 +4,8 @@
 //
 // Private to the library: not installed.
 
-#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEFORMAT_H_
-#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEFORMAT_H_
+#ifndef MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEFORMAT_H_
+#define MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEFORMAT_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -116,4 +116,4 @@ inline std::string decimal(std::uint64_t value) {
 }  // namespace compiled
 }  // namespace msg
 
-#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEFORMAT_H_
+#endif  // MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEFORMAT_H_

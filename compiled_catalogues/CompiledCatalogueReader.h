@@ -3,14 +3,14 @@
 //
 // Private to the library: not installed.
 
-#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEREADER_H_
-#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEREADER_H_
+#ifndef MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEREADER_H_
+#define MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEREADER_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "message_documents/CompiledCatalogueFormat.h"
+#include "compiled_catalogues/CompiledCatalogueFormat.h"
 
 namespace msg {
 
@@ -69,4 +69,4 @@ class CompiledCatalogueReader {
 
 }  // namespace msg
 
-#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEREADER_H_
+#endif  // MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEREADER_H_

@@ -1,4 +1,4 @@
-#include "message_documents/CompiledCatalogueLoader.h"
+#include "compiled_catalogues/CompiledCatalogueLoader.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
+#include "compiled_catalogues/CompiledCatalogueReader.h"
 #include "message_core/KeyIndex.h"
 #include "message_core/MessageTable.h"
-#include "message_documents/CompiledCatalogueReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
@@ -151,7 +151,7 @@ struct CompiledCatalogueLoader::Census {
   std::size_t keys = 0;
 };
 
-CompiledCatalogueStorage::~CompiledCatalogueStorage() {
+MappedCatalogueStorage::~MappedCatalogueStorage() {
   for (Load& load : loads) {
     // The entries borrow every string, so their destructors would free
     // nothing; the block is given back without running them.
@@ -183,9 +183,11 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   // linked; from then on, the storage owns the block and the mapping.
   handler.messageTable->reserveKeys(census.keys);
   if (handler.compiledCatalogues == nullptr) {
-    handler.compiledCatalogues = new CompiledCatalogueStorage();
+    handler.compiledCatalogues = new MappedCatalogueStorage();
   }
-  std::vector<CompiledCatalogueStorage::Load>& loads = handler.compiledCatalogues->loads;
+  // This loader makes the handler's only storage of compiled catalogues.
+  std::vector<MappedCatalogueStorage::Load>& loads =
+      static_cast<MappedCatalogueStorage*>(handler.compiledCatalogues)->loads;
   loads.reserve(loads.size() + 1);
   MTE* entries = static_cast<MTE*>(::operator new(census.accepted * sizeof(MTE)));
   loads.push_back({file.release(), file.length(), entries, 0});
@@ -235,6 +237,13 @@ void CompiledCatalogueLoader::linkByKey(MessageHandler& handler,
     start = following;
     key = followingKey;
   }
+}
+
+// The plain handler's load lives here, with the loader: the core knows
+// nothing of the file format, and a program that loads only compiled
+// catalogues links no XML.
+void MessageHandler::loadCompiledCatalogue(const char* path) {
+  CompiledCatalogueLoader::load(*this, path);
 }
 
 }  // namespace msg

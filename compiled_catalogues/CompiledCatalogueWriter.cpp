@@ -1,4 +1,4 @@
-#include "message_documents/CompiledCatalogueWriter.h"
+#include "compiled_catalogues/CompiledCatalogueWriter.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,9 +10,9 @@
 #include <limits>
 #include <stdexcept>
 #include <unordered_map>
+#include <utility>
 
-#include "message_documents/CompiledCatalogueFormat.h"
-#include "message_documents/MessageDocumentReader.h"
+#include "compiled_catalogues/CompiledCatalogueFormat.h"
 #include "msg/Language.h"
 
 namespace msg {
@@ -75,22 +75,11 @@ void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& lan
   texts[Key(nameSpace, identifier, tag)] = Value{severity, text};
 }
 
-void CompiledCatalogueWriter::addDocument(const char* path) {
-  const XercesXML::DOMNode document = parseMessageDocument(path);
-  const XercesXML::DOMNode collection = findMessageCollection(document);
-  if (!collection.isValid()) {
-    throw DocumentRefused{
-        {DocumentProblem{path, 0, 0, "No MessageCollection element found in document"}}};
-  }
-  // Collected first, so a refusal half way adds nothing.
-  CompiledCatalogueWriter collected;
-  forEachDocumentText(collection, [&](const DocumentText& text) {
-    collected.add(text.effectiveSeverity(), text.effectiveLanguage(), text.effectiveNamespace(),
-                  text.effectiveIdentifier(), text.readText());
-  });
-  for (auto& [key, value] : collected.texts) {
+void CompiledCatalogueWriter::addAll(CompiledCatalogueWriter&& later) {
+  for (auto& [key, value] : later.texts) {
     texts[key] = std::move(value);
   }
+  later.texts.clear();
 }
 
 std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {

@@ -1,9 +1,9 @@
-#include "message_documents/CompiledCatalogueReader.h"
+#include "compiled_catalogues/CompiledCatalogueReader.h"
 
 #include <cstring>
 #include <utility>
 
-#include "message_documents/CompiledCatalogueFormat.h"
+#include "compiled_catalogues/CompiledCatalogueFormat.h"
 
 namespace msg {
 

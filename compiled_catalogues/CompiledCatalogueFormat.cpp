@@ -1,4 +1,4 @@
-#include "message_documents/CompiledCatalogueFormat.h"
+#include "compiled_catalogues/CompiledCatalogueFormat.h"
 
 #include <cstdio>
 

@@ -1,11 +1,11 @@
 // CompiledCatalogueWriter: writes the texts of a catalogue as a compiled
-// catalogue, the file that MessageHandlerX::loadCompiledCatalogue maps.
+// catalogue, the file that MessageHandler::loadCompiledCatalogue maps.
 //
 // Private to the library: not installed. msgtool, the tests and the
 // benchmarks use it through the object library.
 
-#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEWRITER_H_
-#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEWRITER_H_
+#ifndef MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEWRITER_H_
+#define MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEWRITER_H_
 
 #include <cstddef>
 #include <map>
@@ -35,12 +35,10 @@ class CompiledCatalogueWriter {
   void add(SeverityLevel severity, const std::string& language, const std::string& nameSpace,
            const std::string& identifier, const std::string& text);
 
-  // Adds every Text of the message document `path`, read with the loader's
-  // rules (includes, validation, the loader's defaults for absent
-  // attributes), in every language. Raises DocumentRefused, adding nothing,
-  // for a document that the loader would refuse.
-  // REQUIRES: the XML system is started.
-  void addDocument(const char* path);
+  // Adds every text of `later` as if each were added after the texts held
+  // here, so a text of `later` replaces one of the same key. `later` is left
+  // empty. Used to add a whole batch, or nothing when collecting it fails.
+  void addAll(CompiledCatalogueWriter&& later);
 
   // Number of texts held.
   std::size_t size() const { return texts.size(); }
@@ -67,4 +65,4 @@ class CompiledCatalogueWriter {
 
 }  // namespace msg
 
-#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUEWRITER_H_
+#endif  // MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEWRITER_H_

@@ -4,11 +4,13 @@
 //
 // Private to the library: not installed.
 
-#ifndef MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUELOADER_H_
-#define MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUELOADER_H_
+#ifndef MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUELOADER_H_
+#define MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUELOADER_H_
 
 #include <cstddef>
 #include <vector>
+
+#include "message_core/CompiledCatalogueStorage.h"
 
 namespace msg {
 
@@ -20,19 +22,18 @@ class MessageHandler;
 // the read-only mapping of the file (their strings) and one block that holds
 // the entries themselves. The entries are linked into the handler's table
 // with ownsStrings false, so the table never deletes them; this storage
-// does, after the table is gone (~MessageHandler). An entry that a later
+// does, after the table is gone (~MessageHandler, which knows it only as
+// CompiledCatalogueStorage). An entry that a later
 // load replaces is unlinked but stays here, so a record made from it before
 // keeps valid strings until the handler dies.
-class CompiledCatalogueStorage {
+class MappedCatalogueStorage final : public CompiledCatalogueStorage {
  public:
-  CompiledCatalogueStorage() = default;
-  CompiledCatalogueStorage(const CompiledCatalogueStorage&) = delete;
-  CompiledCatalogueStorage& operator=(const CompiledCatalogueStorage&) = delete;
+  MappedCatalogueStorage() = default;
 
   // Releases every entry block and mapping. The entries own nothing, so
   // their destructors are not run.
   // REQUIRES: no table links any of the entries any more.
-  ~CompiledCatalogueStorage();
+  ~MappedCatalogueStorage() override;
 
  private:
   friend class CompiledCatalogueLoader;
@@ -53,7 +54,8 @@ class CompiledCatalogueLoader {
   // replacing entries of the same key without complaint. Nothing is
   // registered unless the whole file is accepted. On refusal: the report
   // "msgx", "MessageDocumentError" with `path` through `handler`, then
-  // ErrorInMessageDocument whose problems say what is wrong.
+  // ErrorInMessageDocument whose problems say what is wrong. This is
+  // MessageHandler::loadCompiledCatalogue.
   static void load(MessageHandler& handler, const char* path);
 
  private:
@@ -67,4 +69,4 @@ class CompiledCatalogueLoader {
 
 }  // namespace msg
 
-#endif  // MSG_MESSAGE_DOCUMENTS_COMPILEDCATALOGUELOADER_H_
+#endif  // MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUELOADER_H_
