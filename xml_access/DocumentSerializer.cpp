@@ -162,7 +162,7 @@ std::string serializeAsWritten(const DOMNode& document) {
       xercesc::MemBufFormatTarget target;
       output->setByteStream(&target);
       if (!serializer->write(node, output.get())) {
-        throw ParsingError("XercesXML - The document could not be written as XML.");
+        throw ParsingError("the document could not be written as XML");
       }
       bytes.append(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
       bytes += '\n';
