@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -79,7 +80,11 @@ void checkFile(const std::string& path, std::uintmax_t maxBytes) {
     refuse(path, 0, "cannot be read: " + error.message());
   }
   if (size > maxBytes) {
-    refuse(path, 0, "is larger than " + std::to_string(maxBytes >> 20) + " MiB");
+    // A stream rather than std::to_string, whose digit table the shared
+    // library would export.
+    std::ostringstream message;
+    message << "is larger than " << (maxBytes >> 20) << " MiB";
+    refuse(path, 0, message.str());
   }
   if (access(path.c_str(), R_OK) != 0) {
     refuse(path, 0, std::string("cannot be read: ") + std::strerror(errno));
