@@ -149,23 +149,35 @@ XercesXML::DOMNode findMessageCollection(const XercesXML::DOMNode& document) {
   return XercesXML::DOMNode();
 }
 
-void forEachDocumentText(const XercesXML::DOMNode& collection,
-                         const std::function<void(const DocumentText&)>& visit) {
+void walkMessageDocument(const XercesXML::DOMNode& collection, const DocumentVisitor& visitor) {
   DocumentText entry;
   for (ElementsNamed space(collection, "MessageNamespace"); !space.atEnd(); space.next()) {
     entry.namespaceElement = space.get();
     entry.nameSpace = space.get().getAttributeByName("name", std::string());
+    if (visitor.onNamespace) {
+      visitor.onNamespace(entry);
+    }
     for (ElementsNamed message(space.get(), "Message"); !message.atEnd(); message.next()) {
       entry.messageElement = message.get();
       entry.identifier = message.get().getAttributeByName("id", std::string());
       entry.severityWord = message.get().getAttributeByName("severity", std::string());
+      if (visitor.onMessage) {
+        visitor.onMessage(entry);
+      }
       for (ElementsNamed text(message.get(), "Text"); !text.atEnd(); text.next()) {
         entry.textElement = text.get();
         entry.language = text.get().getAttributeByName("xml:lang", std::string());
-        visit(entry);
+        if (visitor.onText) {
+          visitor.onText(entry);
+        }
       }
     }
   }
+}
+
+void forEachDocumentText(const XercesXML::DOMNode& collection,
+                         const std::function<void(const DocumentText&)>& visit) {
+  walkMessageDocument(collection, DocumentVisitor{nullptr, nullptr, visit});
 }
 
 }  // namespace msg

@@ -79,9 +79,25 @@ XercesXML::DOMNode parseMessageDocumentWithPositions(const char* path);
 // has none.
 XercesXML::DOMNode findMessageCollection(const XercesXML::DOMNode& document);
 
-// Calls `visit` for every Text of every Message of every MessageNamespace of
-// `collection`, in document order. Elements of other names are passed over
-// with all they hold.
+// What a walk of a document calls, each in document order; an empty
+// function is not called. The walk fills one DocumentText as it goes:
+// onNamespace sees the name and element of a MessageNamespace, onMessage
+// those of a Message as well, onText everything. Fields of a deeper level
+// still hold the values of the element before.
+struct DocumentVisitor {
+  std::function<void(const DocumentText&)> onNamespace;
+  std::function<void(const DocumentText&)> onMessage;
+  std::function<void(const DocumentText&)> onText;
+};
+
+// The walk of a message document, as the loader reads it: every
+// MessageNamespace child of `collection`, every Message child of those, and
+// every Text child of those, in document order. Elements of other names
+// are passed over with all they hold. The loader, the compiler and the
+// tool's document editor all read documents through it.
+void walkMessageDocument(const XercesXML::DOMNode& collection, const DocumentVisitor& visitor);
+
+// walkMessageDocument that calls `visit` for every Text.
 void forEachDocumentText(const XercesXML::DOMNode& collection,
                          const std::function<void(const DocumentText&)>& visit);
 

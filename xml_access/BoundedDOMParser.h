@@ -12,31 +12,18 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
+#include "platform/InputLimits.h"
 #include "xml_access/ParseProblem.h"
 #include "xml_access/PositionTable.h"
 
 namespace XercesXML {
 
-// The limits every parse of this library applies. Trusted parsers bound
-// hostile documents in the same way; the values leave room for every
-// document a person writes by hand or a tool generates.
-
-// Elements nested deeper than this are refused while parsing. The
-// serialiser of the XInclude round trip recurses once per level, and message
-// documents need five levels; 1,000 is far above any real document and far
-// below the depth that overflows a thread's stack.
-inline constexpr std::size_t kMaxElementDepth = 1000;
-
-// Entity references a document may expand in all (nested ones included).
-// Ten levels of ten references each (the "billion laughs") need 10^10; a
-// document that uses entities for names and boilerplate needs a few hundred.
-inline constexpr std::size_t kMaxEntityReferences = 10000;
-
-// Characters that entity references may add to a document in all, the
-// bound on what a small document can make the parser build (one entity of
-// 50,000 characters referenced 20,000 times would be 10^9). libxml2 bounds
-// one text to the same 10,000,000.
-inline constexpr std::size_t kMaxEntityExpansion = 10000000;
+// The limits every parse of this library applies (see platform/InputLimits.h
+// for the values and the reasons). Trusted parsers bound hostile documents in
+// the same way.
+using msg::limits::kMaxElementDepth;
+using msg::limits::kMaxEntityExpansion;
+using msg::limits::kMaxEntityReferences;
 
 // Thrown from the parser's callbacks when a document breaks one of the
 // rules above, or a rule its client switched on. It ends the parse at once;

@@ -64,6 +64,10 @@ class DOMNode {
   // node); otherwise the block's count rises by one. Checks no system state.
   DOMNode(xercesc::DOMNode* node, NodeOwnerBlock* owner);
 
+  // Internal: the first handle on a parsed `document`, which takes it and
+  // `positions` (may be null: no positions) into its own new block.
+  static DOMNode adopt(xercesc::DOMNode* document, PositionTable* positions);
+
   // Drops this handle's reference, if any.
   ~DOMNode();
 
@@ -87,6 +91,16 @@ class DOMNode {
   // The next sibling that is an element; skips text and other nodes.
   DOMNode getNextElementSibling() const;
 
+  // The previous sibling, of any node type.
+  DOMNode getPreviousSibling() const;
+  // The last child, of any node type.
+  DOMNode getLastChild() const;
+
+  // Kinds. Raise NullPointer on a null handle.
+  bool isElement() const;
+  // True for text and CDATA sections.
+  bool isText() const;
+
   // Reading. Raise NullPointer on a null handle, NavigationError if the DOM
   // fails, and what transcodeFromXMLCh raises.
 
@@ -104,12 +118,21 @@ class DOMNode {
   // included). Empty for a node without children.
   std::string getChildText() const;
 
+  // The text of every text and CDATA node below this one, in document order
+  // (the DOM text content).
+  std::string getTextContent() const;
+
   // The value of an attribute of this element. With an empty `namespaceUri`
   // `name` is the qualified name as written ("xml:lang"); otherwise `name`
   // is the local name within `namespaceUri`. Both are read in the local code
   // page, whatever the output encoding. An absent attribute, an empty value
   // and a node without attributes all give an empty string.
-  std::string getAttributeByName(const std::string& name, const std::string& namespaceUri) const;
+  std::string getAttributeByName(const std::string& name,
+                                 const std::string& namespaceUri = std::string()) const;
+
+  // True if `other` comes after this node in document order.
+  // Raises NullPointer if either handle is null.
+  bool precedes(const DOMNode& other) const;
 
   // Where the element starts in its file: the 1-based line and column of
   // its '<', for an element of a document read by
@@ -119,6 +142,57 @@ class DOMNode {
   // Raises NullPointer on a null handle.
   int getSourceLine() const;
   int getSourceColumn() const;
+
+  // Building and editing (NodeEditing.cpp). A handle is like a pointer: a
+  // const handle edits its node all the same. Text going in is read in the
+  // output encoding of the XML system, as text coming out is written.
+  // Every operation raises NullPointer on a null handle and ParsingError if
+  // the DOM refuses the change (a name that is no XML name, for instance).
+
+  // A new document whose root element is `qualifiedName` in `namespaceUri`
+  // (empty: in no namespace); the handle owns it.
+  // Raises NotInitialized if the XML system is not started.
+  static DOMNode createDocument(const std::string& namespaceUri, const std::string& qualifiedName);
+
+  // A new element of this node's document (or of this document), not yet
+  // placed, in `namespaceUri` (empty: in no namespace).
+  DOMNode createElement(const std::string& namespaceUri, const std::string& qualifiedName) const;
+
+  // Sets an attribute of this element: with an empty `namespaceUri` the
+  // attribute `name` without namespace, else `name` is a qualified name
+  // ("xml:lang", "xmlns:x") within `namespaceUri`.
+  void setAttribute(const std::string& name, const std::string& value,
+                    const std::string& namespaceUri = std::string()) const;
+
+  // True if this element has the attribute `localName` in `namespaceUri`
+  // (empty: without namespace).
+  bool hasAttribute(const std::string& localName,
+                    const std::string& namespaceUri = std::string()) const;
+
+  // Appends `child` (a node of the same document) as the last child.
+  void appendChild(const DOMNode& child) const;
+
+  // Appends a text node holding `text`.
+  void appendText(const std::string& text) const;
+
+  // Removes every child and appends one text node holding `text`.
+  // REQUIRES: no other handle refers to a node below this one.
+  void replaceContentWithText(const std::string& text) const;
+
+  // Indentation, two spaces a step, for documents that people read.
+
+  // Appends a line break and `depth` steps, then `child`; gives `child`.
+  DOMNode appendOnNewLine(const DOMNode& child, int depth) const;
+
+  // Appends a line break and `depth` steps: the line of the end tag.
+  void endOnNewLine(int depth) const;
+
+  // Inserts `element` into this element after `sibling`, a child of it, on
+  // a line of its own indented as `sibling` is (a document written on one
+  // line stays on one line). With a null `sibling` the element goes at the
+  // end, one step deeper than this element, before the blank that closes
+  // it, on a new line of its own.
+  void insertIndented(const DOMNode& sibling, const DOMNode& element) const;
 
   // Searching, breadth first below and including this node, with no
   // recursion. A node matches if getNodeName() equals one entry of `names`
@@ -138,6 +212,7 @@ class DOMNode {
   // The parser hands a document to its first handle, and reads and gives up
   // the node of a handle during serialisation.
   friend class Parser;
+  friend std::string serializeAsWritten(const DOMNode& document);
   friend void serializeDocument(const DOMNode& document, const std::string& fileName,
                                 xercesc::MemBufFormatTarget*& memoryTarget,
                                 const std::string& encoding);

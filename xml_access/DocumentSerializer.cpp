@@ -1,8 +1,10 @@
 #include "xml_access/DocumentSerializer.h"
 
 #include <cstddef>
+#include <memory>
 #include <sstream>
 
+#include <xercesc/dom/DOMConfiguration.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationLS.hpp>
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
@@ -14,9 +16,11 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
 #include <xercesc/util/XMLUniDefs.hpp>
 
 #include "msg/XercesXMLException.h"
+#include "platform/InputLimits.h"
 #include "xml_access/XMLSystem.h"
 
 namespace XercesXML {
@@ -45,13 +49,6 @@ class TranscodedName {
  private:
   XMLCh* text;
 };
-
-// The serialiser of Xerces-C recurses once per level of the tree, with no
-// limit of its own, so a deep enough document overflows the stack of the
-// calling thread (100,000 nested elements do on a main thread of 8 MiB).
-// Deeper documents are refused before it runs; message documents need five
-// levels.
-constexpr std::size_t kMaxSerializableDepth = 1000;
 
 // True if some node lies more than `limit` levels below `root`. Walks the
 // tree without recursion, and stops at the first node past the limit.
@@ -86,9 +83,9 @@ void serializeDocument(const DOMNode& document, const std::string& fileName,
     if (document.node == nullptr) {
       throw NullPointer("XercesXML - Access to DOM null pointer.");
     }
-    if (deeperThan(document.node, kMaxSerializableDepth)) {
+    if (deeperThan(document.node, msg::limits::kMaxElementDepth)) {
       std::ostringstream text;
-      text << "XercesXML - Document nested deeper than " << kMaxSerializableDepth
+      text << "XercesXML - Document nested deeper than " << msg::limits::kMaxElementDepth
            << " levels cannot be serialised.";
       throw ParsingError(text.str());
     }
@@ -127,6 +124,50 @@ void serializeDocument(const DOMNode& document, const std::string& fileName,
     if (!fileName.empty()) {
       delete target;  // flushes and closes the file
     }
+  } catch (const xercesc::OutOfMemoryException&) {
+    throw ParsingError("OutOfMemoryException");
+  } catch (const xercesc::XMLException& exception) {
+    throw ParsingError(transcodeFromXMLCh(exception.getMessage()));
+  }
+}
+
+std::string serializeAsWritten(const DOMNode& document) {
+  static const XMLCh kUtf8[] = {'U', 'T', 'F', '-', '8', 0};
+  try {
+    if (document.node == nullptr) {
+      throw NullPointer("XercesXML - Access to DOM null pointer.");
+    }
+    if (deeperThan(document.node, msg::limits::kMaxElementDepth)) {
+      std::ostringstream text;
+      text << "XercesXML - Document nested deeper than " << msg::limits::kMaxElementDepth
+           << " levels cannot be serialised.";
+      throw ParsingError(text.str());
+    }
+    auto* implementation = dynamic_cast<xercesc::DOMImplementationLS*>(
+        xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave));
+    if (implementation == nullptr) {
+      throw ParsingError("XercesXML - No DOM implementation with Load and Save available.");
+    }
+    std::unique_ptr<xercesc::DOMLSSerializer, void (*)(xercesc::DOMLSSerializer*)> serializer(
+        implementation->createLSSerializer(), [](xercesc::DOMLSSerializer* s) { s->release(); });
+    std::unique_ptr<xercesc::DOMLSOutput, void (*)(xercesc::DOMLSOutput*)> output(
+        implementation->createLSOutput(), [](xercesc::DOMLSOutput* o) { o->release(); });
+    // The declaration is written here: the serialiser's own adds
+    // standalone="no".
+    serializer->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMXMLDeclaration, false);
+    output->setEncoding(kUtf8);
+    std::string bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    for (xercesc::DOMNode* node = document.node->getFirstChild(); node != nullptr;
+         node = node->getNextSibling()) {
+      xercesc::MemBufFormatTarget target;
+      output->setByteStream(&target);
+      if (!serializer->write(node, output.get())) {
+        throw ParsingError("the document could not be written as XML");
+      }
+      bytes.append(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
+      bytes += '\n';
+    }
+    return bytes;
   } catch (const xercesc::OutOfMemoryException&) {
     throw ParsingError("OutOfMemoryException");
   } catch (const xercesc::XMLException& exception) {

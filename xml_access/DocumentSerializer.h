@@ -37,6 +37,15 @@ void serializeDocument(const DOMNode& document, const std::string& fileName,
 void serializeToMemory(const DOMNode& document, xercesc::MemBufFormatTarget*& memoryTarget,
                        const std::string& encoding);
 
+// The document of `document` as UTF-8 XML text in the form of a file that
+// people edit: an XML declaration without "standalone", then each node
+// around the root element (comments, processing instructions, the root
+// element itself) on a line of its own, and the tree as it stands (no
+// reformatting).
+// Raises NullPointer on a null handle; ParsingError for a tree deeper than
+// kMaxElementDepth or that the serialiser cannot write.
+std::string serializeAsWritten(const DOMNode& document);
+
 }  // namespace XercesXML
 
 #endif  // MSG_XML_ACCESS_DOCUMENTSERIALIZER_H_

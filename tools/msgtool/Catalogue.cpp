@@ -11,6 +11,7 @@
 #include "ToolError.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/Language.h"
+#include "platform/InputLimits.h"
 #include "xml_access/XercesXML.h"
 
 namespace msgtool {
@@ -54,10 +55,10 @@ void requireReadableDocument(const std::string& file) {
   if (size == 0) {
     throw ToolError(file + ": is empty, not a message document");
   }
-  if (size > Catalogue::kMaxDocumentBytes) {
+  if (size > msg::limits::kMaxMessageDocumentBytes) {
     throw ToolError(file + ": is " + std::to_string(size) +
                     " bytes; msgtool reads documents of up to " +
-                    std::to_string(Catalogue::kMaxDocumentBytes) + " bytes");
+                    std::to_string(msg::limits::kMaxMessageDocumentBytes) + " bytes");
   }
   std::ifstream in(file, std::ios::binary);
   if (!in) {

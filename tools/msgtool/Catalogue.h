@@ -64,16 +64,11 @@ struct RefusedDocument {
 
 class Catalogue {
  public:
-  // Files larger than this are not read: far above any real catalogue
-  // (the 10,000-key benchmark catalogue is about 4 MB), and low enough that
-  // a stray disk image named by mistake fails at once.
-  static constexpr std::uintmax_t kMaxDocumentBytes = 256u * 1024u * 1024u;
-
   // Reads `files` in order. A document the loader refuses (not well formed,
   // not valid, no MessageCollection, refused by a safety rule) is kept in
   // refused() with the problems the library reports, and gives no entries.
   // Raises ToolError for a file that cannot be taken as a document at all:
-  // missing, a folder, unreadable, empty, binary, or over kMaxDocumentBytes.
+  // missing, a folder, unreadable, empty, binary, or over limits::kMaxMessageDocumentBytes.
   static Catalogue read(const std::vector<std::string>& files);
 
   const std::vector<CatalogueEntry>& entries() const { return entries_; }

@@ -13,7 +13,7 @@
 
 #include "Catalogue.h"
 #include "CommandSupport.h"
-#include "OutsideXml.h"
+#include "FileReplacement.h"
 #include "PoFile.h"
 #include "SourceStamp.h"
 #include "Subcommand.h"
@@ -169,7 +169,7 @@ int runExport(ExportOptions options) {
     }
     try {
       replaceFileAtomically(output, text, [](const std::string&) {});
-    } catch (const FileProblem& problem) {
+    } catch (const ToolError& problem) {
       throw ToolError(problem.describe());
     }
     std::cerr << output << ": " << units.size() << " messages for " << target << '\n';

@@ -14,7 +14,6 @@
 
 #include "Catalogue.h"
 #include "MessageDocumentEditor.h"
-#include "OutsideXml.h"
 #include "Placeholders.h"
 #include "PoFile.h"
 #include "SourceStamp.h"
@@ -61,9 +60,9 @@ void refuseDuplicates(const std::string& path, const std::vector<IncomingUnit>& 
   for (const IncomingUnit& unit : units) {
     auto [known, isNew] = firstLine.emplace(unit.key, unit.line);
     if (!isNew) {
-      throw FileProblem(path, unit.line,
-                        "the key \"" + unit.key + "\" appears again (first on line " +
-                            std::to_string(known->second) + ")");
+      throw ToolError(path, unit.line,
+                      "the key \"" + unit.key + "\" appears again (first on line " +
+                          std::to_string(known->second) + ")");
     }
   }
 }
@@ -82,9 +81,9 @@ IncomingFile readPo(const std::string& path) {
   IncomingFile file{po.headerField("X-Source-Language"), po.headerField("Language"), {}};
   for (const PoEntry& entry : po.entries) {
     if (!entry.context || entry.context->empty()) {
-      throw FileProblem(path, entry.line,
-                        "the entry has no msgctxt; msgtool finds the message by its msgctxt "
-                        "\"namespace:identifier\" (export the file with msgtool export)");
+      throw ToolError(path, entry.line,
+                      "the entry has no msgctxt; msgtool finds the message by its msgctxt "
+                      "\"namespace:identifier\" (export the file with msgtool export)");
     }
     IncomingUnit unit{*entry.context,
                       entry.id,
@@ -229,7 +228,10 @@ int runImport(const ImportOptions& options) {
     }
     MessageDocumentEditor editor(options.into, options.schema);
     return Importer(options, file, editor).run();
-  } catch (const FileProblem& problem) {
+  } catch (const ToolError& problem) {
+    if (!problem.namesFile()) {
+      throw;
+    }
     std::cerr << problem.describe() << "\nmsgtool: error: nothing was imported; " << options.into
               << " is unchanged\n";
     return kExitFailure;

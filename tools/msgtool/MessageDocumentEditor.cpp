@@ -1,90 +1,62 @@
 #include "MessageDocumentEditor.h"
 
-#include <deque>
 #include <filesystem>
 
+#include "FileReplacement.h"
+#include "OutsideFiles.h"
 #include "SourceStamp.h"
+#include "ToolError.h"
 #include "message_documents/MessageDocumentReader.h"
+#include "platform/InputLimits.h"
+#include "xml_access/DocumentSerializer.h"
 
 namespace msgtool {
 
 namespace {
 
-using xercesc::DOMElement;
-using xercesc::DOMNode;
+using XercesXML::DOMNode;
 
 constexpr char kXmlNamespace[] = "http://www.w3.org/XML/1998/namespace";
 constexpr char kXmlnsNamespace[] = "http://www.w3.org/2000/xmlns/";
 constexpr char kSchemaInstanceNamespace[] = "http://www.w3.org/2001/XMLSchema-instance";
 
-std::string orDefault(const std::string& value, const char* fallback) {
-  return value.empty() ? std::string(fallback) : value;
-}
-
-bool isBlank(const DOMNode* node) {
-  if (node == nullptr || node->getNodeType() != DOMNode::TEXT_NODE) {
-    return false;
-  }
-  return toUtf8(node->getNodeValue()).find_first_not_of(" \t\r\n") == std::string::npos;
-}
-
-// The indentation in front of `element`: the part of the blank text before
-// it that follows its last line break ("" if there is none).
-std::string indentationOf(const DOMNode* element) {
-  const DOMNode* before = element->getPreviousSibling();
-  if (!isBlank(before)) {
-    return std::string();
-  }
-  std::string blank = toUtf8(before->getNodeValue());
-  std::size_t lineBreak = blank.rfind('\n');
-  return lineBreak == std::string::npos ? blank : blank.substr(lineBreak + 1);
-}
-
-// The message document's collection, found where the loader finds it: the
-// first MessageCollection breadth first from the document node.
-DOMElement* findCollection(xercesc::DOMDocument* document) {
-  std::deque<DOMNode*> queue{document};
-  while (!queue.empty()) {
-    DOMNode* node = queue.front();
-    queue.pop_front();
-    if (node->getNodeType() == DOMNode::ELEMENT_NODE && localNameOf(node) == "MessageCollection") {
-      return static_cast<DOMElement*>(node);
-    }
-    for (DOMNode* child = node->getFirstChild(); child != nullptr;
-         child = child->getNextSibling()) {
-      queue.push_back(child);
-    }
-  }
-  return nullptr;
-}
-
-XmlDocument emptyDocument(const std::string& schemaLocation) {
-  XmlDocument document = XmlDocument::create("", "MessageCollection");
-  DOMElement* root = document.root();
-  root->setAttributeNS(XmlString(kXmlnsNamespace), XmlString("xmlns:xsi"),
-                       XmlString(kSchemaInstanceNamespace));
-  root->setAttributeNS(XmlString(kSchemaInstanceNamespace),
-                       XmlString("xsi:noNamespaceSchemaLocation"), XmlString(schemaLocation));
-  root->appendChild(document.get()->createTextNode(XmlString("\n")));
+DOMNode emptyDocument(const std::string& schemaLocation) {
+  DOMNode document = DOMNode::createDocument("", "MessageCollection");
+  const DOMNode root = document.getFirstElementChild();
+  root.setAttribute("xmlns:xsi", kSchemaInstanceNamespace, kXmlnsNamespace);
+  root.setAttribute("xsi:noNamespaceSchemaLocation", schemaLocation, kSchemaInstanceNamespace);
+  root.appendText("\n");
   return document;
+}
+
+// The last of `candidates` in document order; null if there is none.
+template <typename Map>
+DOMNode lastInDocument(const Map& candidates) {
+  DOMNode last;
+  for (const auto& [name, element] : candidates) {
+    if (element.isValid() && (!last.isValid() || last.precedes(element))) {
+      last = element;
+    }
+  }
+  return last;
 }
 
 }  // namespace
 
 MessageDocumentEditor::MessageDocumentEditor(std::string path, const std::string& schemaLocation)
-    : path(std::move(path)), document(XmlDocument::create("", "MessageCollection")) {
+    : path(std::move(path)) {
   std::error_code error;
   if (!std::filesystem::exists(this->path, error)) {
     created = true;
     document = emptyDocument(schemaLocation);
-    collection = document.root();
+    collection = document.getFirstElementChild();
     return;
   }
   readIncludedKeys();
-  document = XmlDocument::parse(this->path, true);
-  collection = findCollection(document.get());
-  if (collection == nullptr) {
-    throw FileProblem(this->path, 0, "holds no MessageCollection");
+  document = readOutsideFile(this->path, msg::limits::kMaxMessageDocumentBytes, true);
+  collection = msg::findMessageCollection(document);
+  if (!collection.isValid()) {
+    throw ToolError(this->path, 0, "holds no MessageCollection");
   }
   index();
   for (const auto& [key, place] : messages) {
@@ -104,7 +76,7 @@ std::string MessageDocumentEditor::keyOf(const std::string& nameSpace,
 
 void MessageDocumentEditor::readIncludedKeys() {
   try {
-    XercesXML::DOMNode expanded = msg::parseMessageDocument(path.c_str());
+    DOMNode expanded = msg::parseMessageDocument(path.c_str());
     msg::forEachDocumentText(
         msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
           const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
@@ -115,37 +87,26 @@ void MessageDocumentEditor::readIncludedKeys() {
         });
   } catch (const msg::DocumentRefused& refused) {
     const msg::DocumentProblem& first = refused.problems.front();
-    throw FileProblem(
+    throw ToolError(
         first.file.empty() ? path : first.file, first.line,
         first.message + " (the document must load before texts can be imported into it)");
   }
 }
 
+// The document as written, walked as the loader walks the expanded one.
 void MessageDocumentEditor::index() {
-  for (DOMElement* space = collection->getFirstElementChild(); space != nullptr;
-       space = space->getNextElementSibling()) {
-    if (localNameOf(space) != "MessageNamespace") {
-      continue;
-    }
-    std::string nameSpace = orDefault(attributeOf(space, "name"), msg::kDefaultNamespace);
-    namespaces[nameSpace] = space;
-    for (DOMElement* message = space->getFirstElementChild(); message != nullptr;
-         message = message->getNextElementSibling()) {
-      if (localNameOf(message) != "Message") {
-        continue;
-      }
-      MessagePlace& place = messages[keyOf(
-          nameSpace, orDefault(attributeOf(message, "id"), msg::kDefaultIdentifier))];
-      place.message = message;
-      for (DOMElement* text = message->getFirstElementChild(); text != nullptr;
-           text = text->getNextElementSibling()) {
-        if (localNameOf(text) == "Text") {
-          place.texts[orDefault(attributeOf(text, "lang", kXmlNamespace), msg::kDefaultLanguage)] =
-              text;
-        }
-      }
-    }
-  }
+  msg::DocumentVisitor visitor;
+  visitor.onNamespace = [this](const msg::DocumentText& at) {
+    namespaces[at.effectiveNamespace()] = at.namespaceElement;
+  };
+  visitor.onMessage = [this](const msg::DocumentText& at) {
+    messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())].message = at.messageElement;
+  };
+  visitor.onText = [this](const msg::DocumentText& at) {
+    messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())]
+        .texts[at.effectiveLanguage()] = at.textElement;
+  };
+  msg::walkMessageDocument(collection, visitor);
 }
 
 std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
@@ -161,8 +122,8 @@ std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
   if (text == place->second.texts.end()) {
     return std::nullopt;
   }
-  return ExistingText{toUtf8(text->second->getTextContent()),
-                      attributeOf(text->second, kTranslatedFromAttribute, kMsgtoolNamespace)};
+  return ExistingText{text->second.getTextContent(),
+                      text->second.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
 }
 
 bool MessageDocumentEditor::hasMessage(const std::string& nameSpace,
@@ -176,107 +137,64 @@ bool MessageDocumentEditor::isInIncludedPart(const std::string& nameSpace,
   return includedKeys.count(keyOf(nameSpace, identifier)) != 0;
 }
 
-DOMElement* MessageDocumentEditor::newElement(const char* name) {
-  return document.get()->createElementNS(nullptr, XmlString(name));
-}
-
-void MessageDocumentEditor::insertIndented(DOMElement* parent, DOMElement* sibling,
-                                           DOMElement* element) {
-  xercesc::DOMDocument* owner = document.get();
-  if (sibling != nullptr) {
-    DOMNode* after = sibling->getNextSibling();
-    if (isBlank(sibling->getPreviousSibling())) {
-      parent->insertBefore(owner->createTextNode(XmlString("\n" + indentationOf(sibling))), after);
-    }
-    parent->insertBefore(element, after);
-    return;
-  }
-  std::string outer = indentationOf(parent);
-  DOMNode* last = parent->getLastChild();
-  if (isBlank(last)) {
-    // Keep the blank that closes the parent after the new element.
-    parent->insertBefore(owner->createTextNode(XmlString("\n" + outer + "  ")), last);
-    parent->insertBefore(element, last);
-    return;
-  }
-  parent->appendChild(owner->createTextNode(XmlString("\n" + outer + "  ")));
-  parent->appendChild(element);
-  parent->appendChild(owner->createTextNode(XmlString("\n" + outer)));
+DOMNode MessageDocumentEditor::newElement(const char* name) const {
+  return document.createElement("", name);
 }
 
 void MessageDocumentEditor::setText(const std::string& nameSpace, const std::string& identifier,
                                     const std::string& severityWord, const std::string& language,
                                     const std::string& text, const std::string& stamp) {
   MessagePlace& place = messages[keyOf(nameSpace, identifier)];
-  if (place.message == nullptr) {
-    DOMElement*& space = namespaces[nameSpace];
-    if (space == nullptr) {
-      DOMElement* lastSpace = nullptr;
-      for (const auto& [name, element] : namespaces) {
-        if (element != nullptr &&
-            (lastSpace == nullptr ||
-             lastSpace->compareDocumentPosition(element) & DOMNode::DOCUMENT_POSITION_FOLLOWING)) {
-          lastSpace = element;
-        }
-      }
+  if (!place.message.isValid()) {
+    DOMNode& space = namespaces[nameSpace];
+    if (!space.isValid()) {
+      const DOMNode lastSpace = lastInDocument(namespaces);
       space = newElement("MessageNamespace");
-      space->setAttribute(XmlString("name"), XmlString(nameSpace));
-      insertIndented(collection, lastSpace, space);
+      space.setAttribute("name", nameSpace);
+      collection.insertIndented(lastSpace, space);
     }
-    DOMElement* lastMessage = nullptr;
-    for (DOMElement* child = space->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-      if (localNameOf(child) == "Message") {
+    DOMNode lastMessage;
+    for (DOMNode child = space.getFirstElementChild(); child.isValid();
+         child = child.getNextElementSibling()) {
+      if (child.getNodeName() == "Message") {
         lastMessage = child;
       }
     }
     place.message = newElement("Message");
-    place.message->setAttribute(XmlString("id"), XmlString(identifier));
+    place.message.setAttribute("id", identifier);
     if (!severityWord.empty()) {
-      place.message->setAttribute(XmlString("severity"), XmlString(severityWord));
+      place.message.setAttribute("severity", severityWord);
     }
-    insertIndented(space, lastMessage, place.message);
+    space.insertIndented(lastMessage, place.message);
   }
-  DOMElement*& element = place.texts[language];
-  if (element == nullptr) {
-    DOMElement* lastText = nullptr;
-    for (const auto& [lang, existing] : place.texts) {
-      if (existing != nullptr &&
-          (lastText == nullptr ||
-           lastText->compareDocumentPosition(existing) & DOMNode::DOCUMENT_POSITION_FOLLOWING)) {
-        lastText = existing;
-      }
-    }
+  DOMNode& element = place.texts[language];
+  if (!element.isValid()) {
+    const DOMNode lastText = lastInDocument(place.texts);
     element = newElement("Text");
-    element->setAttributeNS(XmlString(kXmlNamespace), XmlString("xml:lang"), XmlString(language));
-    insertIndented(place.message, lastText, element);
+    element.setAttribute("xml:lang", language, kXmlNamespace);
+    place.message.insertIndented(lastText, element);
   }
-  while (element->getFirstChild() != nullptr) {
-    element->removeChild(element->getFirstChild())->release();
+  element.replaceContentWithText(text);
+  const DOMNode root = document.getFirstElementChild();
+  if (!root.hasAttribute(kMsgtoolPrefix, kXmlnsNamespace)) {
+    root.setAttribute(std::string("xmlns:") + kMsgtoolPrefix, kMsgtoolNamespace, kXmlnsNamespace);
   }
-  element->appendChild(document.get()->createTextNode(XmlString(text)));
-  DOMElement* root = document.root();
-  std::string prefixed = std::string("xmlns:") + kMsgtoolPrefix;
-  if (!root->hasAttributeNS(XmlString(kXmlnsNamespace), XmlString(kMsgtoolPrefix))) {
-    root->setAttributeNS(XmlString(kXmlnsNamespace), XmlString(prefixed),
-                         XmlString(kMsgtoolNamespace));
-  }
-  element->setAttributeNS(XmlString(kMsgtoolNamespace),
-                          XmlString(std::string(kMsgtoolPrefix) + ":" + kTranslatedFromAttribute),
-                          XmlString(stamp));
+  element.setAttribute(std::string(kMsgtoolPrefix) + ":" + kTranslatedFromAttribute, stamp,
+                       kMsgtoolNamespace);
 }
 
 void MessageDocumentEditor::save() const {
-  replaceFileAtomically(path, document.serialize(), [this](const std::string& temporary) {
-    try {
-      msg::parseMessageDocument(temporary.c_str());
-    } catch (const msg::DocumentRefused& refused) {
-      const msg::DocumentProblem& first = refused.problems.front();
-      throw FileProblem(
-          path, 0,
-          "the edited document would not load, so it was left as it was: " + first.message);
-    }
-  });
+  replaceFileAtomically(
+      path, XercesXML::serializeAsWritten(document), [this](const std::string& temporary) {
+        try {
+          msg::parseMessageDocument(temporary.c_str());
+        } catch (const msg::DocumentRefused& refused) {
+          const msg::DocumentProblem& first = refused.problems.front();
+          throw ToolError(
+              path, 0,
+              "the edited document would not load, so it was left as it was: " + first.message);
+        }
+      });
 }
 
 }  // namespace msgtool

@@ -3,9 +3,11 @@
 // languages, other keys, comments, includes, the order of elements and the
 // indentation around them.
 //
-// The document is read as written (includes are not expanded), so that the
-// file written back still includes its parts. Keys that live only in an
-// included part are reported by isInIncludedPart() and are not edited here.
+// The document is read as written (includes are not expanded), through the
+// library's profile for files from outside, so that the file written back
+// still includes its parts; it is walked where and as the loader walks it
+// (msg::walkMessageDocument). Keys that live only in an included part are
+// reported by isInIncludedPart() and are not edited here.
 
 #ifndef MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
 #define MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
@@ -15,7 +17,7 @@
 #include <set>
 #include <string>
 
-#include "OutsideXml.h"
+#include "xml_access/DOMNode.h"
 
 namespace msgtool {
 
@@ -23,8 +25,9 @@ class MessageDocumentEditor {
  public:
   // Opens the document at `path`; if no file is there, starts a new one
   // that names `schemaLocation` as its schema.
-  // Raises FileProblem if the document exists but the loader refuses it or
-  // it holds no MessageCollection.
+  // Raises ToolError naming the file if the document exists but the loader
+  // refuses it, it is larger than limits::kMaxMessageDocumentBytes, or it
+  // holds no MessageCollection.
   // REQUIRES: the XML system is up (UTF-8 output).
   MessageDocumentEditor(std::string path, const std::string& schemaLocation);
 
@@ -54,34 +57,29 @@ class MessageDocumentEditor {
   bool isNew() const { return created; }
 
   // Writes the document in place of the file, atomically, once the loader
-  // has accepted the new content. Raises FileProblem; the file is then
-  // unchanged.
+  // has accepted the new content. Raises ToolError naming the file; the file
+  // is then unchanged.
   void save() const;
 
  private:
   struct MessagePlace {
-    xercesc::DOMElement* message = nullptr;             // the last Message of the key
-    std::map<std::string, xercesc::DOMElement*> texts;  // language -> last Text
+    XercesXML::DOMNode message;                       // the last Message of the key
+    std::map<std::string, XercesXML::DOMNode> texts;  // language -> last Text
   };
 
   void index();
   void readIncludedKeys();
   static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
-  xercesc::DOMElement* newElement(const char* name);
-  // Inserts `element` into `parent` after `sibling` (null: at the end),
-  // with the indentation that `sibling` has, or one step more than
-  // `parent`'s.
-  void insertIndented(xercesc::DOMElement* parent, xercesc::DOMElement* sibling,
-                      xercesc::DOMElement* element);
+  XercesXML::DOMNode newElement(const char* name) const;
 
   std::string path;
   bool created = false;
-  XmlDocument document;
-  xercesc::DOMElement* collection = nullptr;
-  std::map<std::string, MessagePlace> messages;            // keyOf -> place
-  std::map<std::string, xercesc::DOMElement*> namespaces;  // name -> last one
-  std::set<std::string> includedKeys;                      // keys only in included parts
-  std::map<std::string, ExistingText> includedTexts;       // keyOf + '\n' + language
+  XercesXML::DOMNode document;
+  XercesXML::DOMNode collection;
+  std::map<std::string, MessagePlace> messages;          // keyOf -> place
+  std::map<std::string, XercesXML::DOMNode> namespaces;  // name -> last one
+  std::set<std::string> includedKeys;                    // keys only in included parts
+  std::map<std::string, ExistingText> includedTexts;     // keyOf + '\n' + language
 };
 
 }  // namespace msgtool

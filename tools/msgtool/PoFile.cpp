@@ -6,7 +6,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "OutsideXml.h"
+#include "ToolError.h"
+#include "platform/InputLimits.h"
 
 namespace msgtool {
 
@@ -59,15 +60,16 @@ class PoReader {
   PoFile read() {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
-      throw FileProblem(path, 0, "is a folder, not a PO file");
+      throw ToolError(path, 0, "is a folder, not a PO file");
     }
-    if (std::filesystem::file_size(path, error) > kMaxXmlFileBytes && !error) {
-      throw FileProblem(path, 0,
-                        "is larger than " + std::to_string(kMaxXmlFileBytes >> 20) + " MiB");
+    if (std::filesystem::file_size(path, error) > msg::limits::kMaxTranslatorsFileBytes && !error) {
+      throw ToolError(
+          path, 0,
+          "is larger than " + std::to_string(msg::limits::kMaxTranslatorsFileBytes >> 20) + " MiB");
     }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-      throw FileProblem(path, 0, "cannot be read");
+      throw ToolError(path, 0, "cannot be read");
     }
     std::ostringstream whole;
     whole << in.rdbuf();
@@ -76,7 +78,7 @@ class PoReader {
     if (bad != std::string::npos) {
       int badLine = 1 + static_cast<int>(std::count(bytes.begin(),
                                                     bytes.begin() + static_cast<long>(bad), '\n'));
-      throw FileProblem(
+      throw ToolError(
           path, badLine,
           "holds bytes that are not UTF-8; convert the file to UTF-8 (msgconv -t UTF-8)");
     }
@@ -94,9 +96,7 @@ class PoReader {
  private:
   enum class Part { none, context, id, str };
 
-  [[noreturn]] void fail(const std::string& message) const {
-    throw FileProblem(path, line, message);
-  }
+  [[noreturn]] void fail(const std::string& message) const { throw ToolError(path, line, message); }
 
   void readLine(const std::string& raw) {
     std::string text = trim(raw);
@@ -254,7 +254,7 @@ class PoReader {
       return;
     }
     if (part != Part::str) {
-      throw FileProblem(path, entry.line, "the entry has no msgstr");
+      throw ToolError(path, entry.line, "the entry has no msgstr");
     }
     if (entry.id.empty() && !entry.context && !headerSeen && file.entries.empty()) {
       readHeader();
@@ -292,7 +292,7 @@ class PoReader {
     }
     if (lower != "utf-8" && lower != "utf8" && lower != "charset" && lower != "ascii" &&
         lower != "us-ascii") {
-      throw FileProblem(
+      throw ToolError(
           path, headerLine,
           "the charset is " + charset + ", not UTF-8; convert the file (msgconv -t UTF-8)");
     }

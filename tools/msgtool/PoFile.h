@@ -40,7 +40,7 @@ class PoFile {
   std::vector<std::string> headerComments;
   std::vector<PoEntry> entries;
 
-  // Reads `path`. Raises FileProblem with the line of the first fault: an
+  // Reads `path`. Raises ToolError with the line of the first fault: an
   // unterminated string or unknown escape, a keyword out of place, a
   // plural entry, bytes that are not UTF-8, or a charset other than UTF-8.
   static PoFile read(const std::string& path);

@@ -9,166 +9,121 @@
 #include <map>
 
 #include "XliffFile.h"
+#include "XliffReader.h"
 #include "XliffSupport.h"
 
 namespace msgtool {
 
 namespace {
 
-using xercesc::DOMElement;
-using xercesc::DOMNode;
+using XercesXML::DOMNode;
 
 constexpr char kXliff2Namespace[] = "urn:oasis:names:tc:xliff:document:2.0";
 constexpr char kReviewSubState[] = "msgtool:needs-review";
 
-class Xliff2Reader {
- public:
-  Xliff2Reader(const std::string& path, const XmlDocument& document)
-      : path(path), document(document) {}
+bool standsForPlaceholder(const std::string& name) {
+  return name == "ph" || name == "sc" || name == "ec";
+}
 
-  XliffFile read() {
-    const DOMElement* root = document.root();
-    result.version2 = true;
-    result.sourceLanguage = attributeOf(root, "srcLang");
-    result.targetLanguage = attributeOf(root, "trgLang");
-    for (DOMElement* file = root->getFirstElementChild(); file != nullptr;
-         file = file->getNextElementSibling()) {
-      if (localNameOf(file) == "file") {
-        if (result.original.empty()) {
-          result.original = attributeOf(file, "original");
-        }
-        forEachUnit(path, document, file, "unit",
-                    [this](const DOMElement* unit) { result.units.push_back(readUnit(unit)); });
-      }
-    }
-    return std::move(result);
+void readRoot(const DOMNode& root, XliffFile& file) {
+  file.version2 = true;
+  file.sourceLanguage = root.getAttributeByName("srcLang");
+  file.targetLanguage = root.getAttributeByName("trgLang");
+}
+
+void readFile(const DOMNode& fileElement, XliffFile& file) {
+  if (file.original.empty()) {
+    file.original = fileElement.getAttributeByName("original");
   }
+}
 
- private:
-  [[noreturn]] void fail(const DOMNode* at, const std::string& message) const {
-    throw FileProblem(path, document.lineOf(at), message);
-  }
-
-  XliffUnit readUnit(const DOMElement* unitElement) {
-    XliffUnit unit;
-    unit.line = document.lineOf(unitElement);
-    unit.key = attributeOf(unitElement, "name");
-    if (unit.key.empty()) {
-      unit.key = attributeOf(unitElement, "id");
-    }
-    if (unit.key.empty()) {
-      fail(unitElement, "a unit has no id");
-    }
-    std::map<std::string, std::string> data;  // originalData id -> native code
-    std::string target;
-    bool everyPartTranslated = true;
-    bool anyTarget = false;
-    bool needsReview = false;
-    bool anySource = false;
-    for (DOMElement* part = unitElement->getFirstElementChild(); part != nullptr;
-         part = part->getNextElementSibling()) {
-      std::string name = localNameOf(part);
-      if (name == "originalData") {
-        for (DOMElement* item = part->getFirstElementChild(); item != nullptr;
-             item = item->getNextElementSibling()) {
-          data[attributeOf(item, "id")] = toUtf8(item->getTextContent());
-        }
-      } else if (name == "notes") {
-        readSeverity(part, unit);
-      } else if (name == "segment" || name == "ignorable") {
-        const DOMElement* source = childNamed(part, "source");
-        const DOMElement* partTarget = childNamed(part, "target");
-        if (source == nullptr) {
-          fail(part, "a " + name + " of unit '" + unit.key + "' has no <source>");
-        }
-        anySource = true;
-        readInline(source, unit.source, data, 0);
-        if (partTarget != nullptr) {
-          anyTarget = true;
-          readInline(partTarget, target, data, 0);
-        } else if (name == "ignorable") {
-          readInline(source, target, data, 0);
-        } else {
-          everyPartTranslated = false;
-        }
-        needsReview = needsReview || (name == "segment" && attributeOf(part, "state") == "initial");
-      }
-    }
-    if (!anySource) {
-      fail(unitElement, "the unit '" + unit.key + "' has no segment");
-    }
-    if (anyTarget && everyPartTranslated) {
-      unit.target = target;
-      unit.state = needsReview ? "needs-review-translation" : "translated";
-    }
-    return unit;
-  }
-
-  static const DOMElement* childNamed(const DOMElement* parent, const char* name) {
-    for (DOMElement* child = parent->getFirstElementChild(); child != nullptr;
-         child = child->getNextElementSibling()) {
-      if (localNameOf(child) == name) {
-        return child;
-      }
-    }
-    return nullptr;
-  }
-
-  static void readSeverity(const DOMElement* notes, XliffUnit& unit) {
-    for (DOMElement* note = notes->getFirstElementChild(); note != nullptr;
-         note = note->getNextElementSibling()) {
-      if (attributeOf(note, "category") == "severity") {
-        unit.severity = toUtf8(note->getTextContent());
-      }
+DOMNode childNamed(const DOMNode& parent, const char* name) {
+  for (DOMNode child = parent.getFirstElementChild(); child.isValid();
+       child = child.getNextElementSibling()) {
+    if (child.getNodeName() == name) {
+      return child;
     }
   }
+  return DOMNode();
+}
 
-  // Appends the text of `element`, each inline code as the placeholder its
-  // original data (or its equiv or disp text) holds.
-  void readInline(const DOMElement* element, std::string& out,
-                  const std::map<std::string, std::string>& data, int depth) {
-    if (depth > kMaxXliffNesting) {
-      fail(element,
-           "has inline elements nested more than " + std::to_string(kMaxXliffNesting) + " deep");
+void readSeverity(const DOMNode& notes, XliffUnit& unit) {
+  for (DOMNode note = notes.getFirstElementChild(); note.isValid();
+       note = note.getNextElementSibling()) {
+    if (note.getAttributeByName("category") == "severity") {
+      unit.severity = note.getTextContent();
     }
-    for (DOMNode* child = element->getFirstChild(); child != nullptr;
-         child = child->getNextSibling()) {
-      auto type = child->getNodeType();
-      if (type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE) {
-        out += toUtf8(child->getNodeValue());
-        continue;
+  }
+}
+
+// The placeholder an inline code stands for: its original data, or its
+// equiv or disp text.
+std::string placeholderOf(const XliffReader& reader, const DOMNode& inner,
+                          const std::map<std::string, std::string>& data) {
+  auto native = data.find(inner.getAttributeByName("dataRef"));
+  if (native != data.end() && isPlaceholder(native->second)) {
+    return native->second;
+  }
+  if (isPlaceholder(inner.getAttributeByName("equiv"))) {
+    return inner.getAttributeByName("equiv");
+  }
+  if (isPlaceholder(inner.getAttributeByName("disp"))) {
+    return inner.getAttributeByName("disp");
+  }
+  reader.fail(inner, "the inline element <" + inner.getNodeName() + " id=\"" +
+                         inner.getAttributeByName("id") + "\"> stands for no placeholder");
+}
+
+void readUnit(const XliffReader& reader, const DOMNode& unitElement, XliffUnit& unit) {
+  std::map<std::string, std::string> data;  // originalData id -> native code
+  const auto codes = [&](const DOMNode& inner) { return placeholderOf(reader, inner, data); };
+  std::string target;
+  bool everyPartTranslated = true;
+  bool anyTarget = false;
+  bool needsReview = false;
+  bool anySource = false;
+  for (DOMNode part = unitElement.getFirstElementChild(); part.isValid();
+       part = part.getNextElementSibling()) {
+    const std::string name = part.getNodeName();
+    if (name == "originalData") {
+      for (DOMNode item = part.getFirstElementChild(); item.isValid();
+           item = item.getNextElementSibling()) {
+        data[item.getAttributeByName("id")] = item.getTextContent();
       }
-      if (type != DOMNode::ELEMENT_NODE) {
-        continue;
+    } else if (name == "notes") {
+      readSeverity(part, unit);
+    } else if (name == "segment" || name == "ignorable") {
+      const DOMNode source = childNamed(part, "source");
+      const DOMNode partTarget = childNamed(part, "target");
+      if (!source.isValid()) {
+        reader.fail(part, "a " + name + " of unit '" + unit.key + "' has no <source>");
       }
-      auto* inner = static_cast<const DOMElement*>(child);
-      std::string name = localNameOf(inner);
-      if (name != "ph" && name != "sc" && name != "ec") {
-        readInline(inner, out, data, depth + 1);  // <pc>, <mrk>: their text counts
-        continue;
-      }
-      auto native = data.find(attributeOf(inner, "dataRef"));
-      if (native != data.end() && isPlaceholder(native->second)) {
-        out += native->second;
-      } else if (isPlaceholder(attributeOf(inner, "equiv"))) {
-        out += attributeOf(inner, "equiv");
-      } else if (isPlaceholder(attributeOf(inner, "disp"))) {
-        out += attributeOf(inner, "disp");
+      anySource = true;
+      reader.readInline(source, unit.source, codes);
+      if (partTarget.isValid()) {
+        anyTarget = true;
+        reader.readInline(partTarget, target, codes);
+      } else if (name == "ignorable") {
+        reader.readInline(source, target, codes);
       } else {
-        fail(inner, "the inline element <" + name + " id=\"" + attributeOf(inner, "id") +
-                        "\"> stands for no placeholder");
+        everyPartTranslated = false;
       }
+      needsReview =
+          needsReview || (name == "segment" && part.getAttributeByName("state") == "initial");
     }
   }
-
-  std::string path;
-  const XmlDocument& document;
-  XliffFile result;
-};
+  if (!anySource) {
+    reader.fail(unitElement, "the unit '" + unit.key + "' has no segment");
+  }
+  if (anyTarget && everyPartTranslated) {
+    unit.target = target;
+    unit.state = needsReview ? "needs-review-translation" : "translated";
+  }
+}
 
 // Writes `text` into `element`, each placeholder as <ph/> referring to its
 // original data.
-void addInline(XliffBuilder& builder, DOMElement* element, const std::string& text,
+void addInline(const XliffBuilder& builder, const DOMNode& element, const std::string& text,
                const std::map<std::string, std::string>& ids) {
   std::map<std::string, int> seen;  // the same placeholder twice: p1, p1-2
   for (const TextPiece& piece : splitPlaceholders(text)) {
@@ -176,42 +131,41 @@ void addInline(XliffBuilder& builder, DOMElement* element, const std::string& te
       builder.addText(element, piece.text);
       continue;
     }
-    DOMElement* ph = builder.element("ph");
+    DOMNode ph = builder.element("ph");
     const std::string& dataId = ids.at(piece.text);
     const int count = ++seen[piece.text];
     XliffBuilder::set(ph, "id",
                       "p" + dataId.substr(1) + (count > 1 ? "-" + std::to_string(count) : ""));
     XliffBuilder::set(ph, "dataRef", dataId);
     XliffBuilder::set(ph, "disp", piece.text);
-    element->appendChild(ph);
+    element.appendChild(ph);
   }
 }
 
 }  // namespace
 
-XliffFile readXliff2(const std::string& path, const XmlDocument& document) {
-  return Xliff2Reader(path, document).read();
-}
+const XliffDialect kXliff2Dialect{"unit",   "name",   nullptr, standsForPlaceholder,
+                                  readRoot, readFile, readUnit};
 
 std::string writeXliff2(const XliffFile& file) {
   XliffBuilder writer(kXliff2Namespace);
-  DOMElement* root = writer.root();
+  DOMNode root = writer.root();
   XliffBuilder::set(root, "version", "2.0");
   XliffBuilder::set(root, "srcLang", file.sourceLanguage);
   XliffBuilder::set(root, "trgLang", file.targetLanguage);
-  DOMElement* fileElement = writer.add(root, "file", 1);
+  DOMNode fileElement = writer.add(root, "file", 1);
   XliffBuilder::set(fileElement, "id", "f1");
   XliffBuilder::set(fileElement, "original", file.original);
   for (const XliffUnit& unit : file.units) {
-    DOMElement* element = writer.add(fileElement, "unit", 2);
+    DOMNode element = writer.add(fileElement, "unit", 2);
     XliffBuilder::set(element, "id", unit.key);
     XliffBuilder::set(element, "name", unit.key);
-    DOMElement* notes = writer.add(element, "notes", 3);
-    DOMElement* severity = writer.add(notes, "note", 4);
+    DOMNode notes = writer.add(element, "notes", 3);
+    DOMNode severity = writer.add(notes, "note", 4);
     XliffBuilder::set(severity, "category", "severity");
     writer.addText(severity, unit.severity);
     if (!unit.sourceFile.empty()) {
-      DOMElement* note = writer.add(notes, "note", 4);
+      DOMNode note = writer.add(notes, "note", 4);
       XliffBuilder::set(note, "category", "location");
       writer.addText(note, unit.sourceFile +
                                (unit.sourceLine > 0 ? ":" + std::to_string(unit.sourceLine) : ""));
@@ -226,27 +180,26 @@ std::string writeXliff2(const XliffFile& file) {
       }
     }
     if (!ids.empty()) {
-      DOMElement* originalData = writer.add(element, "originalData", 3);
+      DOMNode originalData = writer.add(element, "originalData", 3);
       for (const auto& [placeholder, id] : ids) {
-        DOMElement* item = writer.add(originalData, "data", 4);
+        DOMNode item = writer.add(originalData, "data", 4);
         XliffBuilder::set(item, "id", id);
         writer.addText(item, placeholder);
       }
       writer.close(originalData, 3);
     }
-    DOMElement* segment = writer.add(element, "segment", 3);
+    DOMNode segment = writer.add(element, "segment", 3);
     bool review = unit.state.rfind("needs-review", 0) == 0;
     XliffBuilder::set(segment, "state", unit.target && !review ? "translated" : "initial");
     if (unit.target && review) {
       XliffBuilder::set(segment, "subState", kReviewSubState);
     }
-    DOMElement* source = writer.add(segment, "source", 4);
-    source->setAttributeNS(XmlString(kXmlNamespace), XmlString("xml:space"), XmlString("preserve"));
+    DOMNode source = writer.add(segment, "source", 4);
+    XliffBuilder::preserveSpace(source);
     addInline(writer, source, unit.source, ids);
     if (unit.target) {
-      DOMElement* target = writer.add(segment, "target", 4);
-      target->setAttributeNS(XmlString(kXmlNamespace), XmlString("xml:space"),
-                             XmlString("preserve"));
+      DOMNode target = writer.add(segment, "target", 4);
+      XliffBuilder::preserveSpace(target);
       addInline(writer, target, *unit.target, ids);
     }
     writer.close(segment, 3);

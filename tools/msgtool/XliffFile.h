@@ -12,18 +12,15 @@
 // The reader takes what other tools add (groups, alt-trans, extra notes,
 // attributes of any namespace, <g> and <mrk> around text) and passes over
 // what msgtool does not use. Files are documents from outside and are read
-// through OutsideXml.
+// through the library's profile for them (see XliffReader and
+// OutsideFiles.h).
 
 #ifndef MSGTOOL_XLIFFFILE_H_
 #define MSGTOOL_XLIFFFILE_H_
 
 #include <optional>
-
 #include <string>
 #include <vector>
-#include <xercesc/dom/DOMElement.hpp>
-
-#include "OutsideXml.h"
 
 namespace msgtool {
 
@@ -49,10 +46,10 @@ class XliffFile {
   // reader for a 2.x file. Units keep the 1.2 state names either way.
   bool version2 = false;
 
-  // Reads `path`, XLIFF 1.0 to 1.2 or 2.x. Raises FileProblem with a line
-  // for a file that is not well formed, is no XLIFF, has another version, or has
-  // a unit without id or source or with an inline element that stands for
-  // no placeholder.
+  // Reads `path`, XLIFF 1.0 to 1.2 or 2.x (see XliffReader). Raises
+  // ToolError with a line for a file that is not well formed, is no XLIFF,
+  // has another version, or has a unit without id or source or with an
+  // inline element that stands for no placeholder.
   // REQUIRES: the XML system is up.
   static XliffFile read(const std::string& path);
 
@@ -61,9 +58,7 @@ class XliffFile {
   std::string write() const;
 };
 
-// The XLIFF 2 reader and writer (Xliff2.cpp). `document` is the parsed
-// file, read from `path`.
-XliffFile readXliff2(const std::string& path, const XmlDocument& document);
+// The XLIFF 2 writer (Xliff2.cpp).
 std::string writeXliff2(const XliffFile& file);
 
 }  // namespace msgtool

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "xml_access/DocumentSerializer.h"
+
 namespace msgtool {
 
 std::vector<TextPiece> splitPlaceholders(const std::string& text) {
@@ -39,57 +41,23 @@ bool isPlaceholder(const std::string& text) {
 }
 
 XliffBuilder::XliffBuilder(const char* namespaceUri)
-    : namespaceUri(namespaceUri), document(XmlDocument::create(namespaceUri, "xliff")) {}
+    : namespaceUri(namespaceUri),
+      document(XercesXML::DOMNode::createDocument(namespaceUri, "xliff")) {}
 
-xercesc::DOMElement* XliffBuilder::element(const char* name) {
-  return document.get()->createElementNS(XmlString(namespaceUri), XmlString(name));
+XliffBuilder::Element XliffBuilder::element(const char* name) const {
+  return document.createElement(namespaceUri, name);
 }
 
-xercesc::DOMElement* XliffBuilder::add(xercesc::DOMElement* parent, const char* name, int depth) {
-  addText(parent, "\n" + std::string(2 * depth, ' '));
-  xercesc::DOMElement* child = element(name);
-  parent->appendChild(child);
-  return child;
+XliffBuilder::Element XliffBuilder::add(const Element& parent, const char* name, int depth) const {
+  return parent.appendOnNewLine(element(name), depth);
 }
 
-void XliffBuilder::close(xercesc::DOMElement* element, int depth) {
-  addText(element, "\n" + std::string(2 * depth, ' '));
+void XliffBuilder::preserveSpace(const Element& element) {
+  element.setAttribute("xml:space", "preserve", kXmlNamespace);
 }
 
-void XliffBuilder::addText(xercesc::DOMElement* element, const std::string& text) {
-  element->appendChild(document.get()->createTextNode(XmlString(text)));
-}
-
-void XliffBuilder::set(xercesc::DOMElement* element, const char* name, const std::string& value) {
-  element->setAttribute(XmlString(name), XmlString(value));
-}
-
-namespace {
-
-void visitUnits(const std::string& path, const XmlDocument& document,
-                const xercesc::DOMElement* parent, const char* unitName,
-                const std::function<void(const xercesc::DOMElement*)>& visit, int depth) {
-  if (depth > kMaxXliffNesting) {
-    throw FileProblem(path, document.lineOf(parent),
-                      "has groups nested more than " + std::to_string(kMaxXliffNesting) + " deep");
-  }
-  for (const xercesc::DOMElement* child = parent->getFirstElementChild(); child != nullptr;
-       child = child->getNextElementSibling()) {
-    const std::string name = localNameOf(child);
-    if (name == "group") {
-      visitUnits(path, document, child, unitName, visit, depth + 1);
-    } else if (name == unitName) {
-      visit(child);
-    }
-  }
-}
-
-}  // namespace
-
-void forEachUnit(const std::string& path, const XmlDocument& document,
-                 const xercesc::DOMElement* parent, const char* unitName,
-                 const std::function<void(const xercesc::DOMElement*)>& visit) {
-  visitUnits(path, document, parent, unitName, visit, 0);
+std::string XliffBuilder::serialize() const {
+  return XercesXML::serializeAsWritten(document);
 }
 
 }  // namespace msgtool

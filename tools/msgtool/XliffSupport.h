@@ -3,18 +3,15 @@
 #ifndef MSGTOOL_XLIFFSUPPORT_H_
 #define MSGTOOL_XLIFFSUPPORT_H_
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "OutsideXml.h"
+#include "xml_access/DOMNode.h"
 
 namespace msgtool {
 
 inline constexpr char kXmlNamespace[] = "http://www.w3.org/XML/1998/namespace";
 inline constexpr char kSeverityNote[] = "severity: ";
-// Deeper groups or inline elements are refused.
-inline constexpr int kMaxXliffNesting = 32;
 
 // A text cut into plain runs and placeholder-like runs: "&" and every digit
 // behind it. All of them are protected, also runs too long for substitution
@@ -28,37 +25,34 @@ std::vector<TextPiece> splitPlaceholders(const std::string& text);
 // True if `text` is one placeholder-like run and nothing else.
 bool isPlaceholder(const std::string& text);
 
-// Calls `visit` for each child of `parent` named `unitName` (trans-unit in
-// XLIFF 1.2, unit in 2.0), in document order, descending into <group>
-// elements, which both versions use to nest units.
-// Raises FileProblem (naming `path`, the file of `document`) at groups
-// nested deeper than kMaxXliffNesting.
-void forEachUnit(const std::string& path, const XmlDocument& document,
-                 const xercesc::DOMElement* parent, const char* unitName,
-                 const std::function<void(const xercesc::DOMElement*)>& visit);
-
 // Builds a document whose elements live in one namespace, indenting as it
-// goes.
+// goes. The XML system must be up, with UTF-8 output.
 class XliffBuilder {
  public:
+  using Element = XercesXML::DOMNode;
+
   explicit XliffBuilder(const char* namespaceUri);
 
-  xercesc::DOMElement* root() const { return document.root(); }
+  Element root() const { return document.getFirstElementChild(); }
 
   // A new element in the namespace, not yet placed.
-  xercesc::DOMElement* element(const char* name);
+  Element element(const char* name) const;
   // Appends a new element to `parent` on a new line, indented `depth` steps.
-  xercesc::DOMElement* add(xercesc::DOMElement* parent, const char* name, int depth);
+  Element add(const Element& parent, const char* name, int depth) const;
   // Ends `element`'s content with a line break indented `depth` steps.
-  void close(xercesc::DOMElement* element, int depth);
-  void addText(xercesc::DOMElement* element, const std::string& text);
-  static void set(xercesc::DOMElement* element, const char* name, const std::string& value);
+  static void close(const Element& element, int depth) { element.endOnNewLine(depth); }
+  static void addText(const Element& element, const std::string& text) { element.appendText(text); }
+  static void set(const Element& element, const char* name, const std::string& value) {
+    element.setAttribute(name, value);
+  }
+  // xml:space="preserve" on `element`.
+  static void preserveSpace(const Element& element);
 
-  std::string serialize() const { return document.serialize(); }
+  std::string serialize() const;
 
  private:
   const char* namespaceUri;
-  XmlDocument document;
+  XercesXML::DOMNode document;
 };
 
 }  // namespace msgtool

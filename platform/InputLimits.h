@@ -1,0 +1,53 @@
+// InputLimits: how much of each kind of input the library and its tool take
+// in, in one place. Every reader checks its input against the limit named
+// here for its kind, so a limit changes in one line.
+
+#ifndef MSG_PLATFORM_INPUTLIMITS_H_
+#define MSG_PLATFORM_INPUTLIMITS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace msg {
+namespace limits {
+
+// Message documents (check, stats, show, compile, and the document import
+// edits): far above any real catalogue (the 10,000-key benchmark catalogue
+// is about 4 MB), and low enough that a stray disk image named by mistake
+// fails at once.
+inline constexpr std::uintmax_t kMaxMessageDocumentBytes = 256u * 1024u * 1024u;
+
+// Files from translators' tools (XLIFF and PO): far above any real
+// translation file, which holds one language of a catalogue.
+inline constexpr std::uintmax_t kMaxTranslatorsFileBytes = 64u * 1024u * 1024u;
+
+// Compiled catalogues have no byte limit: they are mapped, not read, and
+// their reader checks every offset against the size of the mapping.
+
+// Elements nested deeper than this are refused while parsing, and no
+// deeper tree is serialised. The serialiser of Xerces-C recurses once per
+// level (100,000 levels overflow a main thread's stack of 8 MiB), and
+// message documents need five levels; 1,000 is far above any real document
+// and far below the depth that overflows a thread's stack.
+inline constexpr std::size_t kMaxElementDepth = 1000;
+
+// Groups, and inline elements inside a text, of a translators' file nested
+// deeper than this are refused. The readers walk them recursively; real
+// files nest groups a few levels, and inline elements two or three.
+inline constexpr int kMaxExchangeNesting = 32;
+
+// Entity references a document may expand in all (nested ones included).
+// Ten levels of ten references each (the "billion laughs") need 10^10; a
+// document that uses entities for names and boilerplate needs a few hundred.
+inline constexpr std::size_t kMaxEntityReferences = 10000;
+
+// Characters that entity references may add to a document in all, the
+// bound on what a small document can make the parser build (one entity of
+// 50,000 characters referenced 20,000 times would be 10^9). libxml2 bounds
+// one text to the same 10,000,000.
+inline constexpr std::size_t kMaxEntityExpansion = 10000000;
+
+}  // namespace limits
+}  // namespace msg
+
+#endif  // MSG_PLATFORM_INPUTLIMITS_H_

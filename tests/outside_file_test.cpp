@@ -1,0 +1,136 @@
+// The profile for files from outside: what it refuses, with which file and
+// line, and that it opens nothing but the one file.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/InputLimits.h"
+#include "xml_access/DocumentSerializer.h"
+#include "xml_access/OutsideFile.h"
+#include "xml_test_document.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr XercesXML::OutsideFileRules kRules{msg::limits::kMaxTranslatorsFileBytes, false};
+
+class OutsideFileTest : public xml_test::XmlSystemFixture {
+ protected:
+  OutsideFileTest() : XmlSystemFixture(XercesXML::UTF8) {}
+
+  void SetUp() override {
+    XmlSystemFixture::SetUp();
+    scratch = fs::temp_directory_path() /
+              ("outside_file_test_" + std::to_string(::getpid()) + "_" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(scratch);
+  }
+  void TearDown() override {
+    fs::remove_all(scratch);
+    XmlSystemFixture::TearDown();
+  }
+
+  std::string write(const std::string& name, const std::string& bytes) const {
+    const std::string path = (scratch / name).string();
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path;
+  }
+
+  // The problem with which the profile refuses `path`; a failure if it
+  // accepts it.
+  XercesXML::ParseProblem refusalOf(const std::string& path,
+                                    const XercesXML::OutsideFileRules& rules = kRules) const {
+    try {
+      XercesXML::parseOutsideFile(path, rules);
+    } catch (const XercesXML::FileRefused& refused) {
+      EXPECT_EQ(refused.getProblem().file, path);
+      EXPECT_EQ(refused.what(), refused.getProblem().message);
+      return refused.getProblem();
+    }
+    ADD_FAILURE() << "accepted: " << path;
+    return XercesXML::ParseProblem{};
+  }
+
+  fs::path scratch;
+};
+
+TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
+  std::string deep = "<?xml version=\"1.0\"?>\n<a>\n";
+  for (std::size_t i = 0; i < msg::limits::kMaxElementDepth; ++i) {
+    deep += "<b>";
+  }
+  struct Case {
+    std::string content;
+    std::uint64_t line;
+    std::string message;
+  };
+  const std::vector<Case> cases = {
+      {"<?xml version=\"1.0\"?>\n<!DOCTYPE a [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>\n"
+       "<a>&e;</a>",
+       2,
+       "a document type declaration (DOCTYPE) is not allowed here: it could declare entities or "
+       "load a DTD"},
+      {"<!DOCTYPE a SYSTEM \"http://example.com/a.dtd\"><a/>", 1,
+       "a document type declaration (DOCTYPE) is not allowed here: it could declare entities or "
+       "load a DTD"},
+      {deep, 3, "elements are nested deeper than the limit of 1000 levels"},
+      {"<?xml version=\"1.0\"?>\n<a>\n<b></a>", 3,
+       "is not well-formed XML: expected end of tag 'b'"},
+  };
+  for (const Case& bad : cases) {
+    const XercesXML::ParseProblem problem = refusalOf(write("bad.xml", bad.content));
+    EXPECT_EQ(problem.line, bad.line) << bad.content.substr(0, 80);
+    EXPECT_EQ(problem.message, bad.message);
+  }
+}
+
+TEST_F(OutsideFileTest, RefusesFilesItCannotTakeBeforeParsing) {
+  const std::string big = write("big.xml", "<a/>");
+  fs::resize_file(big, msg::limits::kMaxTranslatorsFileBytes + 1);  // sparse: no disk used
+  EXPECT_EQ(refusalOf(big).message, "is larger than 64 MiB");
+  EXPECT_EQ(refusalOf(scratch.string()).message, "is a folder, not a file");
+  EXPECT_EQ(refusalOf((scratch / "missing.xml").string()).message,
+            "cannot be read: No such file or directory");
+  EXPECT_EQ(refusalOf(write("empty.xml", "")).message,
+            "is not well-formed XML: invalid document structure");
+}
+
+// An xi:include stays an element and its part is never opened; schema
+// locations are not followed. Comments stay only when asked for.
+TEST_F(OutsideFileTest, OpensNothingButTheFileAndKeepsLinesAndAskedForComments) {
+  write("part.xml", "<p>included</p>");
+  const std::string path =
+      write("doc.xml",
+            "<?xml version=\"1.0\"?>\n<!-- c -->\n"
+            "<a xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+            "xsi:noNamespaceSchemaLocation=\"http://example.com/none.xsd\">\n"
+            "  <xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"part.xml\"/>\n"
+            "</a>\n");
+  const XercesXML::DOMNode plain = XercesXML::parseOutsideFile(path, kRules);
+  const XercesXML::DOMNode root = plain.getFirstElementChild();
+  EXPECT_EQ(plain.getFirstChild().getNodeName(), "a") << "a comment was kept";
+  EXPECT_EQ(root.getSourceLine(), 3);
+  const XercesXML::DOMNode include = root.getFirstElementChild();
+  EXPECT_EQ(include.getNodeName(), "include");
+  EXPECT_EQ(include.getSourceLine(), 4);
+  EXPECT_EQ(root.getTextContent().find("included"), std::string::npos);
+
+  const XercesXML::DOMNode kept =
+      XercesXML::parseOutsideFile(path, {msg::limits::kMaxTranslatorsFileBytes, true});
+  EXPECT_EQ(kept.getFirstChild().getNodeValue(), " c ");
+  // Written back as it stands, the file is the same but for its declaration.
+  EXPECT_EQ(XercesXML::serializeAsWritten(kept),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- c -->\n"
+            "<a xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+            "xsi:noNamespaceSchemaLocation=\"http://example.com/none.xsd\">\n"
+            "  <xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"part.xml\"/>\n"
+            "</a>\n");
+}
+
+}  // namespace

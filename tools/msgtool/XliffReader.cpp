@@ -1,0 +1,117 @@
+#include "XliffReader.h"
+
+#include <utility>
+
+#include "OutsideFiles.h"
+#include "ToolError.h"
+#include "platform/InputLimits.h"
+
+namespace msgtool {
+
+using XercesXML::DOMNode;
+
+XliffFile XliffReader::read(const std::string& path) {
+  const DOMNode document = readOutsideFile(path, msg::limits::kMaxTranslatorsFileBytes, false);
+  const DOMNode root = document.getFirstElementChild();
+  const XliffReader probe(path, kXliff12Dialect);
+  if (root.getNodeName() != "xliff") {
+    probe.fail(root, "is no XLIFF file: its root element is <" + root.getNodeName() + ">");
+  }
+  const std::string version = root.getAttributeByName("version");
+  if (version == "2.0" || version == "2.1") {
+    return XliffReader(path, kXliff2Dialect).readAll(root);
+  }
+  if (version != "1.2" && version != "1.1" && version != "1.0") {
+    probe.fail(root,
+               "has XLIFF version '" + version + "'; msgtool reads XLIFF 1.2 (1.0 and 1.1 too)");
+  }
+  return XliffReader(path, kXliff12Dialect).readAll(root);
+}
+
+XliffReader::XliffReader(std::string path, const XliffDialect& dialect)
+    : path(std::move(path)), dialect(&dialect) {}
+
+void XliffReader::fail(const DOMNode& at, const std::string& message) const {
+  throw ToolError(path, at.getSourceLine(), message);
+}
+
+XliffFile XliffReader::readAll(const DOMNode& root) {
+  XliffFile file;
+  dialect->readRoot(root, file);
+  for (DOMNode fileElement = root.getFirstElementChild(); fileElement.isValid();
+       fileElement = fileElement.getNextElementSibling()) {
+    if (fileElement.getNodeName() != "file") {
+      continue;
+    }
+    dialect->readFile(fileElement, file);
+    if (dialect->unitContainer == nullptr) {
+      readUnits(fileElement, 0, file);
+      continue;
+    }
+    for (DOMNode container = fileElement.getFirstElementChild(); container.isValid();
+         container = container.getNextElementSibling()) {
+      if (container.getNodeName() == dialect->unitContainer) {
+        readUnits(container, 0, file);
+      }
+    }
+  }
+  return file;
+}
+
+void XliffReader::readUnits(const DOMNode& parent, int depth, XliffFile& file) const {
+  if (depth > msg::limits::kMaxExchangeNesting) {
+    fail(parent, "has groups nested more than " + std::to_string(msg::limits::kMaxExchangeNesting) +
+                     " deep");
+  }
+  for (DOMNode child = parent.getFirstElementChild(); child.isValid();
+       child = child.getNextElementSibling()) {
+    const std::string name = child.getNodeName();
+    if (name == "group") {
+      readUnits(child, depth + 1, file);
+    } else if (name == dialect->unitName) {
+      file.units.push_back(readUnit(child));
+    }
+  }
+}
+
+XliffUnit XliffReader::readUnit(const DOMNode& element) const {
+  XliffUnit unit;
+  unit.line = element.getSourceLine();
+  unit.key = element.getAttributeByName(dialect->nameAttribute);
+  if (unit.key.empty()) {
+    unit.key = element.getAttributeByName("id");
+  }
+  if (unit.key.empty()) {
+    fail(element, std::string("a ") + dialect->unitName + " has no id");
+  }
+  dialect->readUnit(*this, element, unit);
+  return unit;
+}
+
+void XliffReader::readInline(
+    const DOMNode& element, std::string& out,
+    const std::function<std::string(const DOMNode&)>& placeholderOf) const {
+  readInlineAt(element, out, placeholderOf, 0);
+}
+
+void XliffReader::readInlineAt(const DOMNode& element, std::string& out,
+                               const std::function<std::string(const DOMNode&)>& placeholderOf,
+                               int depth) const {
+  if (depth > msg::limits::kMaxExchangeNesting) {
+    fail(element, "has inline elements nested more than " +
+                      std::to_string(msg::limits::kMaxExchangeNesting) + " deep");
+  }
+  for (DOMNode child = element.getFirstChild(); child.isValid(); child = child.getNextSibling()) {
+    if (child.isText()) {
+      out += child.getNodeValue();
+    } else if (!child.isElement()) {
+      continue;
+    } else if (dialect->standsForPlaceholder(child.getNodeName())) {
+      out += placeholderOf(child);
+    } else {
+      readInlineAt(child, out, placeholderOf, depth + 1);  // <g>, <mrk>, <pc>: their text counts
+    }
+  }
+}
+
+}  // namespace msgtool
