@@ -11,8 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "OutsideXml.h"
 #include "PoFile.h"
+#include "ToolError.h"
+#include "platform/InputLimits.h"
 
 namespace fs = std::filesystem;
 
@@ -37,7 +38,7 @@ class PoFileTest : public ::testing::Test {
   static std::string refusalOf(const std::string& path) {
     try {
       msgtool::PoFile::read(path);
-    } catch (const msgtool::FileProblem& problem) {
+    } catch (const msgtool::ToolError& problem) {
       return problem.describe();
     }
     return std::string();
@@ -209,7 +210,7 @@ TEST_F(PoFileTest, FilesThatCannotBeReadAreRefusedAsAWhole) {
 
   const fs::path huge = scratch / "huge.po";
   std::ofstream(huge).put('#');
-  fs::resize_file(huge, msgtool::kMaxXmlFileBytes + 1);  // sparse: takes no disk space
+  fs::resize_file(huge, msg::limits::kMaxTranslatorsFileBytes + 1);  // sparse: takes no disk space
   EXPECT_EQ(refusalOf(huge.string()), huge.string() + ": error: is larger than 64 MiB");
 }
 
