@@ -1,10 +1,5 @@
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -14,6 +9,7 @@
 
 #include "compiled_catalogues/CompiledCatalogueFormat.h"
 #include "msg/Language.h"
+#include "platform/AtomicFile.h"
 
 namespace msg {
 
@@ -52,10 +48,6 @@ class StringBlock {
   std::vector<unsigned char> block;
   std::unordered_map<std::string, std::uint32_t> offsets;
 };
-
-[[noreturn]] void failWrite(const std::string& what, const std::string& path, int error) {
-  throw std::runtime_error("cannot " + what + " \"" + path + "\": " + std::strerror(error));
-}
 
 }  // namespace
 
@@ -127,43 +119,12 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
 
 void CompiledCatalogueWriter::writeFile(const std::string& path) const {
   const std::vector<unsigned char> content = bytes();
-  // A name of our own beside the target, so the rename stays on one file
-  // system; O_EXCL never takes over a file somebody else made.
-  static std::atomic<unsigned> serial{0};
-  std::string temporary;
-  int fd = -1;
-  for (int attempt = 0; fd < 0; ++attempt) {
-    temporary =
-        path + ".tmp-" + decimal(static_cast<std::uint64_t>(getpid())) + "-" + decimal(serial++);
-    fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd < 0 && (errno != EEXIST || attempt == 100)) {
-      failWrite("create a file beside", path, errno);
-    }
-  }
-  const unsigned char* next = content.data();
-  std::size_t left = content.size();
-  int error = 0;
-  while (left > 0 && error == 0) {
-    const ssize_t written = write(fd, next, left);
-    if (written < 0 && errno != EINTR) {
-      error = errno;
-    } else if (written > 0) {
-      next += written;
-      left -= static_cast<std::size_t>(written);
-    }
-  }
-  if (error == 0 && fsync(fd) != 0) {
-    error = errno;
-  }
-  if (close(fd) != 0 && error == 0) {
-    error = errno;
-  }
-  if (error == 0 && rename(temporary.c_str(), path.c_str()) != 0) {
-    error = errno;
-  }
-  if (error != 0) {
-    unlink(temporary.c_str());
-    failWrite("write", path, error);
+  try {
+    platform::replaceFileAtomically(path, content.data(), content.size());
+  } catch (const platform::AtomicFileError& failure) {
+    const bool noFile = failure.getStep() == platform::AtomicFileError::Step::create;
+    throw std::runtime_error(std::string(noFile ? "cannot create a file beside" : "cannot write") +
+                             " \"" + path + "\": " + failure.reason());
   }
 }
 

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "message_core/DecimalText.h"
+#include "message_core/SeverityWords.h"
 #include "msg/Message.h"
 
 namespace msg {
@@ -74,20 +75,6 @@ void appendString(std::string& out, const char* name, const char* value) {
   out += '"';
   out += JsonLinesMessageChannel::escape(value);
   out += '"';
-}
-
-std::string severityWord(SeverityLevel severity) {
-  switch (severity) {
-    case info:
-      return "info";
-    case warning:
-      return "warning";
-    case error:
-      return "error";
-    case abort:
-      return "abort";
-  }
-  return decimalText(static_cast<long long>(severity));
 }
 
 // "2026-11-23T04:47:36.123Z"
@@ -178,7 +165,7 @@ std::string JsonLinesMessageChannel::escape(const char* text) {
 std::string JsonLinesMessageChannel::toJson(const Message& message,
                                             std::chrono::system_clock::time_point time) {
   std::string line = "{\"time\":\"" + rfc3339(time) + "\",\"severity\":\"" +
-                     severityWord(message.getSeverityLevel()) + "\",";
+                     severityText(message.getSeverityLevel()) + "\",";
   appendString(line, "namespace", message.getNamespace());
   line += ',';
   appendString(line, "identifier", message.getIdentifier());

@@ -14,6 +14,7 @@
 
 #include "message_core/BlockCache.h"
 #include "message_core/MessageTable.h"
+#include "message_core/PlaceholderScanner.h"
 #include "message_core/StringCopy.h"
 #include "msg/MTE.h"
 #include "msg/MessageExceptions.h"
@@ -21,9 +22,6 @@
 
 namespace msg {
 namespace {
-
-// A placeholder is "&" followed by at most this many decimal digits.
-constexpr std::size_t kMaxPlaceholderDigits = 22;
 
 // The first pair of working buffers has at least this capacity.
 constexpr std::size_t kMinBufferSize = 100;
@@ -56,10 +54,6 @@ void releaseBufferBlock(char* block, std::size_t capacity) noexcept {
 
 std::size_t lengthOrZero(const char* s) {
   return s == nullptr ? 0 : std::strlen(s);
-}
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
 }
 
 // True if `p` points into the `size` bytes at `buffer`. std::less gives a
@@ -288,31 +282,15 @@ bool Message::findPlaceholder(unsigned int number, unsigned int& first, unsigned
   if (workBuffer == nullptr) {
     return false;
   }
-  // strchr skips the plain text between candidates many bytes at a time.
-  for (const char* ampersand = std::strchr(workBuffer, '&'); ampersand != nullptr;) {
-    const char* digits = ampersand + 1;
-    const char* runEnd = digits;
-    // The value of the run, as atoi would give it, as long as it fits an
-    // int; a larger value names no number.
-    std::uint64_t value = 0;
-    bool fitsInt = true;
-    while (isDigit(*runEnd)) {
-      if (fitsInt) {
-        value = value * 10 + static_cast<std::uint64_t>(*runEnd - '0');
-        fitsInt = value <= static_cast<std::uint64_t>(std::numeric_limits<int>::max());
-      }
-      ++runEnd;
-    }
-    const std::size_t runLength = static_cast<std::size_t>(runEnd - digits);
-    if (runLength >= 1 && runLength <= kMaxPlaceholderDigits && fitsInt && value == number) {
+  PlaceholderScanner scanner(workBuffer, workBuffer + std::strlen(workBuffer));
+  PlaceholderRun run{};
+  while (scanner.next(run)) {
+    if (run.replaceable && run.value == number) {
       // Positions fit: the buffer capacity is a 32-bit number.
-      first = static_cast<unsigned int>(ampersand - workBuffer);
-      last = static_cast<unsigned int>(runEnd - 1 - workBuffer);
+      first = static_cast<unsigned int>(run.offset);
+      last = static_cast<unsigned int>(run.offset + run.length - 1);
       return true;
     }
-    // Go on at the character that ended the run: a "&" there opens the next
-    // candidate at once, anything else is passed over.
-    ampersand = std::strchr(runEnd, '&');
   }
   return false;
 }

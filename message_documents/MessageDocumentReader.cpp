@@ -6,6 +6,7 @@
 #include <limits>
 #include <system_error>
 
+#include "message_core/SeverityWords.h"
 #include "xml_access/XercesXML.h"
 
 namespace msg {
@@ -59,20 +60,14 @@ std::string DocumentText::effectiveLanguage() const {
 }
 
 SeverityLevel DocumentText::severityFromWord(const std::string& word) {
-  if (word == "info") {
-    return info;
-  }
-  if (word == "warning") {
-    return warning;
-  }
-  if (word == "abort") {
-    return abort;
-  }
-  return error;
+  SeverityLevel level = error;
+  msg::severityFromWord(word, level);
+  return level;
 }
 
 bool DocumentText::isSeverityWord(const std::string& word) {
-  return word == "info" || word == "warning" || word == "error" || word == "abort";
+  SeverityLevel level = error;
+  return msg::severityFromWord(word, level);
 }
 
 namespace {

@@ -28,6 +28,11 @@ TEST(JsonLinesChannelTest, WritesOneObjectPerLine) {
                                             system_clock::time_point(milliseconds(-1))),
             R"({"time":"1969-12-31T23:59:59.999Z","severity":"abort","namespace":null,)"
             R"("identifier":null,"language":"","text":null})");
+  // A severity that is none of the four levels goes out as its number.
+  EXPECT_NE(JsonLinesMessageChannel::toJson(
+                Message("app", "x", static_cast<SeverityLevel>(-7), "en", "t"), time)
+                .find(R"("severity":"-7",)"),
+            std::string::npos);
 }
 
 TEST(JsonLinesChannelTest, NoByteBreaksTheLineOrTheJson) {

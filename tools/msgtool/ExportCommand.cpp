@@ -20,6 +20,7 @@
 #include "ToolError.h"
 #include "TranslationFormat.h"
 #include "XliffFile.h"
+#include "message_core/SeverityWords.h"
 #include "msg/Language.h"
 
 namespace msgtool {
@@ -58,7 +59,6 @@ const CatalogueEntry* lastIn(const std::vector<const CatalogueEntry*>& entries,
 
 std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::string& source,
                                        const std::string& target, std::ostream& notes) {
-  static const char* const kSeverityWords[] = {"info", "warning", "error", "abort"};
   std::vector<OutgoingUnit> units;
   const std::string sourcePacked = msg::Language(source.c_str()).toString();
   const std::string targetPacked = msg::Language(target.c_str()).toString();
@@ -72,7 +72,7 @@ std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::st
       continue;
     }
     unit.source = unit.sourceEntry->text;
-    unit.severity = kSeverityWords[unit.sourceEntry->severity];
+    unit.severity = msg::severityText(unit.sourceEntry->severity);
     unit.target = lastIn(entries, targetPacked);
     unit.stale = unit.target != nullptr && isStaleTranslation(*unit.target, entries);
     units.push_back(unit);

@@ -4,11 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -24,6 +20,7 @@
 #include "Subcommand.h"
 #include "ToolError.h"
 #include "msg/Language.h"
+#include "platform/AtomicFile.h"
 
 namespace msgtool {
 
@@ -109,23 +106,15 @@ std::string generateHeader(const Catalogue& catalogue, const HeaderOptions& opti
 // Writes `content` to `path` through a file beside it, so that a failed
 // write leaves the old header as it was.
 void replaceFile(const std::string& path, const std::string& content) {
-  const std::string temporary = path + ".tmp";
-  {
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    if (!file) {
-      throw ToolError(path + ": cannot be written: " + std::strerror(errno));
-    }
-    file << content;
-    file.close();
-    if (!file) {
-      std::remove(temporary.c_str());
+  try {
+    msg::platform::replaceFileAtomically(path, content.data(), content.size());
+  } catch (const msg::platform::AtomicFileError& failure) {
+    // A write that fails half way is reported without the system's reason,
+    // as the tool's users know it.
+    if (failure.getStep() == msg::platform::AtomicFileError::Step::write) {
       throw ToolError(path + ": cannot be written");
     }
-  }
-  if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-    const std::string reason = std::strerror(errno);
-    std::remove(temporary.c_str());
-    throw ToolError(path + ": cannot be written: " + reason);
+    throw ToolError(path + ": cannot be written: " + failure.reason());
   }
 }
 

@@ -1,11 +1,6 @@
-// Placeholders: which numbered placeholders a catalogue text holds, read
-// exactly as the library's substitution reads them.
-//
-// A placeholder is "&" followed by a run of 1 to 22 decimal digits; the run
-// goes on as long as digits follow, and its value is the number (so "&007"
-// is placeholder 7 and "&10" never placeholder 1). A "&" with no digit
-// behind it is plain text, and so is a run of more than 22 digits or one
-// whose value does not fit an int: substitution never replaces those.
+// Placeholders: which numbered placeholders a catalogue text holds, read by
+// the library's own scanner (message_core/PlaceholderScanner.h), so that the
+// tool and substitution always agree.
 
 #ifndef MSGTOOL_PLACEHOLDERS_H_
 #define MSGTOOL_PLACEHOLDERS_H_
@@ -15,10 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "message_core/PlaceholderScanner.h"
+
 namespace msgtool {
 
-// The most digits a placeholder may have; a longer run is plain text.
-inline constexpr std::size_t kMaxPlaceholderDigits = 22;
+using msg::kMaxPlaceholderDigits;
 
 // A digit run behind "&" that substitution will never replace: too long, or
 // too large a value.

@@ -16,6 +16,7 @@
 #include "Placeholders.h"
 #include "Subcommand.h"
 #include "ToolError.h"
+#include "message_core/SeverityWords.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/FormattingMessageChannel.h"
 #include "msg/LanguageList.h"
@@ -32,8 +33,6 @@ struct ShowOptions {
   std::string languages;
   int width = 0;
 };
-
-const char* const kSeverityNames[] = {"info", "warning", "error", "abort"};
 
 // The message's text as it stands, on standard output.
 class PlainChannel : public msg::MessageChannel {
@@ -129,7 +128,7 @@ int runShow(const ShowOptions& options) {
                          : " has no text in the languages asked for; it has " + present));
   }
   std::cout << key.first << ':' << key.second << " (" << found->getLanguage().toString() << ", "
-            << kSeverityNames[found->getSeverityLevel()] << ")\n";
+            << msg::severityText(found->getSeverityLevel()) << ")\n";
 
   const std::set<unsigned> numbers = placeholderNumbers(found->getText());
   const std::size_t needed = numbers.empty() ? 0 : *numbers.rbegin() + 1;

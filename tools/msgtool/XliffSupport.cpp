@@ -2,42 +2,33 @@
 
 #include <string>
 
+#include "message_core/PlaceholderScanner.h"
 #include "xml_access/DocumentSerializer.h"
 
 namespace msgtool {
 
 std::vector<TextPiece> splitPlaceholders(const std::string& text) {
   std::vector<TextPiece> pieces;
-  std::string plain;
-  std::size_t i = 0;
-  while (i < text.size()) {
-    std::size_t digits = 0;
-    if (text[i] == '&') {
-      while (i + 1 + digits < text.size() && text[i + 1 + digits] >= '0' &&
-             text[i + 1 + digits] <= '9') {
-        ++digits;
-      }
+  msg::PlaceholderScanner scanner(text.data(), text.data() + text.size());
+  msg::PlaceholderRun run{};
+  std::size_t plainStart = 0;
+  while (scanner.next(run)) {
+    if (run.offset > plainStart) {
+      pieces.push_back(TextPiece{false, text.substr(plainStart, run.offset - plainStart)});
     }
-    if (digits == 0) {
-      plain += text[i++];
-      continue;
-    }
-    if (!plain.empty()) {
-      pieces.push_back(TextPiece{false, plain});
-      plain.clear();
-    }
-    pieces.push_back(TextPiece{true, text.substr(i, digits + 1)});
-    i += digits + 1;
+    pieces.push_back(TextPiece{true, text.substr(run.offset, run.length)});
+    plainStart = run.offset + run.length;
   }
-  if (!plain.empty()) {
-    pieces.push_back(TextPiece{false, plain});
+  if (plainStart < text.size()) {
+    pieces.push_back(TextPiece{false, text.substr(plainStart)});
   }
   return pieces;
 }
 
 bool isPlaceholder(const std::string& text) {
-  std::vector<TextPiece> pieces = splitPlaceholders(text);
-  return pieces.size() == 1 && pieces[0].placeholder;
+  msg::PlaceholderScanner scanner(text.data(), text.data() + text.size());
+  msg::PlaceholderRun run{};
+  return scanner.next(run) && run.offset == 0 && run.length == text.size();
 }
 
 XliffBuilder::XliffBuilder(const char* namespaceUri)
