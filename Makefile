@@ -37,7 +37,12 @@ FUZZ_SMOKE_SECONDS ?= 5
 # against; test tools only, never dependencies of the library or the tool.
 TRANSLATION_TEST_PACKAGES := gettext translate-toolkit
 
-.PHONY: deps demo test release bench fuzz fuzz-build memcheck tsan format clean
+# clang-tidy (checks in .clang-tidy) and clang-format (.clang-format), run by
+# `make test` before anything is built.
+LINT_PACKAGES := clang-tidy clang-format
+
+.PHONY: deps demo test test-tree lint format-check fault-check release bench fuzz fuzz-build \
+        memcheck tsan format clean
 
 deps:
 	@tools/install-deps.sh $(DEBIAN_PACKAGES)
@@ -56,12 +61,31 @@ demo: release
 # sanitizer report aborts the test that caused it. Then every fuzz target
 # runs for FUZZ_SMOKE_SECONDS and replays its kept regression inputs, in the
 # clang tree of `make fuzz` (CTest label "fuzz").
-test: deps fuzz-build tsan
+# Format, planted-fault patterns and clang-tidy come first: they take seconds
+# to a few minutes and fail before the long builds.
+test: deps format-check fault-check lint fuzz-build tsan test-tree
 	@tools/install-deps.sh $(TRANSLATION_TEST_PACKAGES)
-	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON -DMSG_BUILD_BENCH=ON $(OWN_BUILD)
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 	cd $(FUZZ_DIR)/fuzz && ctest --output-on-failure -j $(JOBS)
+
+test-tree: deps
+	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DMSG_SANITIZE=ON -DMSG_BUILD_BENCH=ON $(OWN_BUILD)
+
+# clang-tidy over the library's and msgtool's sources, with the compile
+# commands of the test tree, JOBS files at a time.
+lint: test-tree
+	@tools/install-deps.sh $(LINT_PACKAGES)
+	tools/lint.sh $(TEST_DIR) $(JOBS)
+
+# Every tracked source formatted as .clang-format says (`make format` fixes it).
+format-check:
+	@tools/install-deps.sh $(LINT_PACKAGES)
+	git ls-files '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror
+
+# Every planted fault of tools/plant-faults.py still finds its code; builds nothing.
+fault-check:
+	python3 tools/plant-faults.py --check
 
 # The fuzz targets of fuzz/ with clang, libFuzzer, ASan and UBSan, in their own
 # tree (the library is compiled once more there, with coverage).

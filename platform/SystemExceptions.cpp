@@ -133,7 +133,8 @@ bool looksLikeStackOverflow(int signalNumber, const siginfo_t* info, const ucont
   }
   const std::uintptr_t sp = stackPointer(context);
   const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
-  if (sp == 0 || sp < kStackOverflowDistance) {
+  // An unknown stack pointer (0) is below the distance too.
+  if (sp < kStackOverflowDistance) {
     return false;
   }
   return address >= sp - kStackOverflowDistance && address - sp < kStackOverflowDistance;

@@ -4,6 +4,11 @@ test catches each. A check of the test suite: a fault that no test catches
 shows a gap.
 
   tools/plant-faults.py <asan tree> <tsan tree> [fault name ...]
+  tools/plant-faults.py --check
+
+--check only verifies that the code each fault changes is in its file exactly
+once, and builds nothing; `make test` runs it, so that a change to the code
+that moves a fault's pattern is noticed at once.
 
 <asan tree> is a configured build tree like the one of `make test`
 (Debug, -DMSG_SANITIZE=ON -DMSG_WARNINGS_AS_ERRORS=ON); <tsan tree> one like
@@ -197,21 +202,58 @@ def check(fault, asan, tsan):
     return None
 
 
+def stale(fault, root):
+    """Returns why the fault cannot be planted, or None if its pattern is in
+    its file exactly once."""
+    path = os.path.join(root, fault.path)
+    try:
+        with open(path) as source:
+            count = source.read().count(fault.old)
+    except OSError as error:
+        return f"{fault.path} cannot be read ({error.strerror})"
+    if count == 1:
+        return None
+    where = "is not in" if count == 0 else f"is {count} times in"
+    first_line = fault.old.splitlines()[0].strip() if fault.old.strip() else repr(fault.old)
+    return f"the code it changes ({first_line!r}) {where} {fault.path}"
+
+
+def check_patterns(faults, root):
+    """Prints every fault whose pattern is stale; returns their number."""
+    problems = 0
+    for fault in faults:
+        reason = stale(fault, root)
+        if reason:
+            print(f"plant-faults: fault {fault.name}: {reason}; update the fault",
+                  file=sys.stderr)
+            problems += 1
+    return problems
+
+
 def main():
+    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    if sys.argv[1:] == ["--check"]:
+        problems = check_patterns(FAULTS, root)
+        if problems == 0:
+            print(f"plant-faults: all {len(FAULTS)} faults match their code once")
+        return 1 if problems else 0
     if len(sys.argv) < 3:
         sys.exit(__doc__)
     asan, tsan = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     wanted = set(sys.argv[3:])
-    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    unknown = wanted - {f.name for f in FAULTS}
+    if unknown:
+        sys.exit(f"plant-faults: no fault named {', '.join(sorted(unknown))}")
     caught = 0
     faults = [f for f in FAULTS if not wanted or f.name in wanted]
+    # A stale fault would be a silent gap in the census: stop before any
+    # file is changed.
+    if check_patterns(faults, root):
+        return 2
     for fault in faults:
         path = os.path.join(root, fault.path)
         with open(path) as source:
             original = source.read()
-        if original.count(fault.old) != 1:
-            print(f"{fault.name}: the code to change is not there once; update the fault")
-            continue
         try:
             with open(path, "w") as source:
                 source.write(original.replace(fault.old, fault.new))

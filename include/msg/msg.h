@@ -19,5 +19,6 @@
 #include "msg/Typed.h"
 #include "msg/XercesXMLException.h"
 #include "msg/structured_exception.h"
+#include "msg/version.h"
 
 #endif  // MSG_MSG_H_

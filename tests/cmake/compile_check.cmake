@@ -10,7 +10,7 @@ function(msg_add_compile_check)
   cmake_parse_arguments(PARSE_ARGV 0 check "" "NAME;SOURCE;FAILS_WITH"
                         "DEFINITIONS;INCLUDE_DIRECTORIES")
   set(flags -std=c++${CMAKE_CXX_STANDARD} -fsyntax-only -Wall -Wextra -Wpedantic -Werror
-            -I${PROJECT_SOURCE_DIR}/include)
+            -I${PROJECT_SOURCE_DIR}/include -I${MSG_GENERATED_INCLUDE_DIR})
   foreach(directory IN LISTS check_INCLUDE_DIRECTORIES)
     list(APPEND flags -I${directory})
   endforeach()

@@ -18,7 +18,7 @@ foreach(compiler IN ITEMS GXX CLANGXX)
   foreach(standard IN ITEMS 17 20)
     add_test(NAME headers.strict.${compiler_name}.cxx${standard}
       COMMAND ${MSG_STRICT_${compiler}} -std=c++${standard} ${MSG_STRICT_USER_FLAGS}
-              -I${PROJECT_SOURCE_DIR}/include -c ${CMAKE_CURRENT_SOURCE_DIR}/cmake/public_api_uses.cpp
+              -I${PROJECT_SOURCE_DIR}/include -I${MSG_GENERATED_INCLUDE_DIR} -c ${CMAKE_CURRENT_SOURCE_DIR}/cmake/public_api_uses.cpp
               -o ${CMAKE_CURRENT_BINARY_DIR}/public_api_uses.${compiler_name}.cxx${standard}.o)
     set_tests_properties(headers.strict.${compiler_name}.cxx${standard} PROPERTIES LABELS packaging)
   endforeach()
