@@ -11,6 +11,7 @@
 
 #include "Subcommand.h"
 #include "Tool.h"
+#include "msg/version.h"
 
 namespace {
 
@@ -108,7 +109,7 @@ TEST(ToolTest, UsageErrorsEndWithExitCodeTwoAndVersionWithZero) {
 
   const Outcome version = runInProcess({"--version"});
   EXPECT_EQ(version.exitCode, msgtool::kExitClean);
-  EXPECT_EQ(version.out, std::string("msgtool ") + MSGTOOL_VERSION + "\n");
+  EXPECT_EQ(version.out, std::string("msgtool ") + MSG_VERSION_STRING + "\n");
 }
 
 TEST(ToolTest, AFailingSubcommandSaysWhyOnOneLine) {

@@ -22,6 +22,7 @@
 #include "XliffFile.h"
 #include "message_core/SeverityWords.h"
 #include "msg/Language.h"
+#include "msg/version.h"
 
 namespace msgtool {
 
@@ -91,7 +92,7 @@ std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& 
                  {"Content-Type", "text/plain; charset=UTF-8"},
                  {"Content-Transfer-Encoding", "8bit"},
                  {"X-Source-Language", options.source},
-                 {"X-Generator", std::string("msgtool ") + MSGTOOL_VERSION}};
+                 {"X-Generator", std::string("msgtool ") + MSG_VERSION_STRING}};
   for (const OutgoingUnit& unit : units) {
     PoEntry entry;
     entry.extractedComments.push_back("severity: " + unit.severity);

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "ToolError.h"
+#include "msg/version.h"
 
 namespace msgtool {
 
@@ -44,6 +45,24 @@ std::string footerOf(const SubcommandInfo& info) {
   return footer;
 }
 
+// Writes the one line that says why the exception in flight ended the run;
+// returns the exit code for it.
+// REQUIRES: called from a catch block.
+int reportFailure() {
+  try {
+    throw;
+  } catch (const ToolError& error) {
+    std::cerr << "msgtool: error: " << error.what() << '\n';
+  } catch (const std::bad_alloc&) {
+    std::cerr << "msgtool: error: out of memory\n";
+  } catch (const std::exception& error) {
+    std::cerr << "msgtool: error: " << error.what() << '\n';
+  } catch (...) {
+    std::cerr << "msgtool: error: the library raised an unexpected exception\n";
+  }
+  return kExitFailure;
+}
+
 }  // namespace
 
 Tool::Tool()
@@ -52,7 +71,7 @@ Tool::Tool()
           "Several message documents form one catalogue; keys are compared across them.\n",
           "msgtool")) {
   app->formatter(std::make_shared<HelpFormatter>());
-  app->set_version_flag("--version", std::string("msgtool ") + MSGTOOL_VERSION);
+  app->set_version_flag("--version", std::string("msgtool ") + MSG_VERSION_STRING);
   app->require_subcommand(1);
   app->fallthrough(false);
   app->footer(
@@ -87,20 +106,19 @@ int Tool::run(int argc, const char* const* argv) {
         return chosen.action();
       }
     }
-  } catch (const ToolError& error) {
-    std::cerr << "msgtool: error: " << error.what() << '\n';
-  } catch (const std::bad_alloc&) {
-    std::cerr << "msgtool: error: out of memory\n";
-  } catch (const std::exception& error) {
-    std::cerr << "msgtool: error: " << error.what() << '\n';
   } catch (...) {
-    std::cerr << "msgtool: error: the library raised an unexpected exception\n";
+    return reportFailure();
   }
   return kExitFailure;
 }
 
 int runTool(int argc, const char* const* argv) {
-  return Tool().run(argc, argv);
+  // Building the command line allocates too; nothing may escape main.
+  try {
+    return Tool().run(argc, argv);
+  } catch (...) {
+    return reportFailure();
+  }
 }
 
 }  // namespace msgtool
