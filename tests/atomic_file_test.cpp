@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/scratch_folder.h"
+
 namespace msg {
 namespace platform {
 namespace {
@@ -23,22 +25,9 @@ namespace fs = std::filesystem;
 
 class AtomicFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    folder = fs::temp_directory_path() /
-             ("atomic_file_test_" + std::to_string(getpid()) + "_" +
-              ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(folder);
-  }
-  void TearDown() override { fs::remove_all(folder); }
-
-  static std::string read(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream content;
-    content << in.rdbuf();
-    return content.str();
-  }
+  static std::string read(const fs::path& path) { return test_support::readFile(path); }
   static void write(const fs::path& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
+    test_support::writeFile(path, content);
   }
   static void replace(const fs::path& path, const std::string& content,
                       const VerifyReplacement& verify = nullptr) {
@@ -52,14 +41,14 @@ class AtomicFileTest : public ::testing::Test {
   // The names in the folder: a temporary file left behind shows here.
   std::vector<std::string> names() const {
     std::vector<std::string> found;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder.path())) {
       found.push_back(entry.path().filename().string());
     }
     std::sort(found.begin(), found.end());
     return found;
   }
 
-  fs::path folder;
+  test_support::ScratchFolder folder;
 };
 
 TEST_F(AtomicFileTest, ReplacesOrCreatesTheFileAndKeepsItsPermissions) {
@@ -81,7 +70,7 @@ TEST_F(AtomicFileTest, ReplacesOrCreatesTheFileAndKeepsItsPermissions) {
 
   // A bare name lands in the working folder.
   const fs::path before = fs::current_path();
-  fs::current_path(folder);
+  fs::current_path(folder.path());
   replace("bare.txt", "bare");
   fs::current_path(before);
   EXPECT_EQ(read(folder / "bare.txt"), "bare");
@@ -98,7 +87,7 @@ TEST_F(AtomicFileTest, VerifySeesTheWholeNewFileAndARefusalKeepsTheOld) {
     EXPECT_EQ(read(target), "old");  // not yet in place
   });
   EXPECT_EQ(seen, "checked");
-  EXPECT_EQ(fs::path(seenPath).parent_path(), folder);
+  EXPECT_EQ(fs::path(seenPath).parent_path(), folder.path());
   EXPECT_EQ(read(target), "checked");
 
   EXPECT_THROW(replace(target, "refused",

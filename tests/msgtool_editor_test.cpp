@@ -12,21 +12,14 @@
 #include "Catalogue.h"
 #include "MessageDocumentEditor.h"
 #include "ToolError.h"
+#include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-void writeFile(const fs::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
-}
+using test_support::readFile;
+using test_support::writeFile;
 
 const char kHead[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -58,19 +51,13 @@ const char kPart[] =
 class EditorTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    scratch = fs::temp_directory_path() /
-              ("msgtool_editor_test_" + std::to_string(::getpid()) + "_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(scratch);
     fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", scratch / "messages.xsd");
     writeFile(scratch / "part.xml", kPart);
     writeFile(document(), kDocument);
   }
-  void TearDown() override { fs::remove_all(scratch); }
-
   std::string document() const { return (scratch / "messages.xml").string(); }
 
-  fs::path scratch;
+  test_support::ScratchFolder scratch;
   msgtool::XmlSession session;
 };
 
@@ -215,7 +202,7 @@ TEST_F(EditorTest, RefusedDocumentsAndEditsLeaveTheFileAsItWas) {
         << error.what();
   }
   EXPECT_EQ(readFile(file), kDocument);
-  for (const auto& entry : fs::directory_iterator(scratch)) {
+  for (const auto& entry : fs::directory_iterator(scratch.path())) {
     EXPECT_NE(entry.path().filename().string().rfind(".messages.xml.", 0), 0u)
         << "temporary file left: " << entry.path();
   }

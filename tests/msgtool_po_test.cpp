@@ -14,6 +14,7 @@
 #include "PoFile.h"
 #include "ToolError.h"
 #include "platform/InputLimits.h"
+#include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -21,17 +22,8 @@ namespace {
 
 class PoFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    scratch = fs::temp_directory_path() /
-              ("msgtool_po_test_" + std::to_string(::getpid()) + "_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(scratch);
-  }
-  void TearDown() override { fs::remove_all(scratch); }
-
   std::string write(const std::string& name, const std::string& content) const {
-    std::ofstream(scratch / name, std::ios::binary) << content;
-    return (scratch / name).string();
+    return scratch.write(name, content);
   }
 
   // "file:line: error: message" of the reader's refusal, "" if it read the file.
@@ -44,7 +36,7 @@ class PoFileTest : public ::testing::Test {
     return std::string();
   }
 
-  fs::path scratch;
+  test_support::ScratchFolder scratch;
 };
 
 void expectSameEntry(const msgtool::PoEntry& read, const msgtool::PoEntry& written) {
@@ -206,7 +198,8 @@ TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
 TEST_F(PoFileTest, FilesThatCannotBeReadAreRefusedAsAWhole) {
   const std::string missing = (scratch / "missing.po").string();
   EXPECT_EQ(refusalOf(missing), missing + ": error: cannot be read");
-  EXPECT_EQ(refusalOf(scratch.string()), scratch.string() + ": error: is a folder, not a PO file");
+  EXPECT_EQ(refusalOf(scratch.path().string()),
+            scratch.path().string() + ": error: is a folder, not a PO file");
 
   const fs::path huge = scratch / "huge.po";
   std::ofstream(huge).put('#');

@@ -15,6 +15,8 @@
 #include <tuple>
 #include <vector>
 
+#include "tests/scratch_folder.h"
+
 #ifndef MSGTOOL_PATH
 #error "msgtool_test needs the msgtool target (configure with MSG_BUILD_TOOLS=ON)"
 #endif
@@ -31,26 +33,10 @@ struct Outcome {
   std::string err;
 };
 
-std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
+using test_support::readFile;
 
 class MsgtoolTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    scratch = fs::temp_directory_path() /
-              ("msgtool_test_" + std::to_string(::getpid()) + "_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(scratch);
-  }
-  void TearDown() override {
-    fs::permissions(scratch, fs::perms::owner_all, fs::perm_options::add);
-    fs::remove_all(scratch);
-  }
-
   // Runs msgtool with `arguments` (already quoted where needed).
   Outcome run(const std::string& arguments) const {
     const fs::path out = scratch / "stdout";
@@ -62,8 +48,7 @@ class MsgtoolTest : public ::testing::Test {
   }
 
   fs::path write(const std::string& name, const std::string& content) const {
-    std::ofstream(scratch / name, std::ios::binary) << content;
-    return scratch / name;
+    return scratch.write(name, content);
   }
 
   // A document beside which no schema lies: it names none.
@@ -75,7 +60,7 @@ class MsgtoolTest : public ::testing::Test {
            "</MessageCollection>\n";
   }
 
-  fs::path scratch;
+  test_support::ScratchFolder scratch;
 };
 
 TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLine) {
@@ -148,7 +133,7 @@ TEST_F(MsgtoolTest, BadInputEndsWithExitCodeTwoAndSaysWhy) {
   std::ofstream(huge).put('<');
   fs::resize_file(huge, 257u * 1024u * 1024u);  // sparse: takes no disk space
 
-  std::vector<std::string> inputs{(scratch / "missing.xml").string(), scratch.string(),
+  std::vector<std::string> inputs{(scratch / "missing.xml").string(), scratch.path().string(),
                                   empty.string(), binary.string(), huge.string()};
   if (::geteuid() != 0) {  // root reads any file
     inputs.push_back(locked.string());

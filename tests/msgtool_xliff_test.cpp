@@ -13,6 +13,7 @@
 #include "Catalogue.h"
 #include "ToolError.h"
 #include "XliffFile.h"
+#include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -20,21 +21,11 @@ namespace {
 
 class XliffTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    scratch = fs::temp_directory_path() /
-              ("msgtool_xliff_test_" + std::to_string(::getpid()) + "_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(scratch);
-  }
-  void TearDown() override { fs::remove_all(scratch); }
-
   std::string write(const std::string& name, const std::string& bytes) const {
-    const std::string path = (scratch / name).string();
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
+    return scratch.write(name, bytes);
   }
 
-  fs::path scratch;
+  test_support::ScratchFolder scratch;
   msgtool::XmlSession session;
 };
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/InputLimits.h"
+#include "tests/scratch_folder.h"
 #include "xml_access/DocumentSerializer.h"
 #include "xml_access/OutsideFile.h"
 #include "xml_test_document.h"
@@ -24,22 +25,8 @@ class OutsideFileTest : public xml_test::XmlSystemFixture {
  protected:
   OutsideFileTest() : XmlSystemFixture(XercesXML::UTF8) {}
 
-  void SetUp() override {
-    XmlSystemFixture::SetUp();
-    scratch = fs::temp_directory_path() /
-              ("outside_file_test_" + std::to_string(::getpid()) + "_" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(scratch);
-  }
-  void TearDown() override {
-    fs::remove_all(scratch);
-    XmlSystemFixture::TearDown();
-  }
-
   std::string write(const std::string& name, const std::string& bytes) const {
-    const std::string path = (scratch / name).string();
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
+    return scratch.write(name, bytes);
   }
 
   // The problem with which the profile refuses `path`; a failure if it
@@ -57,7 +44,7 @@ class OutsideFileTest : public xml_test::XmlSystemFixture {
     return XercesXML::ParseProblem{};
   }
 
-  fs::path scratch;
+  test_support::ScratchFolder scratch;
 };
 
 TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
@@ -94,7 +81,7 @@ TEST_F(OutsideFileTest, RefusesFilesItCannotTakeBeforeParsing) {
   const std::string big = write("big.xml", "<a/>");
   fs::resize_file(big, msg::limits::kMaxTranslatorsFileBytes + 1);  // sparse: no disk used
   EXPECT_EQ(refusalOf(big).message, "is larger than 64 MiB");
-  EXPECT_EQ(refusalOf(scratch.string()).message, "is a folder, not a file");
+  EXPECT_EQ(refusalOf(scratch.path().string()).message, "is a folder, not a file");
   EXPECT_EQ(refusalOf((scratch / "missing.xml").string()).message,
             "cannot be read: No such file or directory");
   EXPECT_EQ(refusalOf(write("empty.xml", "")).message,

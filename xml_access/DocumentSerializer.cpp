@@ -74,28 +74,38 @@ bool deeperThan(const xercesc::DOMNode* root, std::size_t limit) {
   }
 }
 
+// The implementation that serialises `node`, once `node` is known to be
+// one the serialiser can write: not null, and not nested so deep that its
+// recursion would overflow the stack.
+// Raises NullPointer for a null node and ParsingError for a deep one or a
+// registry without Load and Save.
+xercesc::DOMImplementation* serializerFor(const xercesc::DOMNode* node) {
+  if (node == nullptr) {
+    throw NullPointer("XercesXML - Access to DOM null pointer.");
+  }
+  if (deeperThan(node, msg::limits::kMaxElementDepth)) {
+    std::ostringstream text;
+    text << "XercesXML - Document nested deeper than " << msg::limits::kMaxElementDepth
+         << " levels cannot be serialised.";
+    throw ParsingError(text.str());
+  }
+  xercesc::DOMImplementation* implementation =
+      xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave);
+  if (implementation == nullptr) {
+    // The registry always holds the implementation of Xerces-C itself, so
+    // this means a broken installation; say so rather than crash.
+    throw ParsingError("XercesXML - No DOM implementation with Load and Save available.");
+  }
+  return implementation;
+}
+
 }  // namespace
 
 void serializeDocument(const DOMNode& document, const std::string& fileName,
                        xercesc::MemBufFormatTarget*& memoryTarget, const std::string& encoding) {
   xercesc::MemoryManager* const memoryManager = xercesc::XMLPlatformUtils::fgMemoryManager;
   try {
-    if (document.node == nullptr) {
-      throw NullPointer("XercesXML - Access to DOM null pointer.");
-    }
-    if (deeperThan(document.node, msg::limits::kMaxElementDepth)) {
-      std::ostringstream text;
-      text << "XercesXML - Document nested deeper than " << msg::limits::kMaxElementDepth
-           << " levels cannot be serialised.";
-      throw ParsingError(text.str());
-    }
-    xercesc::DOMImplementation* implementation =
-        xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave);
-    if (implementation == nullptr) {
-      // The registry always holds the implementation of Xerces-C itself, so
-      // this means a broken installation; say so rather than crash.
-      throw ParsingError("XercesXML - No DOM implementation with Load and Save available.");
-    }
+    xercesc::DOMImplementation* implementation = serializerFor(document.node);
     const TranscodedName encodingName(encoding);
     xercesc::DOMLSSerializer* serializer = implementation->createLSSerializer(memoryManager);
     xercesc::DOMLSOutput* output = implementation->createLSOutput(memoryManager);
@@ -134,20 +144,7 @@ void serializeDocument(const DOMNode& document, const std::string& fileName,
 std::string serializeAsWritten(const DOMNode& document) {
   static const XMLCh kUtf8[] = {'U', 'T', 'F', '-', '8', 0};
   try {
-    if (document.node == nullptr) {
-      throw NullPointer("XercesXML - Access to DOM null pointer.");
-    }
-    if (deeperThan(document.node, msg::limits::kMaxElementDepth)) {
-      std::ostringstream text;
-      text << "XercesXML - Document nested deeper than " << msg::limits::kMaxElementDepth
-           << " levels cannot be serialised.";
-      throw ParsingError(text.str());
-    }
-    auto* implementation = dynamic_cast<xercesc::DOMImplementationLS*>(
-        xercesc::DOMImplementationRegistry::getDOMImplementation(kLoadAndSave));
-    if (implementation == nullptr) {
-      throw ParsingError("XercesXML - No DOM implementation with Load and Save available.");
-    }
+    xercesc::DOMImplementation* implementation = serializerFor(document.node);
     std::unique_ptr<xercesc::DOMLSSerializer, void (*)(xercesc::DOMLSSerializer*)> serializer(
         implementation->createLSSerializer(), [](xercesc::DOMLSSerializer* s) { s->release(); });
     std::unique_ptr<xercesc::DOMLSOutput, void (*)(xercesc::DOMLSOutput*)> output(
