@@ -4,7 +4,6 @@
 // process-wide handler that leaves the XML system alone.
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
@@ -26,6 +25,7 @@
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
+#include "tests/scratch_folder.h"
 #include "xml_access/XMLSystem.h"
 
 namespace {
@@ -51,12 +51,8 @@ std::string recordOf(const msg::MessageHandler& handler, const char* nameSpace, 
 class CompiledCatalogueTest : public ::testing::Test {
  protected:
   CompiledCatalogueTest() {
-    char pattern[] = "/tmp/msg-compiled-XXXXXX";
-    dir = mkdtemp(pattern);
-    std::ifstream schema(MSG_SOURCE_DIR "/schema/messages.xsd");
-    std::ofstream(dir + "/messages.xsd") << schema.rdbuf();
+    std::filesystem::copy_file(MSG_SOURCE_DIR "/schema/messages.xsd", scratch / "messages.xsd");
   }
-  ~CompiledCatalogueTest() override { std::filesystem::remove_all(dir); }
 
   // A document of namespace "app" with `body` (Message elements) inside.
   std::string document(const std::string& name, const std::string& body) {
@@ -100,7 +96,8 @@ class CompiledCatalogueTest : public ::testing::Test {
   }
 
   msg::MessageHandlerX xmlSystemKeeper;  // documents are read while it lives
-  std::string dir;
+  test_support::ScratchFolder scratch;
+  const std::string dir = scratch.path().string();
 };
 
 TEST_F(CompiledCatalogueTest, GivesTheRecordsOfTheBenchmarkDocument) {
@@ -195,9 +192,7 @@ TEST_F(CompiledCatalogueTest, ALanguageTwiceInOneKeyIsReplacedAsInAnyLoad) {
     }
   }
   writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
-  const std::string path = dir + "/twice.msgc";
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+  const std::string path = scratch.write("twice.msgc", std::string(bytes.begin(), bytes.end()));
 
   Handler handler(msg::LanguageList{"en", "de-AT"});
   handler.loadCompiledCatalogue(path.c_str());
@@ -245,8 +240,7 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesAndLeavesTheTable) {
   const Bytes good = writer.bytes();
   const std::string path = dir + "/bad.msgc";
   const auto write = [&](const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+    test_support::writeFile(path, std::string(bytes.begin(), bytes.end()));
   };
   // Damage to a field behind the checksum, with the checksum made right
   // again, so the field's own check has to catch it.
@@ -304,15 +298,14 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesAndLeavesTheTable) {
 // stacks the document handler nor starts the XML system.
 TEST(CompiledCatalogueWithoutXmlTest, ThePlainHandlerLoadsWithoutStartingTheXmlSystem) {
   ASSERT_FALSE(XercesXML::isSystemInitialized());
-  char pattern[] = "/tmp/msg-compiled-plain-XXXXXX";
-  const std::string dir = mkdtemp(pattern);
-  msg::CompiledCatalogueWriter writer;
-  writer.add(msg::warning, "en", "plain", "k", "from the file");
-  writer.writeFile(dir + "/plain.msgc");
-
   msg::MessageHandler* handler = msg::MessageHandler::object();
-  handler->loadCompiledCatalogue((dir + "/plain.msgc").c_str());
-  std::filesystem::remove_all(dir);  // the mapping outlives the name
+  {
+    test_support::ScratchFolder scratch;
+    msg::CompiledCatalogueWriter writer;
+    writer.add(msg::warning, "en", "plain", "k", "from the file");
+    writer.writeFile(scratch / "plain.msgc");
+    handler->loadCompiledCatalogue((scratch / "plain.msgc").c_str());
+  }  // the mapping outlives the name
   EXPECT_EQ(recordOf(*handler, "plain", "k"), "from the file|1|en");
   EXPECT_FALSE(XercesXML::isSystemInitialized());
   EXPECT_EQ(dynamic_cast<msg::MessageHandlerX*>(msg::MessageHandler::object()), nullptr);
