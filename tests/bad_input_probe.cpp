@@ -119,6 +119,20 @@ std::string utf16le(const std::string& ascii) {
   return out;
 }
 
+// The billion laughs: a DOCTYPE of `root` in which &e9; expands to 10^9
+// times "lol".
+std::string entityBomb(const std::string& root) {
+  std::string dtd = "<!DOCTYPE " + root + " [\n<!ENTITY e0 \"lol\">\n";
+  for (int i = 1; i <= 9; ++i) {
+    dtd += "<!ENTITY e" + std::to_string(i) + " \"";
+    for (int k = 0; k < 10; ++k) {
+      dtd += "&e" + std::to_string(i - 1) + ";";
+    }
+    dtd += "\">\n";
+  }
+  return dtd + "]>\n";
+}
+
 std::vector<Case> cases() {
   const std::string valid = document("<MessageNamespace name=\"case\">\n" +
                                      message("fine", "a fine text") + "</MessageNamespace>\n");
@@ -188,20 +202,9 @@ std::vector<Case> cases() {
                                          "</MessageNamespace>\n" + deep + "\n"));
        }},
       {"entity_expansion_bomb", Outcome::documentError,
-       [](const fs::path& dir) {
-         std::string dtd = "<!DOCTYPE MessageCollection [\n<!ENTITY e0 \"lol\">\n";
-         for (int i = 1; i <= 9; ++i) {
-           dtd += "<!ENTITY e" + std::to_string(i) + " \"";
-           for (int k = 0; k < 10; ++k) {
-             dtd += "&e" + std::to_string(i - 1) + ";";
-           }
-           dtd += "\">\n";
-         }
-         dtd += "]>\n";
-         return writeInput(dir, kUtf8Declaration + dtd + kRoot +
-                                    "<MessageNamespace name=\"case\">" + message("bomb", "&e9;") +
-                                    "</MessageNamespace></MessageCollection>\n");
-       }},
+       input(kUtf8Declaration + entityBomb("MessageCollection") + kRoot +
+             "<MessageNamespace name=\"case\">" + message("bomb", "&e9;") +
+             "</MessageNamespace></MessageCollection>\n")},
       {"external_entity_local_file", Outcome::documentError,
        [](const fs::path& dir) {
          // Passes the validation of both parses: every element and every
@@ -264,16 +267,8 @@ std::vector<Case> cases() {
        }},
       {"schema_entity_bomb", Outcome::documentError,
        [valid](const fs::path& dir) {
-         std::string dtd = "<!DOCTYPE xs:schema [\n<!ENTITY e0 \"lol\">\n";
-         for (int i = 1; i <= 9; ++i) {
-           dtd += "<!ENTITY e" + std::to_string(i) + " \"";
-           for (int k = 0; k < 10; ++k) {
-             dtd += "&e" + std::to_string(i - 1) + ";";
-           }
-           dtd += "\">\n";
-         }
-         writeFile(dir / "bomb.xsd", dtd +
-                                         "]>\n<xs:schema "
+         writeFile(dir / "bomb.xsd", entityBomb("xs:schema") +
+                                         "<xs:schema "
                                          "xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">"
                                          "<xs:annotation><xs:documentation>&e9;"
                                          "</xs:documentation></xs:annotation></xs:schema>\n");
