@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -11,6 +10,7 @@
 #include <xercesc/framework/MemBufFormatTarget.hpp>
 
 #include "msg/XercesXMLException.h"
+#include "tests/scratch_folder.h"
 #include "xml_access/XercesXML.h"
 #include "xml_test_document.h"
 
@@ -34,19 +34,15 @@ constexpr char kExpandedMain[] =
     "  <Entry id=\"second\" xml:base=\"include_part.xml\">Two</Entry>\n"
     "</Catalogue>";
 
-class XIncludeRoundTripTest : public xml_test::XmlSystemFixture {};
+using test_support::readFile;
 
-// A path in the temporary folder, with nothing there yet.
-std::string freshPath(const std::string& name) {
-  const std::string path = ::testing::TempDir() + "msg_xinclude_" + name;
-  std::filesystem::remove_all(path);
-  return path;
-}
+class XIncludeRoundTripTest : public xml_test::XmlSystemFixture {
+ protected:
+  // A path in the test's folder, with nothing there yet.
+  std::string freshPath(const std::string& name) const { return (scratch / name).string(); }
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+  test_support::ScratchFolder scratch;
+};
 
 TEST_F(XIncludeRoundTripTest, IncludesAreExpandedAndTheResultValidatedStrictly) {
   // A relaxed constructor does not reach the round trip: the second parse is strict.
@@ -92,7 +88,6 @@ TEST_F(XIncludeRoundTripTest, TheOutputFileIsWrittenAfterTheFirstAndBeforeTheSec
   std::filesystem::create_directory(folder);
   EXPECT_TRUE(parser.parseFile(dataFile("include_main.xml")).isValid());
   EXPECT_EQ(readFile(unopenable), kExpandedMain);
-  std::filesystem::remove_all(folder);
 }
 
 TEST_F(XIncludeRoundTripTest, AnOutputFileWithXIncludeOffIsWrittenWithoutASecondParse) {
