@@ -13,22 +13,80 @@
 namespace msg {
 namespace platform {
 
+namespace {
+
+std::string reasonFor(AtomicFileError::Step step, int error) {
+  if (step == AtomicFileError::Step::readOnly && error == EACCES) {
+    return "the file is read-only; make it writable (chmod u+w) if it is meant to change";
+  }
+  if (step == AtomicFileError::Step::keepOwner && error == EPERM) {
+    return "its owner and group cannot be kept by this user; replace it as its owner, in its "
+           "group, or as root";
+  }
+  return std::strerror(error);
+}
+
+}  // namespace
+
 AtomicFileError::AtomicFileError(Step step, std::string path, int error)
-    : std::runtime_error(path + ": " + std::strerror(error)),
+    : std::runtime_error(path + ": " + reasonFor(step, error)),
       step(step),
       path(std::move(path)),
       error(error) {}
 
 std::string AtomicFileError::reason() const {
-  return std::strerror(error);
+  return reasonFor(step, error);
 }
 
 namespace {
+
+// More links than this in a row is taken for a loop, as the kernel does.
+constexpr int kMaxLinks = 40;
 
 // The folder part of `path` with its final "/", or "" for a bare name.
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+// The file that `path` leads to through symbolic links: `path` itself if it
+// is no link or does not exist, else where the last link of the chain
+// points (which need not exist). A relative link is read from its own
+// folder. Raises Step::follow for a loop or a link that cannot be read.
+std::string realFileOf(const std::string& path) {
+  std::string current = path;
+  for (int hops = 0;; ++hops) {
+    struct stat link {};
+    if (lstat(current.c_str(), &link) != 0 || !S_ISLNK(link.st_mode)) {
+      return current;
+    }
+    if (hops == kMaxLinks) {
+      throw AtomicFileError(AtomicFileError::Step::follow, path, ELOOP);
+    }
+    // st_size is the link's length, but some file systems report 0.
+    std::string target(link.st_size > 0 ? static_cast<std::size_t>(link.st_size) + 1 : 4096, '\0');
+    const ssize_t length = readlink(current.c_str(), &target[0], target.size());
+    if (length < 0 || static_cast<std::size_t>(length) >= target.size()) {
+      throw AtomicFileError(AtomicFileError::Step::follow, path, length < 0 ? errno : ENAMETOOLONG);
+    }
+    target.resize(static_cast<std::size_t>(length));
+    current = !target.empty() && target.front() == '/' ? target : folderOf(current) + target;
+  }
+}
+
+// Raises Step::readOnly if `real` is a regular file that nobody may write
+// (root included, who passes every access check), or that this user may not.
+void refuseReadOnly(const std::string& path, const std::string& real) {
+  struct stat status {};
+  if (stat(real.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return;
+  }
+  if ((status.st_mode & 0222) == 0) {
+    throw AtomicFileError(AtomicFileError::Step::readOnly, path, EACCES);
+  }
+  if (faccessat(AT_FDCWD, real.c_str(), W_OK, AT_EACCESS) != 0) {
+    throw AtomicFileError(AtomicFileError::Step::readOnly, path, errno);
+  }
 }
 
 // A name beside `path` that no one else uses, in `name`, and the file made
@@ -68,14 +126,37 @@ int writeAll(int fd, const void* bytes, std::size_t size) {
   return 0;
 }
 
-// Writes the content and makes it durable, with the permissions of the file
-// it will replace; 0 or the errno value of the failed call. Closes `fd`.
-int fillAndClose(int fd, const std::string& path, const void* bytes, std::size_t size) {
-  int error = writeAll(fd, bytes, size);
+// Gives the new file the owner, group and permission bits of the regular
+// file `real` it will replace; 0 or the errno value of the failed call, and
+// `step` the step that failed. The owner comes first: changing it clears
+// set-user-ID and set-group-ID bits that fchmod then puts back.
+int keepWhatTheFileWas(int fd, const std::string& real, AtomicFileError::Step& step) {
   struct stat old {};
-  if (error == 0 && stat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode) &&
-      fchmod(fd, old.st_mode & 07777) != 0) {
-    error = errno;
+  struct stat fresh {};
+  if (stat(real.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) {
+    return 0;
+  }
+  step = AtomicFileError::Step::keepOwner;
+  if (fstat(fd, &fresh) != 0) {
+    return errno;
+  }
+  if ((fresh.st_uid != old.st_uid || fresh.st_gid != old.st_gid) &&
+      fchown(fd, old.st_uid, old.st_gid) != 0) {
+    return errno;
+  }
+  step = AtomicFileError::Step::write;
+  return fchmod(fd, old.st_mode & 07777) != 0 ? errno : 0;
+}
+
+// Writes the content, keeps what `real` was and makes it durable; 0 or the
+// errno value of the failed call, and `step` the step that failed. Closes
+// `fd`.
+int fillAndClose(int fd, const std::string& real, const void* bytes, std::size_t size,
+                 AtomicFileError::Step& step) {
+  step = AtomicFileError::Step::write;
+  int error = writeAll(fd, bytes, size);
+  if (error == 0) {
+    error = keepWhatTheFileWas(fd, real, step);
   }
   if (error == 0 && fsync(fd) != 0) {
     error = errno;
@@ -99,17 +180,24 @@ void syncFolder(const std::string& folder) {
 
 }  // namespace
 
+void checkReplaceable(const std::string& path) {
+  refuseReadOnly(path, realFileOf(path));
+}
+
 void replaceFileAtomically(const std::string& path, const void* bytes, std::size_t size,
                            const VerifyReplacement& verify) {
+  const std::string real = realFileOf(path);
+  refuseReadOnly(path, real);
   std::string temporary;
-  const int fd = createBeside(path, temporary);
+  const int fd = createBeside(real, temporary);
   if (fd < 0) {
     throw AtomicFileError(AtomicFileError::Step::create, path, errno);
   }
-  const int error = fillAndClose(fd, path, bytes, size);
+  AtomicFileError::Step step = AtomicFileError::Step::write;
+  const int error = fillAndClose(fd, real, bytes, size, step);
   if (error != 0) {
     unlink(temporary.c_str());
-    throw AtomicFileError(AtomicFileError::Step::write, path, error);
+    throw AtomicFileError(step, path, error);
   }
   if (verify) {
     try {
@@ -119,12 +207,12 @@ void replaceFileAtomically(const std::string& path, const void* bytes, std::size
       throw;
     }
   }
-  if (rename(temporary.c_str(), path.c_str()) != 0) {
+  if (rename(temporary.c_str(), real.c_str()) != 0) {
     const int renameError = errno;
     unlink(temporary.c_str());
     throw AtomicFileError(AtomicFileError::Step::replace, path, renameError);
   }
-  syncFolder(folderOf(path));
+  syncFolder(folderOf(real));
 }
 
 }  // namespace platform

@@ -208,4 +208,42 @@ TEST_F(MsgtoolTest, HeaderIsSafeDeterministicAndKeepsTheOldFileOnFailure) {
   EXPECT_EQ(readFile(first), header);
 }
 
+// Import writes through a link into the real document and keeps the link;
+// a read-only document is refused before any unit is reported, and stays as
+// it was.
+TEST_F(MsgtoolTest, ImportWritesThroughALinkAndRefusesAReadOnlyDocument) {
+  fs::create_directory(scratch / "repo");
+  const fs::path real = write("repo/messages.xml", document(R"(  <MessageNamespace name="app">
+    <Message id="start" severity="info"><Text xml:lang="en">Starting</Text></Message>
+  </MessageNamespace>
+)"));
+  const fs::path link = scratch / "linked.xml";
+  fs::create_symlink("repo/messages.xml", link);
+  const auto import = [&](const std::string& translation) {
+    const fs::path po = write("de.po",
+                              "msgid \"\"\nmsgstr \"\"\n\"Language: de\\n\"\n\n"
+                              "msgctxt \"app:start\"\nmsgid \"Starting\"\nmsgstr \"" +
+                                  translation + "\"\n");
+    return run("import --format po '" + po.string() + "' --into '" + link.string() + "'");
+  };
+
+  const Outcome linked = import("Los");
+  EXPECT_EQ(linked.exitCode, 0) << linked.err;
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_NE(readFile(real).find(">Los</Text>"), std::string::npos) << readFile(real);
+
+  const std::string before = readFile(real);
+  ASSERT_EQ(chmod(real.c_str(), 0444), 0);
+  const Outcome readOnly = import("Start");
+  EXPECT_EQ(readOnly.exitCode, 2);
+  EXPECT_EQ(readOnly.out, "");
+  EXPECT_NE(
+      readOnly.err.find("linked.xml: error: cannot be written: the file is read-only; make it "
+                        "writable (chmod u+w)"),
+      std::string::npos)
+      << readOnly.err;
+  EXPECT_EQ(readFile(real), before);
+  EXPECT_TRUE(fs::is_symlink(link));
+}
+
 }  // namespace

@@ -120,6 +120,12 @@ FAULTS = [
     Fault("refused-replacement-leaves-temporary", "atomic", "platform/AtomicFile.cpp",
           "    } catch (...) {\n      unlink(temporary.c_str());\n      throw;",
           "    } catch (...) {\n      throw;"),
+    Fault("replacement-replaces-the-link", "atomic", "platform/AtomicFile.cpp",
+          "rename(temporary.c_str(), real.c_str())", "rename(temporary.c_str(), path.c_str())"),
+    Fault("replacement-forgets-owner", "atomic", "platform/AtomicFile.cpp",
+          "fchown(fd, old.st_uid, old.st_gid) != 0", "false"),
+    Fault("read-only-file-replaced", "atomic", "platform/AtomicFile.cpp",
+          "if ((status.st_mode & 0222) == 0) {", "if (false) {"),
     # Exceptions and faults.
     Fault("unknown-code-in-capitals", "faults", "structured_exceptions/SystemExceptionTranslator.cpp",
           "std::nouppercase", "std::uppercase"),

@@ -45,6 +45,9 @@ DOMNode lastInDocument(const Map& candidates) {
 
 MessageDocumentEditor::MessageDocumentEditor(std::string path, const std::string& schemaLocation)
     : path(std::move(path)) {
+  // A document that cannot be written is refused before the import does any
+  // work on it or reports a unit as imported.
+  requireReplaceable(this->path);
   std::error_code error;
   if (!std::filesystem::exists(this->path, error)) {
     created = true;

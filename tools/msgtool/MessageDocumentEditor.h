@@ -25,8 +25,8 @@ class MessageDocumentEditor {
  public:
   // Opens the document at `path`; if no file is there, starts a new one
   // that names `schemaLocation` as its schema.
-  // Raises ToolError naming the file if the document exists but the loader
-  // refuses it, it is larger than limits::kMaxMessageDocumentBytes, or it
+  // Raises ToolError naming the file if the document is read-only, if it
+  // exists but the loader refuses it, it is larger than limits::kMaxMessageDocumentBytes, or it
   // holds no MessageCollection.
   // REQUIRES: the XML system is up (UTF-8 output).
   MessageDocumentEditor(std::string path, const std::string& schemaLocation);
