@@ -120,4 +120,12 @@ TEST_F(OutsideFileTest, OpensNothingButTheFileAndKeepsLinesAndAskedForComments) 
             "</a>\n");
 }
 
+// A tree the serialiser cannot write is refused with this layer's error,
+// never with one of Xerces-C, which would outlive the XML system.
+TEST_F(OutsideFileTest, ATreeWithACharacterXmlCannotHoldIsRefusedWhenWritten) {
+  const XercesXML::DOMNode document = XercesXML::DOMNode::createDocument("", "a");
+  document.getFirstElementChild().appendText("bell \a");
+  EXPECT_THROW(XercesXML::serializeAsWritten(document), XercesXML::ParsingError);
+}
+
 }  // namespace

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include <xercesc/dom/DOMConfiguration.hpp>
+#include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationLS.hpp>
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
@@ -158,8 +159,17 @@ std::string serializeAsWritten(const DOMNode& document) {
          node = node->getNextSibling()) {
       xercesc::MemBufFormatTarget target;
       output->setByteStream(&target);
-      if (!serializer->write(node, output.get())) {
-        throw ParsingError("the document could not be written as XML");
+      try {
+        if (!serializer->write(node, output.get())) {
+          throw ParsingError("the document could not be written as XML");
+        }
+      } catch (const xercesc::DOMException& failure) {
+        // The serialiser raises this when it meets what it cannot write,
+        // such as a character XML 1.0 cannot hold. It becomes ours here:
+        // its destructor frees through Xerces-C's memory manager, so one
+        // that outlived the XML system would crash when it is caught.
+        throw ParsingError("the document could not be written as XML: " +
+                           transcodeFromXMLCh(failure.getMessage()));
       }
       bytes.append(reinterpret_cast<const char*>(target.getRawBuffer()), target.getLen());
       bytes += '\n';

@@ -43,7 +43,8 @@ void serializeToMemory(const DOMNode& document, xercesc::MemBufFormatTarget*& me
 // element itself) on a line of its own, and the tree as it stands (no
 // reformatting).
 // Raises NullPointer on a null handle; ParsingError for a tree deeper than
-// kMaxElementDepth or that the serialiser cannot write.
+// kMaxElementDepth or that the serialiser cannot write, such as one with a
+// character that XML 1.0 cannot hold. No exception of Xerces-C passes.
 std::string serializeAsWritten(const DOMNode& document);
 
 }  // namespace XercesXML

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Catalogue.h"
+#include "DocumentCharacters.h"
 #include "MessageDocumentEditor.h"
 #include "Placeholders.h"
 #include "PoFile.h"
@@ -126,6 +127,10 @@ class Importer {
     std::string language = file.targetLanguage.empty() ? options.target : file.targetLanguage;
     std::replace(language.begin(), language.end(), '_', '-');  // gettext writes de_AT for de-AT
     const std::string source = file.sourceLanguage.empty() ? options.source : file.sourceLanguage;
+    const std::string unwritable = whyDocumentCannotHold(language);
+    if (!unwritable.empty()) {
+      throw ToolError(options.input, 0, "the target language holds " + unwritable);
+    }
     for (const IncomingUnit& unit : file.units) {
       apply(unit, source, language);
     }
@@ -165,6 +170,12 @@ class Importer {
   }
 
   void apply(const IncomingUnit& unit, const std::string& source, const std::string& language) {
+    const std::string unwritableKey = whyDocumentCannotHold(unit.key);
+    if (!unwritableKey.empty()) {
+      ++skipped, ++refused;
+      report(unit, "error", "the key holds " + unwritableKey + "; not imported");
+      return;
+    }
     std::optional<MessageKey> key = keyOf(unit.key);
     if (!key || key->first.empty() || key->second.empty()) {
       ++skipped, ++refused;
@@ -179,6 +190,12 @@ class Importer {
       ++skipped, ++fuzzy;
       report(unit, "note",
              "is marked fuzzy and was not imported; review it, or give --accept-fuzzy");
+      return;
+    }
+    const std::string unwritable = whyDocumentCannotHold(unit.target);
+    if (!unwritable.empty()) {
+      ++skipped, ++refused;
+      report(unit, "error", "the translation holds " + unwritable + "; not imported");
       return;
     }
     const std::set<unsigned> expected = placeholderNumbers(unit.source);
@@ -266,7 +283,7 @@ const SubcommandRegistration registration(
      "msgtool import --format po de.po --into messages.xml\n"
      "msgtool import --format xliff --accept-fuzzy de.xlf --into messages.xml\n",
      "0  imported\n"
-     "1  some units refused (their placeholders differ from the source)\n"
+     "1  some units refused (placeholders unlike the source's, characters a document cannot hold)\n"
      "2  nothing imported: usage error, or the file or the document cannot be used\n",
      setUpImport});
 

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "DocumentCharacters.h"
 #include "ToolError.h"
 #include "platform/InputLimits.h"
 
@@ -14,30 +15,6 @@ namespace msgtool {
 namespace {
 
 constexpr std::size_t kLineWidth = 79;  // gettext's default page width
-
-// Offset of the first byte that does not belong to a well-formed UTF-8
-// sequence, or npos.
-std::size_t firstNonUtf8(const std::string& bytes) {
-  std::size_t i = 0;
-  while (i < bytes.size()) {
-    auto lead = static_cast<unsigned char>(bytes[i]);
-    std::size_t length = lead < 0x80         ? 1
-                         : (lead >> 5) == 6  ? 2
-                         : (lead >> 4) == 14 ? 3
-                         : (lead >> 3) == 30 ? 4
-                                             : 0;
-    if (length == 0 || (length == 2 && lead < 0xC2) || i + length > bytes.size()) {
-      return i;
-    }
-    for (std::size_t k = 1; k < length; ++k) {
-      if ((static_cast<unsigned char>(bytes[i + k]) & 0xC0) != 0x80) {
-        return i;
-      }
-    }
-    i += length;
-  }
-  return std::string::npos;
-}
 
 bool startsWith(const std::string& text, const char* prefix) {
   return text.rfind(prefix, 0) == 0;
@@ -238,10 +215,13 @@ class PoReader {
       return end - 1;
     }
     if (c == 'x' && i + 1 < text.size() && std::isxdigit(static_cast<unsigned char>(text[i + 1]))) {
-      int code = 0;
+      // Unsigned, so that a long run of digits wraps rather than overflows;
+      // only the low byte is kept, as for a C string.
+      unsigned code = 0;
       std::size_t end = i + 1;
       while (end < text.size() && std::isxdigit(static_cast<unsigned char>(text[end]))) {
-        code = code * 16 + std::stoi(std::string(1, text[end++]), nullptr, 16);
+        code =
+            code * 16 + static_cast<unsigned>(std::stoi(std::string(1, text[end++]), nullptr, 16));
       }
       value += static_cast<char>(code);
       return end - 1;
