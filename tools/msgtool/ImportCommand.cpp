@@ -3,7 +3,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -14,6 +13,7 @@
 
 #include "Catalogue.h"
 #include "DocumentCharacters.h"
+#include "LanguageTags.h"
 #include "MessageDocumentEditor.h"
 #include "Placeholders.h"
 #include "PoFile.h"
@@ -36,6 +36,7 @@ struct ImportOptions {
   std::string target;
   std::string schema = "messages.xsd";
   bool acceptFuzzy = false;
+  bool addNewKeys = false;
 };
 
 // One unit of the file, whatever its format.
@@ -47,12 +48,21 @@ struct IncomingUnit {
   bool fuzzy = false;
   std::string severity;
   int line = 0;
+  std::string sourceLanguage;  // the unit's own xml:lang, "" if it names none
+  std::string targetLanguage;
 };
 
 struct IncomingFile {
   std::string sourceLanguage;  // "" when the file does not say
   std::string targetLanguage;
+  const char* targetField;  // where the file names its target language
   std::vector<IncomingUnit> units;
+};
+
+// The languages an import works in, as tags.
+struct Languages {
+  std::string source;
+  std::string target;
 };
 
 // Two units of one key would leave the result to chance: the file is refused.
@@ -79,7 +89,11 @@ std::string severityFrom(const std::vector<std::string>& comments) {
 
 IncomingFile readPo(const std::string& path) {
   PoFile po = PoFile::read(path);
-  IncomingFile file{po.headerField("X-Source-Language"), po.headerField("Language"), {}};
+  if (po.header.empty() && po.entries.empty()) {
+    throw ToolError(path, 0, "is empty: no header and no entries; nothing to import");
+  }
+  IncomingFile file{
+      po.headerField("X-Source-Language"), po.headerField("Language"), "Language header", {}};
   for (const PoEntry& entry : po.entries) {
     if (!entry.context || entry.context->empty()) {
       throw ToolError(path, entry.line,
@@ -92,7 +106,9 @@ IncomingFile readPo(const std::string& path) {
                       entry.str.empty(),
                       entry.hasFlag("fuzzy"),
                       severityFrom(entry.extractedComments),
-                      entry.line};
+                      entry.line,
+                      "",
+                      ""};
     file.units.push_back(std::move(unit));
   }
   refuseDuplicates(path, file.units);
@@ -101,7 +117,10 @@ IncomingFile readPo(const std::string& path) {
 
 IncomingFile readXliff(const std::string& path) {
   XliffFile xliff = XliffFile::read(path);
-  IncomingFile file{xliff.sourceLanguage, xliff.targetLanguage, {}};
+  IncomingFile file{xliff.sourceLanguage,
+                    xliff.targetLanguage,
+                    xliff.version2 ? "trgLang" : "target-language",
+                    {}};
   for (const XliffUnit& in : xliff.units) {
     IncomingUnit unit;
     unit.key = in.key;
@@ -111,10 +130,77 @@ IncomingFile readXliff(const std::string& path) {
     unit.fuzzy = in.state.rfind("needs-review", 0) == 0;
     unit.severity = in.severity;
     unit.line = in.line;
+    unit.sourceLanguage = in.sourceLanguage;
+    unit.targetLanguage = in.targetLanguage;
     file.units.push_back(std::move(unit));
   }
   refuseDuplicates(path, file.units);
   return file;
+}
+
+// The tag of a language the file or an option names. Raises ToolError
+// (naming the file if `file` is not empty) for a name that is no tag.
+std::string tagOf(const std::string& name, const std::string& where, const std::string& file) {
+  const std::optional<std::string> tag = languageTagOf(name);
+  if (!tag) {
+    const std::string message = where + " \"" + name +
+                                "\" is no language tag msg uses; write a two-letter language and "
+                                "an optional two-letter region, like \"de\" or \"de-AT\"";
+    throw file.empty() ? ToolError(message) : ToolError(file, 0, message);
+  }
+  return *tag;
+}
+
+// The languages of the import. Raises ToolError when they would let the file
+// change texts that are not its own: a target language that is the source
+// language, a --target unlike the file's language, or a unit whose xml:lang
+// is unlike the file's.
+Languages languagesOf(const ImportOptions& options, const IncomingFile& file) {
+  const std::string& path = options.input;
+  Languages languages;
+  std::string targetOrigin;  // says where the target language comes from
+  if (file.targetLanguage.empty()) {
+    languages.target = tagOf(options.target, "--target", "");
+    targetOrigin = "--target says \"" + options.target + "\"";
+  } else {
+    const std::string field = std::string("the file's ") + file.targetField;
+    languages.target = tagOf(file.targetLanguage, field, path);
+    targetOrigin = field + " says \"" + file.targetLanguage + "\"";
+    if (!options.target.empty() && tagOf(options.target, "--target", "") != languages.target) {
+      throw ToolError(path, 0,
+                      targetOrigin + ", but --target says \"" + options.target +
+                          "\"; leave out --target to import the file as \"" + languages.target +
+                          "\", or correct the file");
+    }
+  }
+  const std::string source = file.sourceLanguage.empty() ? options.source : file.sourceLanguage;
+  languages.source = languageTagOf(source).value_or(source);
+  if (languages.target == languages.source) {
+    throw ToolError(path, 0,
+                    "the target language \"" + languages.target +
+                        "\" is also the source language; importing would replace the source "
+                        "texts; " +
+                        (file.targetLanguage.empty()
+                             ? std::string("give the translations' language with --target")
+                             : std::string("write the translations' language into the file's ") +
+                                   file.targetField));
+  }
+  for (const IncomingUnit& unit : file.units) {
+    if (!unit.targetLanguage.empty() &&
+        languageTagOf(unit.targetLanguage).value_or(unit.targetLanguage) != languages.target) {
+      throw ToolError(path, unit.line,
+                      "the target of \"" + unit.key + "\" is in \"" + unit.targetLanguage +
+                          "\" (xml:lang), but " + targetOrigin + "; correct the one that is wrong");
+    }
+    if (!unit.sourceLanguage.empty() &&
+        languageTagOf(unit.sourceLanguage).value_or(unit.sourceLanguage) != languages.source) {
+      throw ToolError(path, unit.line,
+                      "the source of \"" + unit.key + "\" is in \"" + unit.sourceLanguage +
+                          "\" (xml:lang), but the source language is \"" + source +
+                          "\"; correct the one that is wrong");
+    }
+  }
+  return languages;
 }
 
 class Importer {
@@ -123,14 +209,10 @@ class Importer {
       : options(options), file(file), editor(editor) {}
 
   // Applies every unit; returns the exit code.
-  int run() {
-    std::string language = file.targetLanguage.empty() ? options.target : file.targetLanguage;
-    std::replace(language.begin(), language.end(), '_', '-');  // gettext writes de_AT for de-AT
+  int run(const Languages& languages) {
+    // The stamp keeps the source language as the file names it.
     const std::string source = file.sourceLanguage.empty() ? options.source : file.sourceLanguage;
-    const std::string unwritable = whyDocumentCannotHold(language);
-    if (!unwritable.empty()) {
-      throw ToolError(options.input, 0, "the target language holds " + unwritable);
-    }
+    const std::string& language = languages.target;
     for (const IncomingUnit& unit : file.units) {
       apply(unit, source, language);
     }
@@ -184,6 +266,14 @@ class Importer {
     }
     if (unit.untranslated) {
       ++skipped, ++untranslated;
+      return;
+    }
+    // A new document has no keys to keep: everything in the file is new.
+    if (!editor.isNew() && !options.addNewKeys && !editor.hasMessage(key->first, key->second)) {
+      ++skipped, ++refused;
+      report(unit, "error",
+             "the document has no such message; not imported (correct the key, or give "
+             "--add-new-keys to add it)");
       return;
     }
     if (unit.fuzzy && !options.acceptFuzzy) {
@@ -243,8 +333,9 @@ int runImport(const ImportOptions& options) {
     if (file.targetLanguage.empty() && options.target.empty()) {
       throw ToolError(options.input + ": names no target language; give --target");
     }
+    const Languages languages = languagesOf(options, file);
     MessageDocumentEditor editor(options.into, options.schema);
-    return Importer(options, file, editor).run();
+    return Importer(options, file, editor).run(languages);
   } catch (const ToolError& problem) {
     if (!problem.namesFile()) {
       throw;
@@ -268,6 +359,9 @@ Action setUpImport(CLI::App& command) {
   command.add_option("--target", options->target, "Target language, if the file does not name it");
   command.add_flag("--accept-fuzzy", options->acceptFuzzy,
                    "Import fuzzy (PO) and needs-review (XLIFF) translations too");
+  command.add_flag("--add-new-keys", options->addNewKeys,
+                   "Add the keys the document does not have (by default each one is reported "
+                   "and refused, as a typo or a key removed since the export)");
   command.add_option("--schema", options->schema,
                      "Schema location written into a new document (default: messages.xsd)");
   return [options] { return runImport(*options); };
@@ -278,12 +372,15 @@ const SubcommandRegistration registration(
      "Writes each translated unit as the Text of its key in the target language,\n"
      "stamped with the source text it was made from. Untranslated and fuzzy units\n"
      "are skipped, and so is a translation whose placeholders differ from its\n"
-     "source. Everything else in the document stays as it was, and the document\n"
-     "is replaced only once the result loads.\n",
+     "source. A key the document does not have is refused unless --add-new-keys\n"
+     "is given. A file in the source language, or whose languages disagree with\n"
+     "--target or within, is refused as a whole. Everything else in the document\n"
+     "stays as it was, and the document is replaced only once the result loads.\n",
      "msgtool import --format po de.po --into messages.xml\n"
      "msgtool import --format xliff --accept-fuzzy de.xlf --into messages.xml\n",
      "0  imported\n"
-     "1  some units refused (placeholders unlike the source's, characters a document cannot hold)\n"
+     "1  some units refused (placeholders unlike the source's, characters a document cannot hold,\n"
+     "   keys the document does not have)\n"
      "2  nothing imported: usage error, or the file or the document cannot be used\n",
      setUpImport});
 

@@ -74,6 +74,13 @@ std::string placeholderOf(const XliffReader& reader, const DOMNode& inner,
                          inner.getAttributeByName("id") + "\"> stands for no placeholder");
 }
 
+// Keeps the first xml:lang that a segment's source or target names.
+void readLanguage(const DOMNode& part, std::string& language) {
+  if (language.empty()) {
+    language = part.getAttributeByName("xml:lang");
+  }
+}
+
 void readUnit(const XliffReader& reader, const DOMNode& unitElement, XliffUnit& unit) {
   std::map<std::string, std::string> data;  // originalData id -> native code
   const auto codes = [&](const DOMNode& inner) { return placeholderOf(reader, inner, data); };
@@ -99,9 +106,11 @@ void readUnit(const XliffReader& reader, const DOMNode& unitElement, XliffUnit& 
         reader.fail(part, "a " + name + " of unit '" + unit.key + "' has no <source>");
       }
       anySource = true;
+      readLanguage(source, unit.sourceLanguage);
       reader.readInline(source, unit.source, codes);
       if (partTarget.isValid()) {
         anyTarget = true;
+        readLanguage(partTarget, unit.targetLanguage);
         reader.readInline(partTarget, target, codes);
       } else if (name == "ignorable") {
         reader.readInline(source, target, codes);

@@ -93,10 +93,12 @@ void readUnit(const XliffReader& reader, const DOMNode& element, XliffUnit& unit
     reader.fail(element, "the trans-unit '" + unit.key + "' has no <source>");
   }
   std::map<std::string, std::string> ids;  // inline element id -> placeholder
+  unit.sourceLanguage = source.getAttributeByName("xml:lang");
   reader.readInline(source, unit.source,
                     [&](const DOMNode& inner) { return placeholderOf(reader, inner, ids, true); });
   if (target.isValid()) {
     unit.state = target.getAttributeByName("state");
+    unit.targetLanguage = target.getAttributeByName("xml:lang");
     unit.target.emplace();
     reader.readInline(target, *unit.target, [&](const DOMNode& inner) {
       return placeholderOf(reader, inner, ids, false);
