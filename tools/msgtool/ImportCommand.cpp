@@ -379,8 +379,8 @@ const SubcommandRegistration registration(
      "msgtool import --format po de.po --into messages.xml\n"
      "msgtool import --format xliff --accept-fuzzy de.xlf --into messages.xml\n",
      "0  imported\n"
-     "1  some units refused (placeholders unlike the source's, characters a document cannot hold,\n"
-     "   keys the document does not have)\n"
+     "1  some units refused (placeholders unlike the source's, unwritable characters, unknown "
+     "keys)\n"
      "2  nothing imported: usage error, or the file or the document cannot be used\n",
      setUpImport});
 
