@@ -197,7 +197,7 @@ TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
 
 TEST_F(PoFileTest, FilesThatCannotBeReadAreRefusedAsAWhole) {
   const std::string missing = (scratch / "missing.po").string();
-  EXPECT_EQ(refusalOf(missing), missing + ": error: cannot be read");
+  EXPECT_EQ(refusalOf(missing), missing + ": error: cannot be read: No such file or directory");
   EXPECT_EQ(refusalOf(scratch.path().string()),
             scratch.path().string() + ": error: is a folder, not a PO file");
 

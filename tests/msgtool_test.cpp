@@ -37,12 +37,12 @@ using test_support::readFile;
 
 class MsgtoolTest : public ::testing::Test {
  protected:
-  // Runs msgtool with `arguments` (already quoted where needed).
-  Outcome run(const std::string& arguments) const {
+  // Runs msgtool with `arguments` (already quoted where needed) in `folder`.
+  Outcome run(const std::string& arguments, const fs::path& folder = ".") const {
     const fs::path out = scratch / "stdout";
     const fs::path err = scratch / "stderr";
-    const std::string command = std::string("'") + MSGTOOL_PATH + "' " + arguments + " >'" +
-                                out.string() + "' 2>'" + err.string() + "'";
+    const std::string command = "cd '" + folder.string() + "' && '" + MSGTOOL_PATH + "' " +
+                                arguments + " >'" + out.string() + "' 2>'" + err.string() + "'";
     const int status = std::system(command.c_str());
     return Outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(out), readFile(err)};
   }
@@ -247,3 +247,83 @@ TEST_F(MsgtoolTest, ImportWritesThroughALinkAndRefusesAReadOnlyDocument) {
 }
 
 }  // namespace
+
+TEST_F(MsgtoolTest, StatsAndCheckAgreeOnStaleTextsWithoutAReferenceText) {
+  // Both texts were stamped from an English text that is gone.
+  const std::string stamp = "msgtool:translated-from=\"en:0123456789abcdef\"";
+  const fs::path file =
+      write("app-xx.xml",
+            document("<MessageNamespace name=\"app\" xmlns:msgtool=\"urn:x-msg:msgtool:1\">\n"
+                     "<Message id=\"hi\" severity=\"info\">\n<Text xml:lang=\"de\" " +
+                     stamp + ">Hallo</Text>\n<Text xml:lang=\"fr\" " + stamp +
+                     ">Salut</Text>\n</Message></MessageNamespace>\n"));
+
+  const Outcome stats = run("stats '" + file.string() + "'");
+  EXPECT_EQ(stats.out,
+            "de: 1 translated, 0 missing, 100.0% of 1 messages, 1 stale\n"
+            "fr: 1 translated, 0 missing, 100.0% of 1 messages, 1 stale\n");
+  const Outcome check = run("check '" + file.string() + "'");
+  EXPECT_EQ(check.out, file.string() +
+                           ":5:1: warning: \"app:hi\" in \"de\" was translated from a source text "
+                           "that has changed since; review it [stale-translation]\n" +
+                           file.string() +
+                           ":6:1: warning: \"app:hi\" in \"fr\" was translated from a source text "
+                           "that has changed since; review it [stale-translation]\n");
+}
+
+TEST_F(MsgtoolTest, ShowTakesTheWordsAfterDoubleDashAsTheKey) {
+  const std::string demo = std::string(MSG_SOURCE_DIR) + "/examples/catalogue/demo.xml";
+  write("demo", "a file named as the namespace");
+  const struct {
+    std::string arguments;
+    int exitCode;
+    std::string out;
+  } rows[] = {
+      {demo + " -- demo diskspace 12 /home", 0,
+       "demo:diskspace (de, warning)\nNur noch 12 MB frei auf /home.\n"},
+      {demo + " -- demo diskspace -12 --", 0,
+       "demo:diskspace (de, warning)\nNur noch -12 MB frei auf --.\n"},
+  };
+  for (const auto& row : rows) {
+    const Outcome result = run("show --languages de " + row.arguments, scratch.path());
+    EXPECT_EQ(result.exitCode, row.exitCode) << row.arguments << '\n' << result.err;
+    EXPECT_EQ(result.out, row.out) << row.arguments;
+  }
+}
+
+TEST_F(MsgtoolTest, FilesThatCannotBeTakenGetOneCleanMessage) {
+  const fs::path doc = write("app-de.xml", document(""));
+  const fs::path folder = scratch / "l10n";
+  fs::create_directory(folder);
+  const std::string binary(
+      "\x7f"
+      "ELF\0\0\1<msgid",
+      12);
+  write("binary.po", binary);
+  write("binary.xlf", binary);
+  const std::string into = " --into '" + doc.string() + "'";
+  const std::string unchanged =
+      "msgtool: error: nothing was imported; " + doc.string() + " is unchanged\n";
+  const struct {
+    std::string arguments;
+    std::string err;
+  } rows[] = {
+      {"import --format po missing.po" + into,
+       "missing.po: error: cannot be read: No such file or directory\n" + unchanged},
+      {"import --format po binary.po" + into,
+       "binary.po: error: is a binary file, not a PO file\n" + unchanged},
+      {"import --format xliff binary.xlf" + into,
+       "binary.xlf: error: is a binary file, not an XML file\n" + unchanged},
+      {"export --format po --target de -o l10n '" + doc.string() + "'",
+       "msgtool: error: l10n: is a folder; with one target, -o names the file to write "
+       "(l10n/de.po, for instance)\n"},
+  };
+  const std::string before = readFile(doc);
+  for (const auto& row : rows) {
+    const Outcome result = run(row.arguments, scratch.path());
+    EXPECT_EQ(result.exitCode, 2) << row.arguments;
+    EXPECT_EQ(result.err, row.err) << row.arguments;
+  }
+  EXPECT_EQ(readFile(doc), before);
+  EXPECT_TRUE(fs::is_empty(folder));
+}

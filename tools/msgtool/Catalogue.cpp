@@ -7,6 +7,7 @@
 #include <set>
 #include <system_error>
 
+#include "BinaryFiles.h"
 #include "SourceStamp.h"
 #include "ToolError.h"
 #include "message_documents/MessageDocumentReader.h"
@@ -17,22 +18,6 @@
 namespace msgtool {
 
 namespace {
-
-// How much of a file is looked at to tell a binary file from a document.
-constexpr std::size_t kSniffBytes = 8192;
-
-// Text that XML allows in UTF-16 or UTF-32 holds NUL bytes; such a document
-// starts with its byte order mark or with "<" in a wide encoding.
-bool startsLikeWideText(const std::string& head) {
-  if (head.size() < 2) {
-    return false;
-  }
-  const unsigned char first = static_cast<unsigned char>(head[0]);
-  const unsigned char second = static_cast<unsigned char>(head[1]);
-  return (first == 0xFF && second == 0xFE) || (first == 0xFE && second == 0xFF) ||
-         (first == '<' && second == 0) || (first == 0 && second == '<') ||
-         (first == 0 && second == 0);
-}
 
 // Raises ToolError unless `file` can be handed to the parser as a document.
 void requireReadableDocument(const std::string& file) {
@@ -64,13 +49,7 @@ void requireReadableDocument(const std::string& file) {
   if (!in) {
     throw ToolError(file + ": cannot be read: " + std::strerror(errno));
   }
-  std::string head(kSniffBytes, '\0');
-  in.read(&head[0], static_cast<std::streamsize>(head.size()));
-  if (in.bad()) {
-    throw ToolError(file + ": cannot be read: " + std::strerror(errno));
-  }
-  head.resize(static_cast<std::size_t>(in.gcount()));
-  if (head.find('\0') != std::string::npos && !startsLikeWideText(head)) {
+  if (looksBinary(headOf(file), true)) {
     throw ToolError(file + ": is a binary file, not a message document");
   }
 }

@@ -142,6 +142,14 @@ std::string xliffText(const std::vector<OutgoingUnit>& units, const ExportOption
 // folder (or the current one).
 std::string outputFor(const ExportOptions& options, const std::string& target) {
   if (options.targets.size() == 1) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(options.output, ignored)) {
+      throw ToolError(
+          options.output + ": is a folder; with one target, -o names the file to write (" +
+          (std::filesystem::path(options.output) / (target + extensionOf(options.format)))
+              .string() +
+          ", for instance)");
+    }
     return options.output.empty() ? "-" : options.output;
   }
   std::filesystem::path folder = options.output.empty() ? "." : options.output;
@@ -171,7 +179,8 @@ int runExport(ExportOptions options) {
     try {
       replaceFileAtomically(output, text, [](const std::string&) {});
     } catch (const ToolError& problem) {
-      throw ToolError(problem.describe());
+      // Reaches main, which prints only the message: name the file in it.
+      throw ToolError(problem.getFile() + ": " + problem.what());
     }
     std::cerr << output << ": " << units.size() << " messages for " << target << '\n';
   }

@@ -199,6 +199,18 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
     }
   }
 
+  // Every stamped text is judged by its stamp alone, as stats and export
+  // judge it: with no text in the reference language the first text stands
+  // in as the reference, but may still be stale.
+  for (const CatalogueEntry* entry : entries) {
+    if (isStaleTranslation(*entry, entries)) {
+      out.add(entry->place, FindingSeverity::warning, code::kStaleTranslation,
+              keyName(*entry) + " in " + quoted(entry->packedLanguage) +
+                  " was translated from a source text that has changed since; review it",
+              entry);
+    }
+  }
+
   const CatalogueEntry* reference = referenceOf(entries, settings.reference);
   const std::set<unsigned> expected = placeholderNumbers(reference->text);
   if (!expected.empty() && *expected.rbegin() + 1 != expected.size()) {
@@ -221,12 +233,6 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
                   " at " + placeText(reference->place) + " has " + describePlaceholders(expected),
               entry)
           .related.push_back(reference->place);
-    }
-    if (isStaleTranslation(*entry, entries)) {
-      out.add(entry->place, FindingSeverity::warning, code::kStaleTranslation,
-              keyName(*entry) + " in " + quoted(entry->packedLanguage) +
-                  " was translated from a source text that has changed since; review it",
-              entry);
     }
     if (leadingSpace(entry->text) != lead || trailingSpace(entry->text) != trail) {
       out.add(entry->place, FindingSeverity::warning, code::kWhitespaceMismatch,

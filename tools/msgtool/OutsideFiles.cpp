@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "BinaryFiles.h"
 #include "ToolError.h"
 #include "xml_access/OutsideFile.h"
 
@@ -9,6 +10,9 @@ namespace msgtool {
 
 XercesXML::DOMNode readOutsideFile(const std::string& path, std::uintmax_t maxBytes,
                                    bool keepComments) {
+  if (looksBinary(headOf(path), true)) {
+    throw ToolError(path, 0, "is a binary file, not an XML file");
+  }
   try {
     return XercesXML::parseOutsideFile(path, XercesXML::OutsideFileRules{maxBytes, keepComments});
   } catch (const XercesXML::FileRefused& refused) {

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "BinaryFiles.h"
 #include "DocumentCharacters.h"
 #include "ToolError.h"
 #include "platform/InputLimits.h"
@@ -46,11 +49,14 @@ class PoReader {
     }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-      throw ToolError(path, 0, "cannot be read");
+      throw ToolError(path, 0, std::string("cannot be read: ") + std::strerror(errno));
     }
     std::ostringstream whole;
     whole << in.rdbuf();
     std::string bytes = whole.str();
+    if (looksBinary(bytes.substr(0, kSniffBytes), false)) {
+      throw ToolError(path, 0, "is a binary file, not a PO file");
+    }
     std::size_t bad = firstNonUtf8(bytes);
     if (bad != std::string::npos) {
       int badLine = 1 + static_cast<int>(std::count(bytes.begin(),

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -29,7 +30,7 @@ namespace msgtool {
 namespace {
 
 struct ShowOptions {
-  std::vector<std::string> words;  // FILE... NAMESPACE IDENTIFIER [ARG...]
+  std::vector<std::string> words;  // FILE... [--] NAMESPACE IDENTIFIER [ARG...]
   std::string languages;
   int width = 0;
 };
@@ -50,9 +51,22 @@ class WrappingChannel : public msg::FormattingMessageChannel {
   void onMessageLine(bool, bool, const char* line) override { std::cout << line << '\n'; }
 };
 
-// The leading words that are documents: those that end in ".xml" or name an
-// existing file. The first other word is the namespace.
-std::size_t countDocuments(const std::vector<std::string>& words) {
+// The leading words that are documents: those before "--", if it was
+// given; otherwise those that end in ".xml" or name an existing file. The
+// first other word is the namespace. Returns how many there are, with the
+// "--" taken out of `words` and the words after it as they were typed.
+std::size_t takeDocuments(std::vector<std::string>& words) {
+  const auto mark = std::find_if(words.begin(), words.end(), [](const std::string& word) {
+    return !word.empty() && word.front() == kEndOfOptionsMark;
+  });
+  if (mark != words.end()) {
+    const auto count = static_cast<std::size_t>(mark - words.begin());
+    words.erase(mark);
+    for (auto word = words.begin() + static_cast<long>(count); word != words.end(); ++word) {
+      word->erase(0, 1);
+    }
+    return count;
+  }
   std::size_t count = 0;
   while (count < words.size()) {
     const std::string& word = words[count];
@@ -79,8 +93,8 @@ std::string languagesOf(const Catalogue& catalogue, const MessageKey& key) {
   return out;
 }
 
-int runShow(const ShowOptions& options) {
-  const std::size_t documents = countDocuments(options.words);
+int runShow(ShowOptions options) {
+  const std::size_t documents = takeDocuments(options.words);
   if (documents == 0) {
     throw ToolError("show: name at least one message document first");
   }
@@ -164,21 +178,23 @@ Action setUpShow(CLI::App& command) {
       ->type_name("N");
   command
       .add_option("ARGUMENTS", options->words,
-                  "FILE... NAMESPACE IDENTIFIER [ARG...]: message documents, then the key, then "
-                  "the arguments &0, &1, ...")
+                  "FILE... [--] NAMESPACE IDENTIFIER [ARG...]: message documents, then the key, "
+                  "then the arguments &0, &1, ...")
       ->required()
-      ->option_text("...");
+      ->option_text("... [--] ...");
   return [options] { return runShow(*options); };
 }
 
 const SubcommandRegistration registration(
     {"show", "Show a message as the library renders it, with arguments filled in",
      "The documents are the leading arguments that end in .xml or name a file;\n"
-     "then come the key's namespace and identifier, then the arguments &0, &1, ...\n",
-     "msgtool show --languages de-AT,de,en app.xml app diskspace 12 /home\n",
+     "then come the key's namespace and identifier, then the arguments &0, &1, ...\n"
+     "Put -- before the namespace when a file has its name.\n",
+     "msgtool show --languages de-AT,de,en app.xml app diskspace 12 /home\n"
+     "msgtool show app.xml -- app diskspace 12 /home\n",
      "0  shown\n"
      "2  usage error, a document that cannot be loaded, or no such message\n",
-     setUpShow});
+     setUpShow, true});
 
 }  // namespace
 

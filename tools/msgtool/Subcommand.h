@@ -59,7 +59,16 @@ struct SubcommandInfo {
   std::string examples;   // command lines a user would type, one a line
   std::string exitCodes;  // "0  meaning", one code a line
   SetUp setUp;
+  // True if the subcommand sees where the first "--" after its name stood
+  // (see kEndOfOptionsMark), for one whose words change meaning there.
+  // Otherwise "--" is left to the command-line parser.
+  bool seesEndOfOptions = false;
 };
+
+// A subcommand that sees the end of options gets "--" and every word after
+// it with this character in front, so that the command-line parser takes
+// them all as plain words, "-5" too. No one types it.
+inline constexpr char kEndOfOptionsMark = '\x1f';
 
 // Adds a subcommand to the tool while the program starts. Make one static
 // object per subcommand, in the subcommand's own file.

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -82,18 +83,36 @@ Tool::Tool()
     CLI::App* command = app->add_subcommand(info.name, info.summary + "\n\n" + info.details);
     command->footer(footerOf(info));
     commands.push_back(Chosen{command, info.setUp(*command)});
+    if (info.seesEndOfOptions) {
+      marksEndOfOptions.insert(info.name);
+    }
   }
 }
 
 Tool::~Tool() = default;
 
+std::vector<std::string> Tool::wordsFor(std::vector<std::string> words) const {
+  // The main command takes only flags, so its first other word names the
+  // subcommand.
+  const auto name = std::find_if(words.begin(), words.end(),
+                                 [](const std::string& word) { return word.rfind('-', 0) != 0; });
+  if (name != words.end() && marksEndOfOptions.count(*name) != 0) {
+    for (auto word = std::find(name + 1, words.end(), std::string("--")); word != words.end();
+         ++word) {
+      word->insert(word->begin(), kEndOfOptionsMark);
+    }
+  }
+  std::reverse(words.begin(), words.end());  // CLI11 takes them last first
+  return words;
+}
+
 void Tool::parseOnly(const std::string& commandLine) {
-  app->parse(commandLine, false);
+  app->parse(wordsFor(CLI::detail::split_up(commandLine)));
 }
 
 int Tool::run(int argc, const char* const* argv) {
   try {
-    app->parse(argc, argv);
+    app->parse(wordsFor(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
   } catch (const CLI::ParseError& error) {
     // --help and --version end here too, with exit code 0.
     const int code = app->exit(error);

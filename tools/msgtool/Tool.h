@@ -11,6 +11,7 @@
 #define MSGTOOL_TOOL_H_
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -48,8 +49,14 @@ class Tool {
     Action action;
   };
 
+  // The command line's `words` (without the program's name) in the order
+  // CLI11 takes them, with the end of options marked for a subcommand that
+  // sees it.
+  std::vector<std::string> wordsFor(std::vector<std::string> words) const;
+
   std::unique_ptr<CLI::App> app;
   std::vector<Chosen> commands;
+  std::set<std::string> marksEndOfOptions;  // subcommands that see "--"
 };
 
 // What main() does: Tool().run(argc, argv).
