@@ -17,6 +17,9 @@ ToolRun runTool(const char* tool, const std::vector<const char*>& arguments) {
   argv.push_back(nullptr);
 
   ToolRun run;
+  // The child would write out what the parent still buffers when it
+  // reopens stdout.
+  std::fflush(nullptr);
   const auto start = std::chrono::steady_clock::now();
   const pid_t child = fork();
   if (child == 0) {
