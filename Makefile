@@ -120,13 +120,15 @@ bench: deps
 	@tools/install-deps.sh $(BENCH_PACKAGES)
 	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMSG_BUILD_BENCH=ON \
 	  -DMSG_BUILD_TESTS=OFF -DMSG_BUILD_EXAMPLES=OFF
-	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_bench msgtool_check_bench
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_bench msgtool_check_bench msgtool_import_bench
 	$(BENCH_DIR)/bench/msg_bench --benchmark_repetitions=$(BENCH_REPETITIONS) \
 	  --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
 	  --benchmark_out=$(BENCH_DIR)/results.json --benchmark_out_format=json $(BENCH_FLAGS)
 	python3 tools/bench_report.py $(BENCH_DIR)/results.json
 	$(BENCH_DIR)/bench/msgtool_check_bench $(BENCH_DIR)/tools/msgtool/msgtool 5 \
 	  $(BENCH_DIR)/bench/catalogue/messages.xml $(BENCH_DIR)/bench/catalogue/messages-part.xml
+	$(BENCH_DIR)/bench/msgtool_import_bench $(BENCH_DIR)/tools/msgtool/msgtool 5 \
+	  $(BENCH_DIR)/bench/catalogue/messages.xsd 5000 10000
 
 # The threads test built with ThreadSanitizer in a tree of its own: several
 # threads share one loaded handler and write through its channels; any

@@ -10,55 +10,19 @@
 // libraries (Xerces-C, ICU, the C++ runtime), which no document changes.
 // The added memory is also given as a multiple of the documents' size.
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "ToolRun.h"
+
 namespace {
 
-struct Run {
-  double seconds = 0;
-  long peakKiB = 0;  // the process's peak resident memory
-  bool finished = false;
-};
-
-// Runs MSGTOOL with `arguments`, its output discarded. `finished` is set if
-// it exited with 0 or 1 (clean, or findings).
-Run runTool(const char* tool, const std::vector<const char*>& arguments) {
-  std::vector<char*> argv{const_cast<char*>(tool)};
-  for (const char* argument : arguments) {
-    argv.push_back(const_cast<char*>(argument));
-  }
-  argv.push_back(nullptr);
-
-  Run run;
-  const auto start = std::chrono::steady_clock::now();
-  const pid_t child = fork();
-  if (child == 0) {
-    // Findings and the summary are not what is measured.
-    std::freopen("/dev/null", "w", stdout);
-    std::freopen("/dev/null", "w", stderr);
-    execv(tool, argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  struct rusage usage {};
-  if (child < 0 || wait4(child, &status, 0, &usage) != child) {
-    return run;
-  }
-  run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  run.peakKiB = usage.ru_maxrss;
-  run.finished = WIFEXITED(status) && WEXITSTATUS(status) <= 1;
-  return run;
-}
+using msgbench::runTool;
+using msgbench::ToolRun;
 
 double megabytes(long kib) {
   return static_cast<double>(kib) * 1024.0 / 1e6;
@@ -82,8 +46,8 @@ int main(int argc, char** argv) {
   std::vector<double> seconds;
   long peakKiB = 0;
   for (int run = 0; run < runs; ++run) {
-    const Run idle = runTool(tool, {"--version"});
-    const Run check = runTool(tool, {"check", argv[3]});
+    const ToolRun idle = runTool(tool, {"--version"});
+    const ToolRun check = runTool(tool, {"check", argv[3]});
     if (!idle.finished || !check.finished) {
       std::fprintf(stderr, "msgtool did not run to its end\n");
       return 1;

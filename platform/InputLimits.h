@@ -31,6 +31,15 @@ inline constexpr std::uintmax_t kMaxTranslatorsFileBytes = 64u * 1024u * 1024u;
 // and far below the depth that overflows a thread's stack.
 inline constexpr std::size_t kMaxElementDepth = 1000;
 
+// Attributes one element may carry. Xerces-C's DOM builder looks each
+// attribute up among those before it, so one element of n attributes costs
+// n*n/2 comparisons (40,000 attributes took seconds, 200,000 minutes). With
+// at most 128, the lookups add at most about a dozen comparisons per byte
+// of the file, whatever its shape. The richest element of a translators'
+// file defines about twenty attributes, and message documents use five or
+// fewer (namespace declarations included).
+inline constexpr std::size_t kMaxAttributesPerElement = 128;
+
 // Groups, and inline elements inside a text, of a translators' file nested
 // deeper than this are refused. The readers walk them recursively; real
 // files nest groups a few levels, and inline elements two or three.

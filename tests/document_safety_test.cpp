@@ -26,6 +26,7 @@
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
+#include "platform/InputLimits.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/XercesXML.h"
 
@@ -349,6 +350,19 @@ TEST_F(DocumentSafetyTest, DepthIsRefusedWhileParsing) {
   EXPECT_TRUE(unvalidated.parseFile(path("docs/deep.xml")).isValid());
   write("docs/deep.xml", closed(1000));
   EXPECT_THROW(unvalidated.parseFile(path("docs/deep.xml")), XercesXML::ParsingError);
+}
+
+// The limit holds for message documents too, before the schema is asked.
+TEST_F(DocumentSafetyTest, AnElementWithTooManyAttributesIsRefusedWhileParsing) {
+  std::string crowded = "<MessageNamespace name=\"n\"";
+  for (std::size_t i = 1; i < msg::limits::kMaxAttributesPerElement + 1; ++i) {
+    crowded += " a" + std::to_string(i) + "=\"\"";
+  }
+  write("docs/crowded.xml", messageDocument(crowded + "/>\n"));
+  const std::vector<msg::DocumentProblem> problems = refusalOf("docs/crowded.xml");
+  EXPECT_THAT(problems.back().message,
+              HasSubstr("an element has 129 attributes, more than the limit of 128"));
+  EXPECT_EQ(problems.back().line, 3);
 }
 
 TEST_F(DocumentSafetyTest, TheCollectionIsTheFirstElementOfThatName) {

@@ -52,6 +52,15 @@ TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
   for (std::size_t i = 0; i < msg::limits::kMaxElementDepth; ++i) {
     deep += "<b>";
   }
+  // Each attribute on a line of its own: the refusal names the line where
+  // the element starts.
+  const auto attributes = [](std::size_t count) {
+    std::string element = "<?xml version=\"1.0\"?>\n<a>\n<b";
+    for (std::size_t i = 0; i < count; ++i) {
+      element += "\n a" + std::to_string(i) + "=\"\"";
+    }
+    return element + "/></a>";
+  };
   struct Case {
     std::string content;
     std::uint64_t line;
@@ -67,6 +76,8 @@ TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
        "a document type declaration (DOCTYPE) is not allowed here: it could declare entities or "
        "load a DTD"},
       {deep, 3, "elements are nested deeper than the limit of 1000 levels"},
+      {attributes(msg::limits::kMaxAttributesPerElement + 1), 3,
+       "an element has 129 attributes, more than the limit of 128"},
       {"<?xml version=\"1.0\"?>\n<a>\n<b></a>", 3,
        "is not well-formed XML: expected end of tag 'b'"},
   };
@@ -75,6 +86,8 @@ TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
     EXPECT_EQ(problem.line, bad.line) << bad.content.substr(0, 80);
     EXPECT_EQ(problem.message, bad.message);
   }
+  EXPECT_NO_THROW(XercesXML::parseOutsideFile(
+      write("full.xml", attributes(msg::limits::kMaxAttributesPerElement)), kRules));
 }
 
 TEST_F(OutsideFileTest, RefusesFilesItCannotTakeBeforeParsing) {

@@ -89,8 +89,14 @@ void BoundedDOMParser::markPosition() {
 
 ParseRefused BoundedDOMParser::refusal(const std::string& reason) const {
   const xercesc::Locator* locator = getScanner()->getLocator();
-  return ParseRefused{ParseProblem{transcodeFromXMLCh(locator->getSystemId()),
-                                   locator->getLineNumber(), locator->getColumnNumber(), reason}};
+  return refusalAt(locator->getLineNumber(), locator->getColumnNumber(), reason);
+}
+
+ParseRefused BoundedDOMParser::refusalAt(std::uint64_t line, std::uint64_t column,
+                                         const std::string& reason) const {
+  const xercesc::Locator* locator = getScanner()->getLocator();
+  return ParseRefused{
+      ParseProblem{transcodeFromXMLCh(locator->getSystemId()), line, column, reason}};
 }
 
 void BoundedDOMParser::startDocument() {
@@ -115,6 +121,12 @@ void BoundedDOMParser::startElement(const xercesc::XMLElementDecl& elemDecl, uns
   }
   const std::uint64_t line = lastLine;
   const std::uint64_t column = lastColumn;
+  if (attrCount > kMaxAttributesPerElement) {
+    std::ostringstream reason;
+    reason << "an element has " << attrCount << " attributes, more than the limit of "
+           << kMaxAttributesPerElement;
+    throw refusalAt(line, column, reason.str());
+  }
   xercesc::XercesDOMParser::startElement(elemDecl, urlId, elemPrefix, attrList, attrCount, isEmpty,
                                          isRoot);
   if (keepPositions) {

@@ -21,6 +21,7 @@ namespace XercesXML {
 // The limits every parse of this library applies (see platform/InputLimits.h
 // for the values and the reasons). Trusted parsers bound hostile documents in
 // the same way.
+using msg::limits::kMaxAttributesPerElement;
 using msg::limits::kMaxElementDepth;
 using msg::limits::kMaxEntityExpansion;
 using msg::limits::kMaxEntityReferences;
@@ -33,7 +34,10 @@ struct ParseRefused {
 };
 
 // A XercesDOMParser that
-//  - refuses elements nested deeper than kMaxElementDepth as they open;
+//  - refuses elements nested deeper than kMaxElementDepth as they open, and
+//    elements with more than kMaxAttributesPerElement attributes before the
+//    DOM builder takes them in (it is quadratic in their number), at the
+//    line and column where the element starts;
 //  - bounds entity expansion: at most kMaxEntityReferences references, and
 //    no more than kMaxEntityExpansion characters from them in all (see
 //    parseBounded);
@@ -120,6 +124,9 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
 
   // A refusal at the scanner's position.
   ParseRefused refusal(const std::string& reason) const;
+
+  // A refusal at `line` and `column` of the file the scanner reads.
+  ParseRefused refusalAt(std::uint64_t line, std::uint64_t column, const std::string& reason) const;
 
   xercesc::SecurityManager securityManager;
   std::basic_string<XMLCh> appendBuffer;

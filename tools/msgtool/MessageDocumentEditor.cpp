@@ -110,6 +110,20 @@ void MessageDocumentEditor::index() {
         .texts[at.effectiveLanguage()] = at.textElement;
   };
   msg::walkMessageDocument(collection, visitor);
+  lastNamespace = lastInDocument(namespaces);
+}
+
+DOMNode& MessageDocumentEditor::lastMessageOf(const std::string& nameSpace, const DOMNode& space) {
+  auto [known, isNew] = lastMessages.emplace(nameSpace, DOMNode());
+  if (isNew) {
+    for (DOMNode child = space.getFirstElementChild(); child.isValid();
+         child = child.getNextElementSibling()) {
+      if (child.getNodeName() == "Message") {
+        known->second = child;
+      }
+    }
+  }
+  return known->second;
 }
 
 std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
@@ -151,24 +165,19 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
   if (!place.message.isValid()) {
     DOMNode& space = namespaces[nameSpace];
     if (!space.isValid()) {
-      const DOMNode lastSpace = lastInDocument(namespaces);
       space = newElement("MessageNamespace");
       space.setAttribute("name", nameSpace);
-      collection.insertIndented(lastSpace, space);
-    }
-    DOMNode lastMessage;
-    for (DOMNode child = space.getFirstElementChild(); child.isValid();
-         child = child.getNextElementSibling()) {
-      if (child.getNodeName() == "Message") {
-        lastMessage = child;
-      }
+      collection.insertIndented(lastNamespace, space);
+      lastNamespace = space;
     }
     place.message = newElement("Message");
     place.message.setAttribute("id", identifier);
     if (!severityWord.empty()) {
       place.message.setAttribute("severity", severityWord);
     }
+    DOMNode& lastMessage = lastMessageOf(nameSpace, space);
     space.insertIndented(lastMessage, place.message);
+    lastMessage = place.message;
   }
   DOMNode& element = place.texts[language];
   if (!element.isValid()) {

@@ -72,14 +72,21 @@ class MessageDocumentEditor {
   static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
   XercesXML::DOMNode newElement(const char* name) const;
 
+  // The last Message child of `space`, the namespace's element in the
+  // document: found once, then kept up to date by setText, so that adding
+  // many messages to one namespace does not scan it for each.
+  XercesXML::DOMNode& lastMessageOf(const std::string& nameSpace, const XercesXML::DOMNode& space);
+
   std::string path;
   bool created = false;
   XercesXML::DOMNode document;
   XercesXML::DOMNode collection;
-  std::map<std::string, MessagePlace> messages;          // keyOf -> place
-  std::map<std::string, XercesXML::DOMNode> namespaces;  // name -> last one
-  std::set<std::string> includedKeys;                    // keys only in included parts
-  std::map<std::string, ExistingText> includedTexts;     // keyOf + '\n' + language
+  std::map<std::string, MessagePlace> messages;            // keyOf -> place
+  std::map<std::string, XercesXML::DOMNode> namespaces;    // name -> last one
+  XercesXML::DOMNode lastNamespace;                        // the last in the document, null if none
+  std::map<std::string, XercesXML::DOMNode> lastMessages;  // name -> see lastMessageOf
+  std::set<std::string> includedKeys;                      // keys only in included parts
+  std::map<std::string, ExistingText> includedTexts;       // keyOf + '\n' + language
 };
 
 }  // namespace msgtool
