@@ -282,7 +282,7 @@ bool Message::findPlaceholder(unsigned int number, unsigned int& first, unsigned
   if (workBuffer == nullptr) {
     return false;
   }
-  PlaceholderScanner scanner(workBuffer, workBuffer + std::strlen(workBuffer));
+  PlaceholderScanner scanner(workBuffer);
   PlaceholderRun run{};
   while (scanner.next(run)) {
     if (run.replaceable && run.value == number) {

@@ -43,23 +43,33 @@ class PlaceholderScanner {
  public:
   PlaceholderScanner(const char* begin, const char* end) : begin(begin), end(end), at(begin) {}
 
+  // Walks the runs of the NUL-terminated `text`, without measuring it
+  // first: substitution scans its working text on every call, and a pass
+  // of strlen there costs as much as the scan itself.
+  explicit PlaceholderScanner(const char* text) : begin(text), end(nullptr), at(text) {}
+
   // Fills `run` with the next run and returns true; returns false, leaving
   // `run` as it was, when no run is left.
   bool next(PlaceholderRun& run) {
-    while (at < end) {
-      // memchr passes over the plain text between candidates many bytes at
-      // a time.
-      const void* found = std::memchr(at, '&', static_cast<std::size_t>(end - at));
-      if (found == nullptr) {
-        at = end;
+    while (end == nullptr || at < end) {
+      // memchr and strchr pass over the plain text between candidates many
+      // bytes at a time.
+      const char* ampersand =
+          end == nullptr
+              ? std::strchr(at, '&')
+              : static_cast<const char*>(std::memchr(at, '&', static_cast<std::size_t>(end - at)));
+      if (ampersand == nullptr) {
+        if (end != nullptr) {
+          at = end;
+        }
         return false;
       }
-      const char* ampersand = static_cast<const char*>(found);
       const char* runEnd = ampersand + 1;
       // The value as long as it fits an int; a larger one names no number.
+      // In a NUL-terminated text the terminator ends the run.
       std::uint64_t value = 0;
       bool fitsInt = true;
-      while (runEnd < end && isDigit(*runEnd)) {
+      while ((end == nullptr || runEnd < end) && isDigit(*runEnd)) {
         if (fitsInt) {
           value = value * 10 + static_cast<std::uint64_t>(*runEnd - '0');
           fitsInt = value <= static_cast<std::uint64_t>(std::numeric_limits<int>::max());
@@ -87,8 +97,8 @@ class PlaceholderScanner {
   static bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
   const char* begin;
-  const char* end;
-  const char* at;  // where the search for the next run starts
+  const char* end;  // null: the text ends at its terminator
+  const char* at;   // where the search for the next run starts
 };
 
 }  // namespace msg

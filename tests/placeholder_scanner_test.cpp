@@ -10,8 +10,11 @@ namespace {
 
 // The runs of `text` as "offset+length=value", with "!" for a run that
 // substitution never replaces.
-std::string runsOf(const std::string& text) {
-  PlaceholderScanner scanner(text.data(), text.data() + text.size());
+// `terminated` reads the text up to its first NUL, as substitution does.
+std::string runsOf(const std::string& text, bool terminated = false) {
+  PlaceholderScanner scanner = terminated
+                                   ? PlaceholderScanner(text.c_str())
+                                   : PlaceholderScanner(text.data(), text.data() + text.size());
   PlaceholderRun run{};
   std::string out;
   while (scanner.next(run)) {
@@ -49,7 +52,11 @@ TEST(PlaceholderScannerTest, EachRunIsTheAmpersandWithEveryDigitBehindIt) {
   };
   for (const auto& c : cases) {
     EXPECT_EQ(runsOf(c.text), c.runs) << c.text;
+    if (c.text.find('\0') == std::string::npos) {
+      EXPECT_EQ(runsOf(c.text, true), c.runs) << c.text << " (NUL-terminated)";
+    }
   }
+  EXPECT_EQ(runsOf(std::string("&1\0&2", 5), true), "0+2=1") << "the terminator ends the text";
 }
 
 TEST(PlaceholderScannerTest, ARunEndsAtTheEndOfTheRangeNotOfTheString) {
