@@ -10,6 +10,7 @@
 
 #include "message_core/DecimalText.h"
 #include "message_core/SeverityWords.h"
+#include "message_core/Utf8.h"
 #include "msg/Message.h"
 
 namespace msg {
@@ -19,44 +20,6 @@ namespace msg {
 // text of ISO 8859-1 catalogues. Six string fields need no more than this.
 
 namespace {
-
-// Length of the well-formed UTF-8 sequence at the start of `text` (`size`
-// bytes available), or 0 if it does not start with one. Follows the table of
-// well-formed byte sequences in the Unicode standard (chapter 3).
-std::size_t utf8SequenceLength(const unsigned char* text, std::size_t size) {
-  const unsigned char lead = text[0];
-  std::size_t length = 0;
-  unsigned char secondLow = 0x80;
-  unsigned char secondHigh = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) {
-      secondLow = 0xA0;  // no overlong form
-    } else if (lead == 0xED) {
-      secondHigh = 0x9F;  // no surrogate
-    }
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) {
-      secondLow = 0x90;  // no overlong form
-    } else if (lead == 0xF4) {
-      secondHigh = 0x8F;  // nothing above U+10FFFF
-    }
-  } else {
-    return 0;
-  }
-  if (size < length || text[1] < secondLow || text[1] > secondHigh) {
-    return 0;
-  }
-  for (std::size_t i = 2; i < length; ++i) {
-    if (text[i] < 0x80 || text[i] > 0xBF) {
-      return 0;
-    }
-  }
-  return length;
-}
 
 void appendUnicodeEscape(std::string& out, unsigned char byte) {
   char escaped[8];

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "message_core/Utf8.h"
+
 namespace msgtool {
 
 namespace {
@@ -12,29 +14,21 @@ constexpr char32_t kNotUtf8 = 0xFFFFFFFF;
 // it; kNotUtf8 for a sequence that is malformed, overlong, a surrogate or
 // beyond U+10FFFF.
 char32_t decodeAt(const std::string& text, std::size_t& at) {
-  const auto lead = static_cast<unsigned char>(text[at++]);
-  if (lead < 0x80) {
-    return lead;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data()) + at;
+  if (bytes[0] < 0x80) {
+    ++at;
+    return bytes[0];
   }
-  const std::size_t length = (lead >> 5) == 6    ? 1
-                             : (lead >> 4) == 14 ? 2
-                             : (lead >> 3) == 30 ? 3
-                                                 : 0;
-  if (length == 0 || text.size() - at < length) {
+  const std::size_t length = msg::utf8SequenceLength(bytes, text.size() - at);
+  if (length == 0) {
+    ++at;
     return kNotUtf8;
   }
-  char32_t code = lead & (0x3F >> length);
-  for (std::size_t k = 0; k < length; ++k) {
-    const auto next = static_cast<unsigned char>(text[at++]);
-    if ((next & 0xC0) != 0x80) {
-      return kNotUtf8;
-    }
-    code = (code << 6) | (next & 0x3F);
+  char32_t code = bytes[0] & (0x7F >> length);
+  for (std::size_t k = 1; k < length; ++k) {
+    code = (code << 6) | (bytes[k] & 0x3F);
   }
-  static const char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-  if (code < kSmallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
-    return kNotUtf8;
-  }
+  at += length;
   return code;
 }
 

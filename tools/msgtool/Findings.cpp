@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "LanguageTags.h"
 #include "Placeholders.h"
 #include "SourceStamp.h"
 #include "message_documents/MessageDocumentReader.h"
@@ -37,23 +38,10 @@ std::string trailingSpace(const std::string& text) {
   return last == std::string::npos ? text : text.substr(last + 1);
 }
 
-bool isAsciiLower(char c) {
-  return c >= 'a' && c <= 'z';
-}
-
-bool isAsciiUpper(char c) {
-  return c >= 'A' && c <= 'Z';
-}
-
 // "en" or "de-AT": a tag the library uses exactly as written and that
 // language lists written the usual way match.
 bool isUsualTag(const std::string& tag) {
-  const bool language = tag.size() >= 2 && isAsciiLower(tag[0]) && isAsciiLower(tag[1]);
-  if (tag.size() == 2) {
-    return language;
-  }
-  return language && tag.size() == 5 && tag[2] == '-' && isAsciiUpper(tag[3]) &&
-         isAsciiUpper(tag[4]);
+  return languageTagOf(tag) == tag;
 }
 
 class Collector {
