@@ -1,8 +1,10 @@
 // msgtool import, run in this process: a translator's file may change only
 // the texts of its own language for the keys the document has. A file in the
-// source language, languages that disagree, an empty file and keys the
-// document does not know leave the document byte for byte as it was.
+// source language, languages that disagree, an unreadable file, keys the
+// document does not know and translations with characters a document cannot
+// hold leave the document byte for byte as it was.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,6 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using ::testing::HasSubstr;
+
 const char kDocument[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
@@ -27,25 +31,30 @@ const char kDocument[] =
     "  </MessageNamespace>\n"
     "</MessageCollection>\n";
 
-// A PO file in `language` whose one entry, on line 6, is `context`.
-std::string poFile(const std::string& language, const std::string& context = "app:hello") {
+// A PO file in `language` whose one entry, on line 6, has `context` and
+// `translation` (both written between the quotes as they stand).
+std::string poFile(const std::string& language, const std::string& context = "app:hello",
+                   const std::string& translation = "Hallo") {
   return "msgid \"\"\nmsgstr \"\"\n\"Language: " + language +
          "\\n\"\n\"Content-Type: text/plain; charset=UTF-8\\n\"\n\n"
          "msgctxt \"" +
-         context + "\"\nmsgid \"Hello\"\nmsgstr \"Hallo\"\n";
+         context + "\"\nmsgid \"Hello\"\nmsgstr \"" + translation + "\"\n";
 }
 
 // An XLIFF 1.2 file whose one unit is on line 4; `unitLanguage` is written
 // into the target's start tag.
-std::string xliffFile(const std::string& language, const std::string& unitLanguage = "") {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+std::string xliffFile(const std::string& language, const std::string& unitLanguage = "",
+                      const std::string& translation = "Hallo",
+                      const std::string& xmlVersion = "1.0") {
+  return "<?xml version=\"" + xmlVersion +
+         "\" encoding=\"UTF-8\"?>\n"
          "<xliff version=\"1.2\" xmlns=\"urn:oasis:names:tc:xliff:document:1.2\">\n"
          "<file original=\"app.xml\" source-language=\"en\" target-language=\"" +
          language +
          "\" datatype=\"plaintext\"><body>\n"
          "<trans-unit id=\"app:hello\" resname=\"app:hello\">\n"
          "<source>Hello</source><target state=\"translated\"" +
-         unitLanguage + ">Hallo</target>\n</trans-unit></body></file></xliff>\n";
+         unitLanguage + ">" + translation + "</target>\n</trans-unit></body></file></xliff>\n";
 }
 
 struct Result {
@@ -77,78 +86,90 @@ Result import(const std::string& format, const std::string& file,
 }
 
 struct Refusal {
-  const char* name;
   const char* format;
   std::string file;
-  std::vector<const char*> options;
-  std::string message;  // a line of standard error
+  int code;
+  std::string message;  // lines of standard error
+  std::vector<const char*> options = {};
 };
 
-TEST(ImportTest, FilesThatWouldOverwriteOtherLanguagesAreRefused) {
+void expectRefusals(const std::vector<Refusal>& cases) {
+  for (const Refusal& test : cases) {
+    SCOPED_TRACE(test.message);
+    const Result result = import(test.format, test.file, test.options);
+    EXPECT_EQ(result.code, test.code);
+    EXPECT_THAT(result.errors, HasSubstr(test.message + "\n"));
+    EXPECT_EQ(result.document, kDocument);
+  }
+}
+
+TEST(ImportTest, FilesThatWouldOverwriteOtherLanguagesOrCannotBeReadAreRefused) {
   const std::string source = "is also the source language; importing would replace the source ";
-  const std::vector<Refusal> cases = {
-      {"PO in the source language",
-       "po",
-       poFile("en"),
-       {},
+  const std::string binary = std::string{'\x7f', 'E', 'L', 'F', 0, 0, 1} + "<msgid";
+  const std::string unchanged = "\nmsgtool: error: nothing was imported; messages.xml is unchanged";
+  expectRefusals({
+      {"po", poFile("en"), 2,
        "in.po: error: the target language \"en\" " + source +
            "texts; write the translations' language into the file's Language header"},
-      {"XLIFF in the source language",
-       "xliff",
-       xliffFile("en"),
-       {},
+      {"xliff", xliffFile("en"), 2,
        "in.xlf: error: the target language \"en\" " + source +
            "texts; write the translations' language into the file's target-language"},
-      {"--target against the file",
-       "po",
+      {"po",
        poFile("fr"),
-       {"--target", "de"},
+       2,
        "in.po: error: the file's Language header says \"fr\", but --target says \"de\"; "
-       "leave out --target to import the file as \"fr\", or correct the file"},
-      {"a unit against the file",
-       "xliff",
-       xliffFile("de", " xml:lang=\"fr\""),
-       {},
+       "leave out --target to import the file as \"fr\", or correct the file",
+       {"--target", "de"}},
+      {"xliff", xliffFile("de", " xml:lang=\"fr\""), 2,
        "in.xlf:4: error: the target of \"app:hello\" is in \"fr\" (xml:lang), but the file's "
        "target-language says \"de\"; correct the one that is wrong"},
-      {"no language tag",
-       "po",
-       poFile("zh_Hant_TW"),
-       {},
+      {"po", poFile("zh_Hant_TW"), 2,
        "in.po: error: the file's Language header \"zh_Hant_TW\" is no language tag msg uses; "
        "write a two-letter language and an optional two-letter region, like \"de\" or "
        "\"de-AT\""},
-      {"empty PO",
-       "po",
+      {"po",
        "",
-       {"--target", "de"},
-       "in.po: error: is empty: no header and no entries; nothing to import"},
-  };
-  for (const Refusal& test : cases) {
-    SCOPED_TRACE(test.name);
-    const Result result = import(test.format, test.file, test.options);
-    EXPECT_EQ(result.code, 2);
-    EXPECT_NE(result.errors.find(test.message + "\n"), std::string::npos) << result.errors;
-    EXPECT_EQ(result.document, kDocument);
-  }
+       2,
+       "in.po: error: is empty: no header and no entries; nothing to import",
+       {"--target", "de"}},
+      {"po", binary, 2, "in.po: error: is a binary file, not a PO file" + unchanged},
+      {"xliff", binary, 2, "in.xlf: error: is a binary file, not an XML file" + unchanged},
+  });
+}
+
+TEST(ImportTest, UnitsWithCharactersADocumentCannotHoldAreRefused) {
+  const std::string refused = ", a character that a message document cannot hold; not imported";
+  const std::string holds = "in.po:6: error: app:hello: the translation holds ";
+  expectRefusals(
+      {{"po", poFile("de", "app:hello", "Hal\\alo"), 1, holds + "U+0007" + refused},
+       {"po", poFile("de", "app:hello", "\\bHallo"), 1, holds + "U+0008" + refused},
+       {"po", poFile("de", "app:hello", "Hallo\\f"), 1, holds + "U+000C" + refused},
+       {"po", poFile("de", "app:hello", "Hal\\vlo"), 1, holds + "U+000B" + refused},
+       {"po", poFile("de", "app:hello", "Hallo\\001"), 1, holds + "U+0001" + refused},
+       {"po", poFile("de", "app:hello", "Hal\x1Flo"), 1, holds + "U+001F" + refused},
+       {"po", poFile("de", "app:hello", "Hallo \xEF\xBF\xBE"), 1, holds + "U+FFFE" + refused},
+       {"po", poFile("de", "app:hello", "Hallo \xEF\xBF\xBF"), 1, holds + "U+FFFF" + refused},
+       {"po", poFile("de", "app:hello", "Hall\\366"), 1,
+        holds + "bytes that are not UTF-8; not imported"},
+       {"po", poFile("de", "app:hel\\033lo"), 1,
+        "in.po:6: error: app:hel\033lo: the key holds U+001B" + refused},
+       // The whole file is in another encoding than it says: nothing of it is read.
+       {"po", poFile("de", "app:hello", "Hall\xF6"), 2,
+        "in.po:8: error: holds bytes that are not UTF-8; convert the file to UTF-8 (msgconv -t "
+        "UTF-8)"},
+       {"xliff", xliffFile("de", "", "Hal&#x1b;lo", "1.1"), 1,
+        "in.xlf:4: error: app:hello: the translation holds U+001B" + refused}});
 }
 
 TEST(ImportTest, KeysTheDocumentDoesNotHaveAreAddedOnlyOnRequest) {
   const std::string unknown =
       ": the document has no such message; not imported (correct the key, or give "
-      "--add-new-keys to add it)\n";
+      "--add-new-keys to add it)";
   for (const char* key : {"ap:hello", "app:helo"}) {
-    SCOPED_TRACE(key);
-    const Result refused = import("po", poFile("de", key));
-    EXPECT_EQ(refused.code, 1);
-    EXPECT_NE(refused.errors.find(std::string("in.po:6: error: ") + key + unknown),
-              std::string::npos)
-        << refused.errors;
-    EXPECT_EQ(refused.document, kDocument);
-
+    expectRefusals({{"po", poFile("de", key), 1, std::string("in.po:6: error: ") + key + unknown}});
     const Result added = import("po", poFile("de", key), {"--add-new-keys"});
     EXPECT_EQ(added.code, 0) << added.errors;
-    EXPECT_NE(added.document.find("xml:lang=\"de\">Hallo<"), std::string::npos);
+    EXPECT_THAT(added.document, HasSubstr("xml:lang=\"de\">Hallo<"));
   }
 }
 
@@ -159,9 +180,7 @@ TEST(ImportTest, GettextLocaleNamesBecomeLanguageTags) {
     SCOPED_TRACE(locale);
     const Result result = import("po", poFile(locale));
     EXPECT_EQ(result.code, 0) << result.errors;
-    EXPECT_NE(result.document.find(std::string("xml:lang=\"") + tag + "\">Hallo<"),
-              std::string::npos)
-        << result.document;
+    EXPECT_THAT(result.document, HasSubstr(std::string("xml:lang=\"") + tag + "\">Hallo<"));
   }
 }
 

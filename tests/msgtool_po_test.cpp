@@ -22,10 +22,6 @@ namespace {
 
 class PoFileTest : public ::testing::Test {
  protected:
-  std::string write(const std::string& name, const std::string& content) const {
-    return scratch.write(name, content);
-  }
-
   // "file:line: error: message" of the reader's refusal, "" if it read the file.
   static std::string refusalOf(const std::string& path) {
     try {
@@ -81,7 +77,7 @@ TEST_F(PoFileTest, WhatTheWriterWritesReadsBackTheSame) {
   file.write(out);
   const std::string text = out.str();
 
-  const msgtool::PoFile read = msgtool::PoFile::read(write("round.po", text));
+  const msgtool::PoFile read = msgtool::PoFile::read(scratch.write("round.po", text));
   EXPECT_EQ(read.header, file.header);
   EXPECT_EQ(read.headerComments, file.headerComments);
   EXPECT_EQ(read.headerField("Language"), "de");
@@ -91,8 +87,7 @@ TEST_F(PoFileTest, WhatTheWriterWritesReadsBackTheSame) {
     SCOPED_TRACE(i);
     expectSameEntry(read.entries[i], file.entries[i]);
   }
-  EXPECT_TRUE(read.entries[0].hasFlag("fuzzy"));
-  EXPECT_FALSE(read.entries[1].hasFlag("fuzzy"));
+  EXPECT_TRUE(read.entries[0].hasFlag("fuzzy") && !read.entries[1].hasFlag("fuzzy"));
   EXPECT_EQ(read.entries[2].line, 28) << text;  // the line of its msgid
 
   // gettext's shape: a string with several lines starts with "", is split
@@ -110,28 +105,28 @@ TEST_F(PoFileTest, WhatTheWriterWritesReadsBackTheSame) {
 }
 
 TEST_F(PoFileTest, ReadsFilesAsGettextsToolsLeaveThem) {
-  const std::string path = write("gettext.po",
-                                 "# Header comment\r\n"
-                                 "msgid \"\"\r\n"
-                                 "msgstr \"\"\r\n"
-                                 "\"Language: de_DE\\n\"\r\n"
-                                 "\"Content-Type: text/plain; charset=utf-8\\n\"\r\n"
-                                 "\r\n"
-                                 "#  translator's note\n"
-                                 "#. extracted\n"
-                                 "#: a.xml:1 b.xml:2\n"
-                                 "#, fuzzy,c-format\n"
-                                 "#| msgid \"older\"\n"
-                                 "msgctxt \"app:a\"\n"
-                                 "msgid \"\"\n"
-                                 "\"joined \"   \"on one line, \"\n"
-                                 "\"and over two\"\n"
-                                 "msgstr \"\\101b\\x63\\0101\"\n"
-                                 "#~ msgctxt \"app:gone\"\n"
-                                 "#~ msgid \"Gone\"\n"
-                                 "#~ msgstr \"Weg\"\n"
-                                 "msgid \"no blank line before me\"\n"
-                                 "msgstr \"\"\n");
+  const std::string path = scratch.write("gettext.po",
+                                         "# Header comment\r\n"
+                                         "msgid \"\"\r\n"
+                                         "msgstr \"\"\r\n"
+                                         "\"Language: de_DE\\n\"\r\n"
+                                         "\"Content-Type: text/plain; charset=utf-8\\n\"\r\n"
+                                         "\r\n"
+                                         "#  translator's note\n"
+                                         "#. extracted\n"
+                                         "#: a.xml:1 b.xml:2\n"
+                                         "#, fuzzy,c-format\n"
+                                         "#| msgid \"older\"\n"
+                                         "msgctxt \"app:a\"\n"
+                                         "msgid \"\"\n"
+                                         "\"joined \"   \"on one line, \"\n"
+                                         "\"and over two\"\n"
+                                         "msgstr \"\\101b\\x63\\0101\"\n"
+                                         "#~ msgctxt \"app:gone\"\n"
+                                         "#~ msgid \"Gone\"\n"
+                                         "#~ msgstr \"Weg\"\n"
+                                         "msgid \"no blank line before me\"\n"
+                                         "msgstr \"\"\n");
   const msgtool::PoFile file = msgtool::PoFile::read(path);
   EXPECT_EQ(file.headerComments, std::vector<std::string>{"Header comment"});
   EXPECT_EQ(file.headerField("Language"), "de_DE");
@@ -190,21 +185,18 @@ TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
        ":5: error: holds bytes that are not UTF-8; convert the file to UTF-8 (msgconv -t UTF-8)"},
   };
   for (const Case& bad : cases) {
-    const std::string path = write(std::string(bad.name) + ".po", bad.content);
+    const std::string path = scratch.write(std::string(bad.name) + ".po", bad.content);
     EXPECT_EQ(refusalOf(path), path + bad.refusal) << bad.name;
   }
-}
 
-TEST_F(PoFileTest, FilesThatCannotBeReadAreRefusedAsAWhole) {
+  // Files that cannot be read at all.
   const std::string missing = (scratch / "missing.po").string();
   EXPECT_EQ(refusalOf(missing), missing + ": error: cannot be read: No such file or directory");
   EXPECT_EQ(refusalOf(scratch.path().string()),
             scratch.path().string() + ": error: is a folder, not a PO file");
-
-  const fs::path huge = scratch / "huge.po";
-  std::ofstream(huge).put('#');
+  const std::string huge = scratch.write("huge.po", "#");
   fs::resize_file(huge, msg::limits::kMaxTranslatorsFileBytes + 1);  // sparse: takes no disk space
-  EXPECT_EQ(refusalOf(huge.string()), huge.string() + ": error: is larger than 64 MiB");
+  EXPECT_EQ(refusalOf(huge), huge + ": error: is larger than 64 MiB");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // documents with planted faults, and its exit code, findings and output are
 // checked.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 #include <nlohmann/json.hpp>
@@ -10,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -24,6 +24,8 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+using ::testing::HasSubstr;
 
 const std::string kData = std::string(MSG_TEST_DATA_DIR) + "/msgtool/";
 
@@ -63,7 +65,7 @@ class MsgtoolTest : public ::testing::Test {
   test_support::ScratchFolder scratch;
 };
 
-TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLine) {
+TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLineAndStatsCountsEachLanguage) {
   const std::string en = kData + "faults-en.xml";
   const std::string de = kData + "faults-de.xml";
   const std::string broken = kData + "broken.xml";
@@ -102,9 +104,18 @@ TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLine) {
   // The text form carries the same findings, one line each.
   const Outcome text = run("check " + en + " " + de);
   EXPECT_EQ(text.exitCode, 1);
-  EXPECT_NE(text.out.find(de + ":9:"), std::string::npos) << text.out;
-  EXPECT_NE(text.out.find(": error: "), std::string::npos);
-  EXPECT_NE(text.out.find("[placeholder-mismatch]\n"), std::string::npos);
+  EXPECT_THAT(text.out, HasSubstr(de + ":9:"));
+  EXPECT_THAT(text.out, HasSubstr(": error: "));
+  EXPECT_THAT(text.out, HasSubstr("[placeholder-mismatch]\n"));
+
+  const Outcome counted = run("stats --format json " + en + " " + de);
+  ASSERT_EQ(counted.exitCode, 0) << counted.err;
+  const nlohmann::json stats = nlohmann::json::parse(counted.out);
+  EXPECT_EQ(stats["messages"], 11);
+  EXPECT_EQ(stats["languages"][0]["language"], "de");
+  EXPECT_EQ(stats["languages"][0]["translated"], 10);
+  EXPECT_EQ(stats["languages"][0]["missing"], 1);
+  EXPECT_EQ(stats["languages"][1]["translated"], 11);
 }
 
 TEST_F(MsgtoolTest, CheckExitCodeFollowsStrictAndLanguages) {
@@ -124,9 +135,7 @@ TEST_F(MsgtoolTest, CheckExitCodeFollowsStrictAndLanguages) {
 
 TEST_F(MsgtoolTest, BadInputEndsWithExitCodeTwoAndSaysWhy) {
   const fs::path empty = write("empty.xml", "");
-  const fs::path binary = write("binary.xml", std::string("\x7f"
-                                                          "ELF\0\0\1",
-                                                          7));
+  const fs::path binary = write("binary.xml", std::string{'\x7f', 'E', 'L', 'F', 0, 0, 1});
   const fs::path locked = write("locked.xml", document(""));
   fs::permissions(locked, fs::perms::none);
   const fs::path huge = scratch / "huge.xml";
@@ -142,22 +151,10 @@ TEST_F(MsgtoolTest, BadInputEndsWithExitCodeTwoAndSaysWhy) {
     for (const char* command : {"check", "stats", "header -o out.h"}) {
       const Outcome result = run(std::string(command) + " '" + input + "'");
       EXPECT_EQ(result.exitCode, 2) << command << ' ' << input;
-      EXPECT_NE(result.err.find("msgtool: error: " + input + ": "), std::string::npos)
-          << result.err;
+      EXPECT_EQ(result.out, "");
+      EXPECT_EQ(result.err.rfind("msgtool: error: " + input + ": ", 0), 0u) << result.err;
     }
   }
-}
-
-TEST_F(MsgtoolTest, StatsCountsEachLanguage) {
-  const Outcome result =
-      run("stats --format json " + kData + "faults-en.xml " + kData + "faults-de.xml");
-  ASSERT_EQ(result.exitCode, 0) << result.err;
-  const nlohmann::json stats = nlohmann::json::parse(result.out);
-  EXPECT_EQ(stats["messages"], 11);
-  EXPECT_EQ(stats["languages"][0]["language"], "de");
-  EXPECT_EQ(stats["languages"][0]["translated"], 10);
-  EXPECT_EQ(stats["languages"][0]["missing"], 1);
-  EXPECT_EQ(stats["languages"][1]["translated"], 11);
 }
 
 TEST_F(MsgtoolTest, ShowRendersLikeTheLibrary) {
@@ -165,17 +162,20 @@ TEST_F(MsgtoolTest, ShowRendersLikeTheLibrary) {
   const Outcome plain = run("show --languages de-AT,de,en " + demo + " demo diskspace 12 /home");
   ASSERT_EQ(plain.exitCode, 0) << plain.err;
   EXPECT_EQ(plain.out, "demo:diskspace (de, warning)\nNur noch 12 MB frei auf /home.\n");
+  // After "--" every word is the key or an argument, also one that looks
+  // like an option or names a file.
+  write("demo", "a file named as the namespace");
+  const Outcome dashed =
+      run("show --languages de " + demo + " -- demo diskspace -12 --", scratch.path());
+  EXPECT_EQ(dashed.out, "demo:diskspace (de, warning)\nNur noch -12 MB frei auf --.\n")
+      << dashed.err;
 
   const Outcome wrapped = run("show --width 24 --languages en " + demo + " demo maintenance /srv");
-  ASSERT_EQ(wrapped.exitCode, 0) << wrapped.err;
-  std::istringstream lines(wrapped.out);
-  std::string line;
-  std::getline(lines, line);  // the heading
-  int count = 0;
-  for (; std::getline(lines, line); ++count) {
-    EXPECT_LE(line.size(), 24u) << line;
-  }
-  EXPECT_GT(count, 4);
+  EXPECT_EQ(wrapped.out,
+            "demo:maintenance (en, info)\nThe archive on /srv\nwill be reorganised\ntonight "
+            "between 01:00\nand 03:00. Files stay\nreadable all the time,\nbut changes made "
+            "while\nit runs may be lost.\n")
+      << wrapped.err;
 
   EXPECT_EQ(run("show --languages fr " + demo + " demo diskspace").exitCode, 2);
   EXPECT_EQ(run("show " + demo + " demo nosuchkey").exitCode, 2);
@@ -199,7 +199,7 @@ TEST_F(MsgtoolTest, HeaderIsSafeDeterministicAndKeepsTheOldFileOnFailure) {
        {"namespace my_app {", "::msg::Key<2> disk_full_2{\"my-app\", \"disk-full\"};",
         "::msg::Key<0> disk_full{\"my-app\", \"disk_full\"};", "// en: \"Disk &1 full */ \\\\\"\n",
         "// de: \"3D\"\n"}) {
-    EXPECT_NE(header.find(expected), std::string::npos) << expected << "\n" << header;
+    EXPECT_THAT(header, HasSubstr(expected));
   }
 
   // A refused document writes nothing: the header stays as it was.
@@ -230,18 +230,15 @@ TEST_F(MsgtoolTest, ImportWritesThroughALinkAndRefusesAReadOnlyDocument) {
   const Outcome linked = import("Los");
   EXPECT_EQ(linked.exitCode, 0) << linked.err;
   EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_NE(readFile(real).find(">Los</Text>"), std::string::npos) << readFile(real);
+  EXPECT_THAT(readFile(real), HasSubstr(">Los</Text>"));
 
   const std::string before = readFile(real);
   ASSERT_EQ(chmod(real.c_str(), 0444), 0);
   const Outcome readOnly = import("Start");
   EXPECT_EQ(readOnly.exitCode, 2);
   EXPECT_EQ(readOnly.out, "");
-  EXPECT_NE(
-      readOnly.err.find("linked.xml: error: cannot be written: the file is read-only; make it "
-                        "writable (chmod u+w)"),
-      std::string::npos)
-      << readOnly.err;
+  EXPECT_THAT(readOnly.err, HasSubstr("linked.xml: error: cannot be written: the file is "
+                                      "read-only; make it writable (chmod u+w)"));
   EXPECT_EQ(readFile(real), before);
   EXPECT_TRUE(fs::is_symlink(link));
 }
@@ -271,59 +268,14 @@ TEST_F(MsgtoolTest, StatsAndCheckAgreeOnStaleTextsWithoutAReferenceText) {
                            "that has changed since; review it [stale-translation]\n");
 }
 
-TEST_F(MsgtoolTest, ShowTakesTheWordsAfterDoubleDashAsTheKey) {
-  const std::string demo = std::string(MSG_SOURCE_DIR) + "/examples/catalogue/demo.xml";
-  write("demo", "a file named as the namespace");
-  const struct {
-    std::string arguments;
-    int exitCode;
-    std::string out;
-  } rows[] = {
-      {demo + " -- demo diskspace 12 /home", 0,
-       "demo:diskspace (de, warning)\nNur noch 12 MB frei auf /home.\n"},
-      {demo + " -- demo diskspace -12 --", 0,
-       "demo:diskspace (de, warning)\nNur noch -12 MB frei auf --.\n"},
-  };
-  for (const auto& row : rows) {
-    const Outcome result = run("show --languages de " + row.arguments, scratch.path());
-    EXPECT_EQ(result.exitCode, row.exitCode) << row.arguments << '\n' << result.err;
-    EXPECT_EQ(result.out, row.out) << row.arguments;
-  }
-}
-
-TEST_F(MsgtoolTest, FilesThatCannotBeTakenGetOneCleanMessage) {
+TEST_F(MsgtoolTest, ExportRefusesAFolderForTheFileOfOneTarget) {
   const fs::path doc = write("app-de.xml", document(""));
-  const fs::path folder = scratch / "l10n";
-  fs::create_directory(folder);
-  const std::string binary(
-      "\x7f"
-      "ELF\0\0\1<msgid",
-      12);
-  write("binary.po", binary);
-  write("binary.xlf", binary);
-  const std::string into = " --into '" + doc.string() + "'";
-  const std::string unchanged =
-      "msgtool: error: nothing was imported; " + doc.string() + " is unchanged\n";
-  const struct {
-    std::string arguments;
-    std::string err;
-  } rows[] = {
-      {"import --format po missing.po" + into,
-       "missing.po: error: cannot be read: No such file or directory\n" + unchanged},
-      {"import --format po binary.po" + into,
-       "binary.po: error: is a binary file, not a PO file\n" + unchanged},
-      {"import --format xliff binary.xlf" + into,
-       "binary.xlf: error: is a binary file, not an XML file\n" + unchanged},
-      {"export --format po --target de -o l10n '" + doc.string() + "'",
-       "msgtool: error: l10n: is a folder; with one target, -o names the file to write "
-       "(l10n/de.po, for instance)\n"},
-  };
-  const std::string before = readFile(doc);
-  for (const auto& row : rows) {
-    const Outcome result = run(row.arguments, scratch.path());
-    EXPECT_EQ(result.exitCode, 2) << row.arguments;
-    EXPECT_EQ(result.err, row.err) << row.arguments;
-  }
-  EXPECT_EQ(readFile(doc), before);
-  EXPECT_TRUE(fs::is_empty(folder));
+  fs::create_directory(scratch / "l10n");
+  const Outcome result =
+      run("export --format po --target de -o l10n '" + doc.string() + "'", scratch.path());
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_EQ(result.err,
+            "msgtool: error: l10n: is a folder; with one target, -o names the file to write "
+            "(l10n/de.po, for instance)\n");
+  EXPECT_TRUE(fs::is_empty(scratch / "l10n"));
 }

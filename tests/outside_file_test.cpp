@@ -28,7 +28,6 @@ class OutsideFileTest : public xml_test::XmlSystemFixture {
   std::string write(const std::string& name, const std::string& bytes) const {
     return scratch.write(name, bytes);
   }
-
   // The problem with which the profile refuses `path`; a failure if it
   // accepts it.
   XercesXML::ParseProblem refusalOf(const std::string& path,
@@ -67,12 +66,9 @@ TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
     std::string message;
   };
   const std::vector<Case> cases = {
-      {"<?xml version=\"1.0\"?>\n<!DOCTYPE a [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>\n"
-       "<a>&e;</a>",
-       2,
-       "a document type declaration (DOCTYPE) is not allowed here: it could declare entities or "
-       "load a DTD"},
-      {"<!DOCTYPE a SYSTEM \"http://example.com/a.dtd\"><a/>", 1,
+      {"<!DOCTYPE a SYSTEM \"http://example.com/a.dtd\" "
+       "[<!ENTITY e SYSTEM \"file:///etc/passwd\">]><a>&e;</a>",
+       1,
        "a document type declaration (DOCTYPE) is not allowed here: it could declare entities or "
        "load a DTD"},
       {deep, 3, "elements are nested deeper than the limit of 1000 levels"},
@@ -105,13 +101,13 @@ TEST_F(OutsideFileTest, RefusesFilesItCannotTakeBeforeParsing) {
 // locations are not followed. Comments stay only when asked for.
 TEST_F(OutsideFileTest, OpensNothingButTheFileAndKeepsLinesAndAskedForComments) {
   write("part.xml", "<p>included</p>");
-  const std::string path =
-      write("doc.xml",
-            "<?xml version=\"1.0\"?>\n<!-- c -->\n"
-            "<a xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-            "xsi:noNamespaceSchemaLocation=\"http://example.com/none.xsd\">\n"
-            "  <xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"part.xml\"/>\n"
-            "</a>\n");
+  const std::string body =
+      "\n<!-- c -->\n"
+      "<a xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+      "xsi:noNamespaceSchemaLocation=\"http://example.com/none.xsd\">\n"
+      "  <xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"part.xml\"/>\n"
+      "</a>\n";
+  const std::string path = write("doc.xml", "<?xml version=\"1.0\"?>" + body);
   const XercesXML::DOMNode plain = XercesXML::parseOutsideFile(path, kRules);
   const XercesXML::DOMNode root = plain.getFirstElementChild();
   EXPECT_EQ(plain.getFirstChild().getNodeName(), "a") << "a comment was kept";
@@ -126,11 +122,7 @@ TEST_F(OutsideFileTest, OpensNothingButTheFileAndKeepsLinesAndAskedForComments) 
   EXPECT_EQ(kept.getFirstChild().getNodeValue(), " c ");
   // Written back as it stands, the file is the same but for its declaration.
   EXPECT_EQ(XercesXML::serializeAsWritten(kept),
-            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- c -->\n"
-            "<a xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-            "xsi:noNamespaceSchemaLocation=\"http://example.com/none.xsd\">\n"
-            "  <xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"part.xml\"/>\n"
-            "</a>\n");
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + body);
 }
 
 // A tree the serialiser cannot write is refused with this layer's error,
