@@ -69,9 +69,10 @@ XercesXML::DOMNode parseMessageDocument(const char* path);
 
 // For tools that point at places in a document; the loader never uses it.
 // parseMessageDocument, the same parse with the same verdict, in which every
-// element of the file itself also knows its line and column
-// (DOMNode::getSourceLine and getSourceColumn); elements that an include
-// brings in from a part have none.
+// element also knows its line and column (DOMNode::getSourceLine and
+// getSourceColumn); an element that an include brings in from a part counts
+// them in the part and names it (DOMNode::getSourceFile), by the folder of
+// `path` and the part's path from there.
 // Raises DocumentRefused.
 XercesXML::DOMNode parseMessageDocumentWithPositions(const char* path);
 

@@ -205,24 +205,23 @@ TEST_F(DocumentSafetyTest, TheLoadersParseKeepsWhereEachElementStarts) {
   EXPECT_EQ(collection.getSourceLine(), 2);
   EXPECT_EQ(collection.getSourceColumn(), 1);
   std::vector<std::pair<int, int>> places;
+  std::vector<std::string> files;
   msg::forEachDocumentText(collection, [&](const msg::DocumentText& entry) {
     places.push_back(
         {entry.namespaceElement.getSourceLine(), entry.namespaceElement.getSourceColumn()});
     places.push_back(
         {entry.messageElement.getSourceLine(), entry.messageElement.getSourceColumn()});
     places.push_back({entry.textElement.getSourceLine(), entry.textElement.getSourceColumn()});
+    files.push_back(entry.textElement.getSourceFile());
     EXPECT_EQ(entry.readText(), "a&b");
   });
-  // The included part is there, without a place of its own, and the
-  // elements after it keep theirs; a parse that asks for no places keeps
-  // none.
+  // The included part's elements have their places in the part, which
+  // they name as the document is named; the elements after it keep theirs.
+  // A parse that asks for no places keeps none.
   EXPECT_EQ(places,
             (std::vector<std::pair<int, int>>{
-                {4, 3}, {5, 5}, {5, 21}, {0, 0}, {0, 0}, {0, 0}, {8, 3}, {8, 30}, {8, 46}}));
-  const XercesXML::DOMNode included =
-      collection.findFirstNodeByName("MessageNamespace").getNextElementSibling();
-  ASSERT_TRUE(included.isValid());
-  EXPECT_EQ(included.getSourceLine(), 0);
+                {4, 3}, {5, 5}, {5, 21}, {1, 1}, {1, 28}, {1, 44}, {8, 3}, {8, 30}, {8, 46}}));
+  EXPECT_EQ(files, (std::vector<std::string>{"", path("docs/part.xml"), ""}));
   const XercesXML::DOMNode validated =
       msg::parseMessageDocument(path("docs/positions.xml").c_str());
   EXPECT_EQ(msg::findMessageCollection(validated).getSourceLine(), 0);

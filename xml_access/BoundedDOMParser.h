@@ -47,7 +47,7 @@ struct ParseRefused {
 //  - records where each element of the document's own file starts (line
 //    and column of its '<') if asked to (setKeepPositions), in a table
 //    beside the document (see takePositions); elements that XInclude
-//    brings in from a part get no record;
+//    brings in from a part get no record here (see PartPositions);
 //  - appends text that follows an entity reference through the public
 //    appendData, which keeps long texts with many references linear (the
 //    parser's own fast append rescans the document's block list each time);

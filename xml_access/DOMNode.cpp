@@ -254,4 +254,9 @@ int DOMNode::getSourceColumn() const {
   return clampPosition(getSourcePosition().column);
 }
 
+std::string DOMNode::getSourceFile() const {
+  const SourcePosition position = getSourcePosition();
+  return position.file == 0 ? std::string() : owner->positions->fileName(position.file);
+}
+
 }  // namespace XercesXML

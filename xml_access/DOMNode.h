@@ -137,11 +137,19 @@ class DOMNode {
   // Where the element starts in its file: the 1-based line and column of
   // its '<', for an element of a document read by
   // Parser::parseFileWithPositions (the document keeps a table of them
-  // beside it). 0 for every other node, for elements of other documents,
-  // and for elements that XInclude brought in from a part.
+  // beside it), also for one that XInclude brought in from a part (then
+  // counted in the part). 0 for every other node and for elements of other
+  // documents.
   // Raises NullPointer on a null handle.
   int getSourceLine() const;
   int getSourceColumn() const;
+
+  // The file the element was read from when XInclude brought it in from a
+  // part (the innermost part, for a part of a part), named as the document
+  // was (see Parser::parseFileWithPositions); empty for an element of the
+  // document's own file and wherever getSourceLine is 0.
+  // Raises NullPointer on a null handle.
+  std::string getSourceFile() const;
 
   // Building and editing (NodeEditing.cpp). A handle is like a pointer: a
   // const handle edits its node all the same. Text going in is read in the

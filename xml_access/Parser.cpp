@@ -131,6 +131,8 @@ DOMNode Parser::parseDocument(const std::string& fileName, bool keepPositions) {
   std::unique_ptr<PositionTable> positions;
   if (keepPositions) {
     positions = std::make_unique<PositionTable>(parser->takePositions());
+    partPositions.place(parser->getDocument(), fileName, *positions);
+    partPositions.clear();
   }
   xercesc::DOMNode* document = nullptr;
   if (getXInclude() || !xIncludeOutputFile.empty()) {
@@ -155,6 +157,8 @@ void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
   // Whatever the parse throws ends the call, behind the blocks reported so
   // far. An exception of this layer out of a receiver counts as unknown here.
   parser->setKeepPositions(keepPositions);
+  partPositions.clear();
+  guard->setPartPositions(keepPositions && getXInclude() ? &partPositions : nullptr);
   try {
     if (localFileOf(fileName).empty()) {
       throw ParseRefused{ParseProblem{
@@ -247,7 +251,7 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       parser->parseBounded(source);
       applyRelaxedSettings();
       if (positions != nullptr) {
-        *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered);
+        *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered, *positions);
       }
     }
   } catch (const Exception& exception) {

@@ -13,6 +13,7 @@
 #include "xml_access/BoundedDOMParser.h"
 #include "xml_access/DOMNode.h"
 #include "xml_access/ParseProblem.h"
+#include "xml_access/PartPositions.h"
 #include "xml_access/PositionTable.h"
 #include "xml_access/ReferenceGuard.h"
 #include "xml_access/XercesXMLErrorHandlerInterface.h"
@@ -107,11 +108,14 @@ class Parser {
   // with no error handler, and the Parser stays usable, on every path.
   DOMNode parseFile(const std::string& fileName);
 
-  // parseFile, with the start of every element of the file itself recorded
-  // for DOMNode::getSourceLine and getSourceColumn. The parse is the same,
-  // and so is its verdict. The positions come from the first parse, which
-  // reads the file as written, and follow the elements through the round
-  // trip; elements that XInclude brings in from a part have none. Unlike
+  // parseFile, with the start of every element recorded for
+  // DOMNode::getSourceLine and getSourceColumn. The parse is the same, and
+  // so is its verdict. The positions come from the first parse, which reads
+  // the file as written, and follow the elements through the round trip;
+  // elements that XInclude brings in from a part have the positions of the
+  // part's own parse (see PartPositions) and name the part
+  // (DOMNode::getSourceFile) by the folder of `fileName` as given and the
+  // part's path from there. Unlike
   // parseFile, the round trip releases the first document before the second
   // parse, so the two trees are never held together.
   // Raises ParsingError as parseFile does.
@@ -172,6 +176,7 @@ class Parser {
   std::string xIncludeOutputFile;
   std::unique_ptr<ReferenceGuard> guard;  // owned, the parser object's resolver
   bool messageDocumentRules = false;
+  PartPositions partPositions;         // of the last parse with positions
   std::vector<ParseProblem> problems;  // of the last parse
 };
 

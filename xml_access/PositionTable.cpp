@@ -41,6 +41,20 @@ void PositionTable::add(const xercesc::DOMNode* element, std::uint64_t line, std
   records.push_back(Record{element, SourcePosition{saturate(line), saturate(column)}});
 }
 
+void PositionTable::add(const xercesc::DOMNode* element, SourcePosition position) {
+  records.push_back(Record{element, position});
+}
+
+std::uint32_t PositionTable::addFile(const std::string& name) {
+  files.push_back(name);
+  return saturate(files.size());
+}
+
+const std::string& PositionTable::fileName(std::uint32_t file) const {
+  static const std::string kOwnFile;
+  return file == 0 || file > files.size() ? kOwnFile : files[file - 1];
+}
+
 void PositionTable::truncate(std::size_t count) {
   if (count < records.size()) {
     records.resize(count);
@@ -70,8 +84,10 @@ std::vector<SourcePosition> PositionTable::inDocumentOrder(const xercesc::DOMNod
 }
 
 PositionTable PositionTable::fromDocumentOrder(const xercesc::DOMNode* document,
-                                               const std::vector<SourcePosition>& positions) {
+                                               const std::vector<SourcePosition>& positions,
+                                               const PositionTable& namesFrom) {
   PositionTable table;
+  table.files = namesFrom.files;
   table.records.reserve(positions.size());
   std::size_t elements = 0;
   forEachElement(document, [&](const xercesc::DOMNode* element) {

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <xercesc/dom/DOMNode.hpp>
@@ -14,7 +15,9 @@
 
 namespace XercesXML {
 
-// Maps element nodes to the line and column of their '<'. The table is kept
+// Maps element nodes to the line and column of their '<', and for an
+// element that XInclude brought in from a part, to the part's file (the
+// table keeps the names; a position holds a number). The table is kept
 // out of the DOM on purpose: once a Xerces-C document holds any user data,
 // every node that is imported into it, cloned or released walks the
 // document's whole user-data table, which made reading a large document
@@ -29,6 +32,16 @@ class PositionTable {
   // Records that `element` starts at `line` and `column`; values beyond
   // the range of a position saturate.
   void add(const xercesc::DOMNode* element, std::uint64_t line, std::uint64_t column);
+
+  // Records `position` for `element`; its file number must come from
+  // addFile (or be 0).
+  void add(const xercesc::DOMNode* element, SourcePosition position);
+
+  // Names an included part; returns its number for SourcePosition::file.
+  std::uint32_t addFile(const std::string& name);
+
+  // The name of file number `file`: empty for 0, the document itself.
+  const std::string& fileName(std::uint32_t file) const;
 
   // The number of records made so far.
   std::size_t size() const { return records.size(); }
@@ -54,9 +67,11 @@ class PositionTable {
   // document order, the n-th entry of `positions`. Carries positions over
   // to a document that was serialised and parsed again: both have the same
   // elements in the same order. Should the numbers differ, the table is
-  // empty: no position is better than a wrong one.
+  // empty: no position is better than a wrong one. The file names of
+  // `namesFrom` (the table of the first document) come along.
   static PositionTable fromDocumentOrder(const xercesc::DOMNode* document,
-                                         const std::vector<SourcePosition>& positions);
+                                         const std::vector<SourcePosition>& positions,
+                                         const PositionTable& namesFrom);
 
  private:
   struct Record {
@@ -65,6 +80,7 @@ class PositionTable {
   };
 
   std::vector<Record> records;
+  std::vector<std::string> files;  // of the parts; file number n is files[n - 1]
 };
 
 }  // namespace XercesXML

@@ -89,20 +89,6 @@ std::string percentDecoded(const std::string& text) {
   return decoded;
 }
 
-// `reference` (a local file name) as an absolute path, relative ones taken
-// from the folder of `base`.
-fs::path resolveAgainst(const std::string& reference, const std::string& base) {
-  const fs::path path(reference);
-  if (path.is_absolute()) {
-    return path.lexically_normal();
-  }
-  fs::path folder = fs::path(localFileOf(base)).parent_path();
-  if (folder.is_relative()) {
-    folder = fs::current_path() / folder;
-  }
-  return (folder / path).lexically_normal();
-}
-
 // True if `path` is `folder` or lies below it.
 bool isWithin(const fs::path& path, const fs::path& folder) {
   auto inner = path.begin();
@@ -190,6 +176,18 @@ std::string localFileOf(const std::string& name) {
   return percentDecoded(rest);
 }
 
+fs::path resolveLocalFile(const std::string& reference, const std::string& base) {
+  const fs::path path(reference);
+  if (path.is_absolute()) {
+    return path.lexically_normal();
+  }
+  fs::path folder = fs::path(localFileOf(base)).parent_path();
+  if (folder.is_relative()) {
+    folder = fs::current_path() / folder;
+  }
+  return (folder / path).lexically_normal();
+}
+
 ReferenceGuard::ReferenceGuard(const BoundedDOMParser& parser) : parser(parser) {}
 
 ReferenceGuard::~ReferenceGuard() = default;
@@ -202,7 +200,7 @@ void ReferenceGuard::start(const std::string& documentPath, bool confine,
   root.clear();
   if (confine) {
     root =
-        canonicalOrNormal(resolveAgainst(localFileOf(documentPath), std::string())).parent_path();
+        canonicalOrNormal(resolveLocalFile(localFileOf(documentPath), std::string())).parent_path();
   }
 }
 
@@ -249,7 +247,7 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
     throw refusalOf(resource, std::string(what) + " \"" + reference +
                                   "\" is not a local file: nothing is read over a network");
   }
-  const fs::path path = resolveAgainst(local, base);
+  const fs::path path = resolveLocalFile(local, base);
   if (kind == Kind::Part && !root.empty() && !isWithin(canonicalOrNormal(path), root)) {
     throw refusalOf(resource, std::string(what) + " \"" + reference +
                                   "\" lies outside the folder of the document (" + root.string() +
@@ -286,6 +284,8 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
   checker.setDisableDefaultEntityResolution(true);
   RefuseOnError refuseOnError(checker, std::string(what) + " \"" + reference + "\"");
   checker.setErrorHandler(&refuseOnError);
+  const bool recordPart = kind == Kind::Part && partPositions != nullptr;
+  checker.setKeepPositions(recordPart);
   // Neither source copies the bytes: `contents` keeps them for the parse.
   {
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()), bytes.size(),
@@ -295,6 +295,9 @@ xercesc::InputSource* ReferenceGuard::open(const std::string& reference, const s
   }
   if (const ParseRefused* inner = checkerGuard.getRefusal()) {
     throw *inner;
+  }
+  if (recordPart) {
+    partPositions->record(path.string(), checker.getDocument(), checker.takePositions());
   }
   auto* source = new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(bytes.data()),
                                                 bytes.size(), systemId.c_str(), false);

@@ -11,6 +11,7 @@
 #include <xercesc/util/XMLEntityResolver.hpp>
 
 #include "xml_access/BoundedDOMParser.h"
+#include "xml_access/PartPositions.h"
 
 namespace XercesXML {
 
@@ -58,6 +59,11 @@ class ReferenceGuard : public xercesc::XMLEntityResolver {
   // document type declaration. Frees the bytes of the previous parse.
   void start(const std::string& documentPath, bool confine, bool refuseDoctypeInParts);
 
+  // With a record (borrowed, not null), the check of every part also notes
+  // where the part's elements start, into the record; null notes nothing.
+  // Stays until changed.
+  void setPartPositions(PartPositions* record) { partPositions = record; }
+
   xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
 
   // The first refusal of the running or last parse; null if none.
@@ -75,14 +81,20 @@ class ReferenceGuard : public xercesc::XMLEntityResolver {
   const BoundedDOMParser& parser;
   std::filesystem::path root;  // empty: includes may reach any local file
   bool refuseDoctypeInParts = false;
-  std::deque<std::string> contents;  // bytes handed out during this parse
-  std::deque<ParseRefused> refused;  // in the order found
+  PartPositions* partPositions = nullptr;  // borrowed, may be null
+  std::deque<std::string> contents;        // bytes handed out during this parse
+  std::deque<ParseRefused> refused;        // in the order found
 };
 
 // The local file a document name refers to: the name itself, or the path of
 // a file: URL without a host (or with localhost). Empty for a URL of any
 // other kind, which names something this library never reads.
 std::string localFileOf(const std::string& name);
+
+// The local file name `reference` as an absolute, lexically normal path;
+// a relative one is taken from the folder of `base` (a local file name or
+// file: URL; empty: the current folder).
+std::filesystem::path resolveLocalFile(const std::string& reference, const std::string& base);
 
 }  // namespace XercesXML
 

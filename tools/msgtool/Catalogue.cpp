@@ -54,8 +54,12 @@ void requireReadableDocument(const std::string& file) {
   }
 }
 
+// Where `element` of the document `file` starts: in the part it came from,
+// if an include brought it in.
 SourcePlace placeOf(const std::string& file, const XercesXML::DOMNode& element) {
-  return SourcePlace{file, element.getSourceLine(), element.getSourceColumn()};
+  const std::string part = element.getSourceFile();
+  return SourcePlace{part.empty() ? file : part, element.getSourceLine(),
+                     element.getSourceColumn()};
 }
 
 }  // namespace
