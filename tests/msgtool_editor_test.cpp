@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Catalogue.h"
@@ -273,6 +274,32 @@ TEST_F(EditorTest, RefusedDocumentsAndEditsLeaveTheFileAsItWas) {
     EXPECT_GT(error.getLine(), 0);
   }
   EXPECT_EQ(readFile(file), refused);
+
+  // Documents the editor cannot write back as they are, and a namespace a
+  // part given on its own cannot hold.
+  std::string otherPrefix = kDocument;
+  otherPrefix.insert(otherPrefix.find(" xmlns:xsi"), " xmlns:msgtool=\"urn:other\"");
+  const std::vector<std::tuple<std::string, std::string, const char*, const char*>> refusals = {
+      {"messages.xml",
+       "<?xml version=\"1.0\" encoding=\"KOI8-R\"?>" + kDocument.substr(kDocument.find('\n')),
+       "app", "the encoding \"KOI8-R\""},
+      {"messages.xml", otherPrefix, "app", "binds the prefix \"msgtool\" to \"urn:other\""},
+      {"part.xml", kPart, "other", "is a part that holds one MessageNamespace"}};
+  for (const auto& [name, bytes, nameSpace, message] : refusals) {
+    SCOPED_TRACE(message);
+    writeFile(scratch / name, bytes);
+    try {
+      msgtool::MessageDocumentEditor editor((scratch / name).string(), "unused.xsd");
+      editor.setText(nameSpace, "start", "", "de", "Neu", "en:1");
+      editor.save();
+      ADD_FAILURE() << "not refused";
+    } catch (const msgtool::ToolError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(message));
+      EXPECT_EQ(error.getFile(), (scratch / name).string());
+    }
+    EXPECT_EQ(readFile(scratch / name), bytes);
+  }
+  writeFile(scratch / "part.xml", kPart);
 
   // The schema has gone since the document was read: the part, written
   // first, is put back.
