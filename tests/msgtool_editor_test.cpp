@@ -1,6 +1,7 @@
 // msgtool's document editor: what it changes in a message document, what it
 // keeps byte for byte, and that a refused edit leaves the file as it was.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -8,6 +9,8 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "Catalogue.h"
 #include "MessageDocumentEditor.h"
@@ -20,6 +23,7 @@ namespace {
 
 using test_support::readFile;
 using test_support::writeFile;
+using ::testing::HasSubstr;
 using Text = msgtool::MessageDocumentEditor::ExistingText;
 
 const char kHead[] =
@@ -49,11 +53,15 @@ const char kPart[] =
     "  <Message id=\"only\"><Text xml:lang=\"de\">Teil</Text></Message>\n"
     "</MessageNamespace>\n";
 
-// The root element once the editor has stamped a text.
+// The root element of a new document.
 const char kEditedHead[] =
     "<MessageCollection xmlns:msgtool=\"urn:x-msg:msgtool:1\" "
     "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
     "xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n";
+
+const char kXsi[] =
+    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+    "xsi:noNamespaceSchemaLocation=\"messages.xsd\"";
 
 class EditorTest : public ::testing::Test {
  protected:
@@ -68,66 +76,167 @@ class EditorTest : public ::testing::Test {
   msgtool::XmlSession session;
 };
 
-// Keys of an included part are known but not edited.
-TEST_F(EditorTest, EditsInPlaceAndKeepsCommentsIndentationAndIncludes) {
-  msgtool::MessageDocumentEditor editor(document(), "unused.xsd");
-  EXPECT_FALSE(editor.isNew());
-  EXPECT_EQ(editor.find("app", "start", "de").value_or(Text{}).text, "Start &0");
-  EXPECT_FALSE(editor.find("app", "start", "fr").has_value());
-  EXPECT_EQ(editor.find("part", "only", "de").value_or(Text{}).text, "Teil");
-  EXPECT_TRUE(editor.isInIncludedPart("part", "only"));
-  EXPECT_FALSE(editor.isInIncludedPart("app", "start"));
-  EXPECT_TRUE(editor.hasMessage("part", "only"));
-  EXPECT_FALSE(editor.hasMessage("part", "missing"));
+struct Edit {
+  const char* nameSpace;
+  const char* identifier;
+  const char* severity;
+  const char* language;
+  std::string text;
+  const char* stamp;
+};
 
-  editor.setText("app", "start", "", "de", "Los &0", "en:1");      // replaced
-  editor.setText("app", "start", "", "fr", "Début &0", "en:2");    // a new Text
-  editor.setText("app", "stop", "warning", "de", "Halt", "en:3");  // a new Message
-  editor.setText("other", "x", "", "de", "<&1>", "en:4");          // a new namespace
-  EXPECT_EQ(editor.find("app", "start", "fr")->stamp, "en:2");
-  editor.save();
+struct Preservation {
+  const char* what;
+  std::string before;
+  std::vector<Edit> edits;
+  std::string after;
+};
 
-  const std::string expected =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!-- kept: a comment before the collection -->\n" +
-      std::string(kEditedHead) +
-      "    <MessageNamespace name=\"app\">\n"
-      "        <Message id=\"start\" severity=\"info\">\n"
-      "            <Text xml:lang=\"en\">Starting &amp;0</Text>\n"
-      "            <!-- kept: reviewed -->\n"
-      "            <Text msgtool:translated-from=\"en:1\" xml:lang=\"de\">Los &amp;0</Text>\n"
-      "            <Text msgtool:translated-from=\"en:2\" xml:lang=\"fr\">Début &amp;0</Text>\n"
-      "        </Message>\n"
-      "        <Message id=\"stop\" severity=\"warning\">\n"
-      "          <Text msgtool:translated-from=\"en:3\" xml:lang=\"de\">Halt</Text>\n"
-      "        </Message>\n"
-      "    </MessageNamespace>\n"
-      "    <MessageNamespace name=\"other\">\n"
-      "      <Message id=\"x\">\n"
-      "        <Text msgtool:translated-from=\"en:4\" xml:lang=\"de\">&lt;&amp;1&gt;</Text>\n"
-      "      </Message>\n"
-      "    </MessageNamespace>\n"
-      "    <xi:include xmlns:xi=\"http://www.w3.org/2001/XInclude\" href=\"part.xml\"/>\n"
-      "</MessageCollection>\n";
-  EXPECT_EQ(readFile(document()), expected);
-  EXPECT_EQ(readFile(scratch / "part.xml"), kPart);
+// ASCII `text` in UTF-16LE with a byte order mark.
+std::string utf16(const std::string& text) {
+  std::string bytes = "\xFF\xFE";
+  for (char c : text) {
+    bytes += c;
+    bytes += '\0';
+  }
+  return bytes;
 }
 
-TEST_F(EditorTest, AddsToEmptyElementsWithOneStepMoreThanTheirParent) {
-  writeFile(document(),
-            std::string(kHead) +
-                "  <MessageNamespace name=\"app\"><Message id=\"a\"/></MessageNamespace>\n"
-                "</MessageCollection>\n");
-  msgtool::MessageDocumentEditor editor(document(), "unused.xsd");
-  editor.setText("app", "a", "", "en", "A", "s");
-  editor.save();
-  EXPECT_NE(readFile(document())
-                .find("  <MessageNamespace name=\"app\">"
-                      "<Message id=\"a\">\n"
-                      "  <Text msgtool:translated-from=\"s\" xml:lang=\"en\">A</Text>\n"
-                      "</Message></MessageNamespace>\n"),
-            std::string::npos)
-      << readFile(document());
+std::string withCrLf(std::string text) {
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) {
+    text.insert(at, 1, '\r');
+  }
+  return text;
+}
+
+// A document with its root's attributes on two lines, in this order.
+std::string collection(const std::string& declaration, const std::string& body,
+                       const std::string& moreAttributes = "") {
+  return declaration +
+         "\n<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
+         "    xsi:noNamespaceSchemaLocation=\"messages.xsd\"" +
+         moreAttributes + ">\n" + body + "</MessageCollection>\n";
+}
+
+const char kStamped[] = " xmlns:msgtool=\"urn:x-msg:msgtool:1\"";
+const char kUtf8[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+const std::string kIndented =
+    "    <MessageNamespace name=\"app\">\n"
+    "        <Message id=\"start\">\n"
+    "            <Text xml:lang=\"en\">Start</Text>\n"
+    "        </Message>\n"
+    "    </MessageNamespace>\n";
+const std::string kStop =
+    "        <Message id=\"stop\" severity=\"warning\">\n"
+    "            <Text msgtool:translated-from=\"en:2\" xml:lang=\"de\">Halt</Text>\n"
+    "        </Message>\n";
+const std::string kIndentedAdded =
+    "    <MessageNamespace name=\"app\">\n"
+    "        <Message id=\"start\">\n"
+    "            <Text xml:lang=\"en\">Start</Text>\n"
+    "            <Text msgtool:translated-from=\"en:1\" xml:lang=\"fr\">D\u00E9but</Text>\n"
+    "        </Message>\n" +
+    kStop +
+    "    </MessageNamespace>\n"
+    "    <MessageNamespace name=\"other\">\n"
+    "        <Message id=\"x\">\n"
+    "            <Text msgtool:translated-from=\"en:3\" xml:lang=\"de\">&lt;&amp;1&gt;</Text>\n"
+    "        </Message>\n"
+    "    </MessageNamespace>\n";
+const std::vector<Edit> kAdditions = {{"app", "start", "", "fr", "D\u00E9but", "en:1"},
+                                      {"app", "stop", "warning", "de", "Halt", "en:2"},
+                                      {"other", "x", "", "de", "<&1>", "en:3"}};
+
+// Every byte the edits do not change stays as written: nothing is written
+// for edits that change nothing.
+TEST_F(EditorTest, ChangesOnlyTheBytesOfWhatItEdits) {
+  const std::string odd = "<?xml version='1.0' encoding='UTF-8' standalone='yes'?>";
+  const std::string oddTags =
+      "  <MessageNamespace name=\"app\">\n"
+      "    <Message severity='info'  id='start'>\n"
+      "      <Text xml:lang=\"en\">Start</Text>\n"
+      "      <Text  msgtool:translated-from = 'en:old'   xml:lang='de' >Alt</Text>\n"
+      "    </Message>\n"
+      "  </MessageNamespace>\n";
+  std::string newText = oddTags;
+  newText.replace(newText.find("'en:old'"), 8, "'en:new'");
+  newText.replace(newText.find(">Alt<"), 5, ">Neu &amp; &lt;mehr&gt;<");
+  const std::string latin1 = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
+  const std::string kept =
+      "  <MessageNamespace name=\"app\">\n"
+      "    <Message id=\"a\">\n"
+      "      <!-- a comment, kept -->\n"
+      "      <Text xml:lang=\"en\"><![CDATA[<b>]]>&#9;&#x26;</Text>\n"
+      "    </Message>\n"
+      "    <Message id=\"b\"/>\n"
+      "  </MessageNamespace>\n";
+  const std::string keptEdited =
+      "  <MessageNamespace name=\"app\">\n"
+      "    <Message id=\"a\">\n"
+      "      <!-- a comment, kept -->\n"
+      "      <Text xml:lang=\"en\"><![CDATA[<b>]]>&#9;&#x26;</Text>\n"
+      "      <Text msgtool:translated-from=\"s\" xml:lang=\"de\">a&#xD;\nb</Text>\n"
+      "    </Message>\n"
+      "    <Message id=\"b\">\n"
+      "      <Text msgtool:translated-from=\"t\" xml:lang=\"de\">B</Text>\n"
+      "    </Message>\n"
+      "  </MessageNamespace>\n";
+  const std::string utf16Declaration = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>";
+
+  const std::vector<Preservation> cases = {
+      {"the same text and stamp",
+       collection(odd, oddTags, kStamped),
+       {{"app", "start", "", "de", "Alt", "en:old"}},
+       collection(odd, oddTags, kStamped)},
+      {"one text: quotes, order, spacing, standalone",
+       collection(odd, oddTags, kStamped),
+       {{"app", "start", "", "de", "Neu & <mehr>", "en:new"}},
+       collection(odd, newText, kStamped)},
+      {"texts, a message, a namespace after their neighbours", collection(kUtf8, kIndented),
+       kAdditions, collection(kUtf8, kIndentedAdded, kStamped)},
+      {"line ends", withCrLf(collection(kUtf8, kIndented)), kAdditions,
+       withCrLf(collection(kUtf8, kIndentedAdded, kStamped))},
+      {"ISO-8859-1, and a character it lacks",
+       collection(latin1,
+                  "  <MessageNamespace name=\"app\"><Message id=\"size\">"
+                  "<Text xml:lang=\"de\">Gro\xDF</Text></Message></MessageNamespace>\n"),
+       {{"app", "size", "", "de",
+         "Gr\u00F6\u00DF"
+         "e 5 \u20AC",
+         "en:1"}},
+       collection(latin1,
+                  "  <MessageNamespace name=\"app\"><Message id=\"size\">"
+                  "<Text xml:lang=\"de\" msgtool:translated-from=\"en:1\">Gr\xF6\xDF"
+                  "e 5 &#x20AC;</Text></Message></MessageNamespace>\n",
+                  kStamped)},
+      {"comments, CDATA, references, an empty message",
+       collection(kUtf8, kept),
+       {{"app", "a", "", "de", "a\r\nb", "s"}, {"app", "b", "", "de", "B", "t"}},
+       collection(kUtf8, keptEdited, kStamped)},
+      {"UTF-16",
+       utf16(collection(utf16Declaration, kIndented)),
+       {kAdditions[1]},
+       utf16(collection(utf16Declaration,
+                        "    <MessageNamespace name=\"app\">\n"
+                        "        <Message id=\"start\">\n"
+                        "            <Text xml:lang=\"en\">Start</Text>\n"
+                        "        </Message>\n" +
+                            kStop + "    </MessageNamespace>\n",
+                        kStamped))},
+  };
+  for (const Preservation& test : cases) {
+    SCOPED_TRACE(test.what);
+    writeFile(document(), test.before);
+    {
+      msgtool::MessageDocumentEditor editor(document(), "unused.xsd");
+      for (const Edit& edit : test.edits) {
+        editor.setText(edit.nameSpace, edit.identifier, edit.severity, edit.language, edit.text,
+                       edit.stamp);
+      }
+      editor.save();
+    }
+    EXPECT_EQ(readFile(document()), test.after);
+  }
 }
 
 TEST_F(EditorTest, NewDocumentNamesItsSchemaAndLoads) {
@@ -166,10 +275,38 @@ TEST_F(EditorTest, RefusedDocumentsAndEditsLeaveTheFileAsItWas) {
   }
   EXPECT_EQ(readFile(file), refused);
 
-  // The schema has gone since the document was read.
+  // Documents the editor cannot write back as they are, and a namespace a
+  // part given on its own cannot hold.
+  std::string otherPrefix = kDocument;
+  otherPrefix.insert(otherPrefix.find(" xmlns:xsi"), " xmlns:msgtool=\"urn:other\"");
+  const std::vector<std::tuple<std::string, std::string, const char*, const char*>> refusals = {
+      {"messages.xml",
+       "<?xml version=\"1.0\" encoding=\"KOI8-R\"?>" + kDocument.substr(kDocument.find('\n')),
+       "app", "the encoding \"KOI8-R\""},
+      {"messages.xml", otherPrefix, "app", "binds the prefix \"msgtool\" to \"urn:other\""},
+      {"part.xml", kPart, "other", "is a part that holds one MessageNamespace"}};
+  for (const auto& [name, bytes, nameSpace, message] : refusals) {
+    SCOPED_TRACE(message);
+    writeFile(scratch / name, bytes);
+    try {
+      msgtool::MessageDocumentEditor editor((scratch / name).string(), "unused.xsd");
+      editor.setText(nameSpace, "start", "", "de", "Neu", "en:1");
+      editor.save();
+      ADD_FAILURE() << "not refused";
+    } catch (const msgtool::ToolError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(message));
+      EXPECT_EQ(error.getFile(), (scratch / name).string());
+    }
+    EXPECT_EQ(readFile(scratch / name), bytes);
+  }
+  writeFile(scratch / "part.xml", kPart);
+
+  // The schema has gone since the document was read: the part, written
+  // first, is put back.
   writeFile(file, kDocument);
   msgtool::MessageDocumentEditor editor(file, "unused.xsd");
   editor.setText("app", "start", "", "de", "Neu", "en:1");
+  editor.setText("part", "only", "", "de", "Neu", "en:1");
   fs::remove(scratch / "messages.xsd");
   try {
     editor.save();
@@ -181,8 +318,10 @@ TEST_F(EditorTest, RefusedDocumentsAndEditsLeaveTheFileAsItWas) {
                   .rfind("the edited document would not load, so it was left as it was: ", 0),
               0u)
         << error.what();
+    EXPECT_THAT(error.what(), HasSubstr("part.xml, written before, was put back as it was"));
   }
   EXPECT_EQ(readFile(file), kDocument);
+  EXPECT_EQ(readFile(scratch / "part.xml"), kPart);
   EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path()), fs::directory_iterator()), 2)
       << "a temporary file was left beside messages.xml and part.xml";
 }

@@ -184,4 +184,67 @@ TEST(ImportTest, GettextLocaleNamesBecomeLanguageTags) {
   }
 }
 
+// Keys of an included part are written into the part, which may also be
+// imported into directly; a refusal leaves every file as it was.
+TEST(ImportTest, KeysInAPartAreWrittenIntoThePart) {
+  const test_support::ScratchFolder scratch;
+  fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", scratch / "messages.xsd");
+  std::string main = kDocument;
+  main.insert(main.find("</MessageCollection>"),
+              "  <xi:include href=\"part.xml\" xmlns:xi=\"http://www.w3.org/2001/XInclude\"/>\n");
+  const std::string part =
+      "<?xml version=\"1.0\"?>\n"
+      "<MessageNamespace name=\"part\">\n"
+      "  <Message id=\"one\">\n"
+      "    <Text xml:lang=\"en\">One</Text>\n"
+      "  </Message>\n"
+      "</MessageNamespace>\n";
+  const std::string partEdited =
+      "<?xml version=\"1.0\"?>\n"
+      "<MessageNamespace name=\"part\" xmlns:msgtool=\"urn:x-msg:msgtool:1\">\n"
+      "  <Message id=\"one\">\n"
+      "    <Text xml:lang=\"en\">One</Text>\n"
+      "    <Text msgtool:translated-from=\"en:";
+  const std::string poPart =
+      "msgid \"\"\nmsgstr \"\"\n\"Language: de\\n\"\n\n"
+      "msgctxt \"part:one\"\nmsgid \"One\"\nmsgstr \"Eins\"\n";
+  const fs::path previous = fs::current_path();
+  fs::current_path(scratch.path());
+  auto run = [](const char* into, const char* input) {
+    const std::vector<const char*> arguments = {"msgtool", "import", "--format", "po",
+                                                input,     "--into", into};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int code = msgtool::runTool(static_cast<int>(arguments.size()), arguments.data());
+    testing::internal::GetCapturedStdout();
+    return std::make_pair(code, testing::internal::GetCapturedStderr());
+  };
+  for (const char* into : {"messages.xml", "part.xml"}) {
+    SCOPED_TRACE(into);
+    scratch.write("messages.xml", main);
+    scratch.write("part.xml", part);
+    scratch.write("in.po", poPart);
+    auto [code, errors] = run(into, "in.po");
+    EXPECT_EQ(code, 0) << errors;
+    EXPECT_EQ(test_support::readFile(scratch / "messages.xml"), main);
+    EXPECT_EQ(test_support::readFile(scratch / "part.xml").rfind(partEdited, 0), 0u)
+        << test_support::readFile(scratch / "part.xml");
+    EXPECT_THAT(test_support::readFile(scratch / "part.xml"),
+                HasSubstr("\" xml:lang=\"de\">Eins</Text>\n  </Message>\n</MessageNamespace>"));
+
+    // Both files would change, but the part is read-only: neither is written.
+    scratch.write("messages.xml", main);
+    scratch.write("part.xml", part);
+    fs::permissions(scratch / "part.xml", fs::perms::owner_read);
+    scratch.write("in.po", poFile("de") + "\n" + poPart.substr(poPart.find("msgctxt")));
+    std::tie(code, errors) = run("messages.xml", "in.po");
+    EXPECT_EQ(code, 2);
+    EXPECT_THAT(errors, HasSubstr("part.xml"));
+    EXPECT_EQ(test_support::readFile(scratch / "messages.xml"), main);
+    EXPECT_EQ(test_support::readFile(scratch / "part.xml"), part);
+    fs::permissions(scratch / "part.xml", fs::perms::owner_all);
+  }
+  fs::current_path(previous);
+}
+
 }  // namespace

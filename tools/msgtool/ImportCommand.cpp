@@ -305,11 +305,11 @@ class Importer {
       ++unchanged;
       return;
     }
-    if (editor.isInIncludedPart(key->first, key->second)) {
+    if (editor.isOutOfReach(key->first, key->second)) {
       ++skipped, ++refused;
       report(unit, "error",
-             "the message stands in a document that " + options.into +
-                 " includes; import into that document instead");
+             "the message stands in a part that msgtool cannot edit (one included with "
+             "xpointer or as text, or whose root is a Message); change it there by hand");
       return;
     }
     editor.setText(key->first, key->second,

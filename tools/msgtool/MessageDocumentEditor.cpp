@@ -8,37 +8,53 @@
 #include "ToolError.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "platform/InputLimits.h"
-#include "xml_access/DocumentSerializer.h"
 
 namespace msgtool {
 
 namespace {
 
-using XercesXML::DOMNode;
+namespace fs = std::filesystem;
 
-constexpr char kXmlNamespace[] = "http://www.w3.org/XML/1998/namespace";
-constexpr char kXmlnsNamespace[] = "http://www.w3.org/2000/xmlns/";
-constexpr char kSchemaInstanceNamespace[] = "http://www.w3.org/2001/XMLSchema-instance";
+constexpr char kXmlnsMsgtool[] = "xmlns:msgtool";
 
-DOMNode emptyDocument(const std::string& schemaLocation) {
-  DOMNode document = DOMNode::createDocument("", "MessageCollection");
-  const DOMNode root = document.getFirstElementChild();
-  root.setAttribute("xmlns:xsi", kSchemaInstanceNamespace, kXmlnsNamespace);
-  root.setAttribute("xsi:noNamespaceSchemaLocation", schemaLocation, kSchemaInstanceNamespace);
-  root.appendText("\n");
-  return document;
+// The text of a new document, before anything is added to it.
+std::string newDocumentText(const std::string& schemaLocation) {
+  const XercesXML::MarkupEncoding utf8 = XercesXML::MarkupEncoding::of(std::string());
+  return std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MessageCollection ") +
+         kXmlnsMsgtool + "=\"" + kMsgtoolNamespace +
+         "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+         "xsi:noNamespaceSchemaLocation=\"" +
+         utf8.escapeAttribute(schemaLocation, '"') + "\">\n</MessageCollection>\n";
 }
 
-// The last of `candidates` in document order; null if there is none.
-template <typename Map>
-DOMNode lastInDocument(const Map& candidates) {
-  DOMNode last;
-  for (const auto& [name, element] : candidates) {
-    if (element.isValid() && (!last.isValid() || last.precedes(element))) {
-      last = element;
+// True if `file` lies in `folder` or below it.
+bool liesIn(const fs::path& file, const fs::path& folder) {
+  std::error_code error;
+  const fs::path relative = fs::weakly_canonical(file, error).lexically_relative(folder);
+  return !error && !relative.empty() && *relative.begin() != "..";
+}
+
+// Checks `written`, the new text of `file`: that the loader loads it, for
+// a document, else that it is well formed. Raises ToolError naming `file`.
+void checkResult(const std::string& file, const std::string& written, bool loads) {
+  if (loads) {
+    try {
+      msg::parseMessageDocument(written.c_str());
+    } catch (const msg::DocumentRefused& refused) {
+      throw ToolError(file, 0,
+                      "the edited document would not load, so it was left as it was: " +
+                          refused.problems.front().message);
+    }
+  } else {
+    try {
+      readOutsideFile(written, msg::limits::kMaxMessageDocumentBytes, false);
+    } catch (const ToolError& refused) {
+      throw ToolError(file, 0,
+                      std::string("the edited part would not be well formed, so it was left as "
+                                  "it was: ") +
+                          refused.what());
     }
   }
-  return last;
 }
 
 }  // namespace
@@ -49,42 +65,39 @@ MessageDocumentEditor::MessageDocumentEditor(std::string path, const std::string
   // work on it or reports a unit as imported.
   requireReplaceable(this->path);
   std::error_code error;
-  if (!std::filesystem::exists(this->path, error)) {
+  if (!fs::exists(this->path, error)) {
     created = true;
-    document = emptyDocument(schemaLocation);
-    collection = document.getFirstElementChild();
+    files.push_back(std::make_unique<DocumentFile>(this->path, newDocumentText(schemaLocation)));
+    collection = 0;
     return;
   }
-  readIncludedKeys();
-  document = readOutsideFile(this->path, msg::limits::kMaxMessageDocumentBytes, true);
-  collection = msg::findMessageCollection(document);
-  if (!collection.isValid()) {
-    throw ToolError(this->path, 0, "holds no MessageCollection");
+  files.push_back(std::make_unique<DocumentFile>(this->path));
+  if (!files[0]->isPart()) {
+    readLoadedTexts();
   }
-  index();
-  for (const auto& [key, place] : messages) {
-    includedKeys.erase(key);
-  }
-  for (auto text = includedTexts.begin(); text != includedTexts.end();) {
-    text = includedKeys.count(text->first.substr(0, text->first.rfind('\n'))) != 0
-               ? std::next(text)
-               : includedTexts.erase(text);
+  openParts();
+  for (int file = 0; file < static_cast<int>(files.size()); ++file) {
+    index(file);
   }
 }
+
+MessageDocumentEditor::~MessageDocumentEditor() = default;
 
 std::string MessageDocumentEditor::keyOf(const std::string& nameSpace,
                                          const std::string& identifier) {
   return nameSpace + '\n' + identifier;
 }
 
-void MessageDocumentEditor::readIncludedKeys() {
+// The texts as the loader reads them, parts included: the document must
+// load before anything is imported into it.
+void MessageDocumentEditor::readLoadedTexts() {
   try {
-    DOMNode expanded = msg::parseMessageDocument(path.c_str());
+    XercesXML::DOMNode expanded = msg::parseMessageDocument(path.c_str());
     msg::forEachDocumentText(
         msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
           const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
-          includedKeys.insert(key);
-          includedTexts[key + '\n' + text.effectiveLanguage()] = ExistingText{
+          loadedKeys.insert(key);
+          loadedTexts[key + '\n' + text.effectiveLanguage()] = ExistingText{
               text.readText(),
               text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
         });
@@ -96,117 +109,204 @@ void MessageDocumentEditor::readIncludedKeys() {
   }
 }
 
-// The document as written, walked as the loader walks the expanded one.
-void MessageDocumentEditor::index() {
-  msg::DocumentVisitor visitor;
-  visitor.onNamespace = [this](const msg::DocumentText& at) {
-    namespaces[at.effectiveNamespace()] = at.namespaceElement;
-  };
-  visitor.onMessage = [this](const msg::DocumentText& at) {
-    messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())].message = at.messageElement;
-  };
-  visitor.onText = [this](const msg::DocumentText& at) {
-    messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())]
-        .texts[at.effectiveLanguage()] = at.textElement;
-  };
-  msg::walkMessageDocument(collection, visitor);
-  lastNamespace = lastInDocument(namespaces);
-}
-
-DOMNode& MessageDocumentEditor::lastMessageOf(const std::string& nameSpace, const DOMNode& space) {
-  auto [known, isNew] = lastMessages.emplace(nameSpace, DOMNode());
-  if (isNew) {
-    for (DOMNode child = space.getFirstElementChild(); child.isValid();
-         child = child.getNextElementSibling()) {
-      if (child.getNodeName() == "Message") {
-        known->second = child;
+// The parts the file includes, and theirs, each once. Only parts in the
+// folder of the file given or below it are opened, as the loader allows.
+void MessageDocumentEditor::openParts() {
+  std::error_code error;
+  const fs::path folder = fs::weakly_canonical(fs::absolute(path).parent_path(), error);
+  std::set<fs::path> seen{fs::weakly_canonical(path, error)};
+  for (std::size_t file = 0; file < files.size(); ++file) {
+    for (const std::string& part : files[file]->includedFiles()) {
+      const fs::path canonical = fs::weakly_canonical(part, error);
+      if (!error && liesIn(canonical, folder) && fs::is_regular_file(canonical, error) &&
+          seen.insert(canonical).second) {
+        files.push_back(std::make_unique<DocumentFile>(part));
       }
     }
   }
-  return known->second;
+}
+
+// The texts of one file, walked as the loader walks them. A part whose root
+// is neither a MessageCollection nor a MessageNamespace is not indexed: its
+// keys are out of reach.
+void MessageDocumentEditor::index(int file) {
+  const XercesXML::DOMNode& document = files[file]->document();
+  XercesXML::DOMNode from = document;
+  if (document.getFirstElementChild().getNodeName() != "MessageNamespace") {
+    from = msg::findMessageCollection(document);
+    if (!from.isValid()) {
+      if (file == 0) {
+        throw ToolError(path, 0, "holds no MessageCollection");
+      }
+      return;
+    }
+    if (file == 0) {
+      collection = files[0]->idOf(from);
+    }
+  }
+  const DocumentFile& in = *files[file];
+  msg::DocumentVisitor visitor;
+  visitor.onNamespace = [&](const msg::DocumentText& at) {
+    const int element = in.idOf(at.namespaceElement);
+    namespaces[at.effectiveNamespace()] = NamespacePlace{file, element, -1};
+    if (file == 0 && collection >= 0) {
+      lastNamespace = element;
+    }
+  };
+  visitor.onMessage = [&](const msg::DocumentText& at) {
+    MessagePlace& place = messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())];
+    place.file = file;
+    place.element = in.idOf(at.messageElement);
+    place.lastText = -1;
+    namespaces[at.effectiveNamespace()].lastMessage = place.element;
+  };
+  visitor.onText = [&](const msg::DocumentText& at) {
+    MessagePlace& place = messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())];
+    place.lastText = in.idOf(at.textElement);
+    place.texts[at.effectiveLanguage()] =
+        TextPlace{file, place.lastText,
+                  ExistingText{at.readText(), at.textElement.getAttributeByName(
+                                                  kTranslatedFromAttribute, kMsgtoolNamespace)}};
+  };
+  msg::walkMessageDocument(from, visitor);
 }
 
 std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
     const std::string& nameSpace, const std::string& identifier,
     const std::string& language) const {
   auto place = messages.find(keyOf(nameSpace, identifier));
-  if (place == messages.end()) {
-    auto included = includedTexts.find(keyOf(nameSpace, identifier) + '\n' + language);
-    return included == includedTexts.end() ? std::nullopt
-                                           : std::optional<ExistingText>(included->second);
+  if (place != messages.end()) {
+    auto text = place->second.texts.find(language);
+    if (text == place->second.texts.end()) {
+      return std::nullopt;
+    }
+    return text->second.current;
   }
-  auto text = place->second.texts.find(language);
-  if (text == place->second.texts.end()) {
-    return std::nullopt;
-  }
-  return ExistingText{text->second.getTextContent(),
-                      text->second.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
+  auto loaded = loadedTexts.find(keyOf(nameSpace, identifier) + '\n' + language);
+  return loaded == loadedTexts.end() ? std::nullopt : std::optional<ExistingText>(loaded->second);
 }
 
 bool MessageDocumentEditor::hasMessage(const std::string& nameSpace,
                                        const std::string& identifier) const {
   return messages.count(keyOf(nameSpace, identifier)) != 0 ||
-         isInIncludedPart(nameSpace, identifier);
+         loadedKeys.count(keyOf(nameSpace, identifier)) != 0;
 }
 
-bool MessageDocumentEditor::isInIncludedPart(const std::string& nameSpace,
-                                             const std::string& identifier) const {
-  return includedKeys.count(keyOf(nameSpace, identifier)) != 0;
-}
-
-DOMNode MessageDocumentEditor::newElement(const char* name) const {
-  return document.createElement("", name);
+bool MessageDocumentEditor::isOutOfReach(const std::string& nameSpace,
+                                         const std::string& identifier) const {
+  return messages.count(keyOf(nameSpace, identifier)) == 0 &&
+         loadedKeys.count(keyOf(nameSpace, identifier)) != 0;
 }
 
 void MessageDocumentEditor::setText(const std::string& nameSpace, const std::string& identifier,
                                     const std::string& severityWord, const std::string& language,
-                                    const std::string& text, const std::string& stamp) {
+                                    const std::string& text, const std::string& stampValue) {
   MessagePlace& place = messages[keyOf(nameSpace, identifier)];
-  if (!place.message.isValid()) {
-    DOMNode& space = namespaces[nameSpace];
-    if (!space.isValid()) {
-      space = newElement("MessageNamespace");
-      space.setAttribute("name", nameSpace);
-      collection.insertIndented(lastNamespace, space);
-      lastNamespace = space;
+  if (place.element < 0) {
+    auto space = namespaces.find(nameSpace);
+    if (space == namespaces.end()) {
+      if (collection < 0) {
+        messages.erase(keyOf(nameSpace, identifier));
+        throw ToolError(path, 0,
+                        "is a part that holds one MessageNamespace; the namespace \"" + nameSpace +
+                            "\" cannot be added to it (import into the document that includes "
+                            "it)");
+      }
+      XercesXML::MarkupEditor& main = files[0]->markup();
+      lastNamespace = main.addElement(collection, lastNamespace, "MessageNamespace");
+      main.setAttribute(lastNamespace, "name", nameSpace);
+      space = namespaces.emplace(nameSpace, NamespacePlace{0, lastNamespace, -1}).first;
     }
-    place.message = newElement("Message");
-    place.message.setAttribute("id", identifier);
+    XercesXML::MarkupEditor& markup = files[space->second.file]->markup();
+    place.file = space->second.file;
+    place.element = markup.addElement(space->second.element, space->second.lastMessage, "Message");
+    markup.setAttribute(place.element, "id", identifier);
     if (!severityWord.empty()) {
-      place.message.setAttribute("severity", severityWord);
+      markup.setAttribute(place.element, "severity", severityWord);
     }
-    DOMNode& lastMessage = lastMessageOf(nameSpace, space);
-    space.insertIndented(lastMessage, place.message);
-    lastMessage = place.message;
+    space->second.lastMessage = place.element;
   }
-  DOMNode& element = place.texts[language];
-  if (!element.isValid()) {
-    const DOMNode lastText = lastInDocument(place.texts);
-    element = newElement("Text");
-    element.setAttribute("xml:lang", language, kXmlNamespace);
-    place.message.insertIndented(lastText, element);
+  TextPlace& written = place.texts[language];
+  if (written.element < 0) {
+    written.file = place.file;
+    written.element = files[place.file]->markup().addElement(place.element, place.lastText, "Text");
+    place.lastText = written.element;
+    stamp(written.file, written.element, stampValue);
+    files[place.file]->markup().setAttribute(written.element, "xml:lang", language);
   }
-  element.replaceContentWithText(text);
-  const DOMNode root = document.getFirstElementChild();
-  if (!root.hasAttribute(kMsgtoolPrefix, kXmlnsNamespace)) {
-    root.setAttribute(std::string("xmlns:") + kMsgtoolPrefix, kMsgtoolNamespace, kXmlnsNamespace);
-  }
-  element.setAttribute(std::string(kMsgtoolPrefix) + ":" + kTranslatedFromAttribute, stamp,
-                       kMsgtoolNamespace);
+  files[written.file]->markup().setContent(written.element, text);
+  stamp(written.file, written.element, stampValue);
+  written.current = ExistingText{text, stampValue};
 }
 
+void MessageDocumentEditor::stamp(int file, int element, const std::string& value) {
+  XercesXML::MarkupEditor& markup = files[file]->markup();
+  const std::optional<std::string> bound = markup.writtenAttribute(0, kXmlnsMsgtool);
+  if (!bound) {
+    markup.setAttribute(0, kXmlnsMsgtool, kMsgtoolNamespace);
+  } else if (*bound != kMsgtoolNamespace) {
+    throw ToolError(files[file]->path(), 0,
+                    std::string("binds the prefix \"") + kMsgtoolPrefix + "\" to \"" + *bound +
+                        "\"; msgtool needs it for " + kMsgtoolNamespace);
+  }
+  markup.setAttribute(element, std::string(kMsgtoolPrefix) + ':' + kTranslatedFromAttribute, value);
+}
+
+// The files are written one after the other, the parts first, so that the
+// document is checked with the parts it will load. Atomicity across files is
+// not possible; what comes closest is to put back what was written before a
+// failure.
 void MessageDocumentEditor::save() const {
-  replaceFileAtomically(
-      path, XercesXML::serializeAsWritten(document), [this](const std::string& temporary) {
-        try {
-          msg::parseMessageDocument(temporary.c_str());
-        } catch (const msg::DocumentRefused& refused) {
-          const msg::DocumentProblem& first = refused.problems.front();
-          throw ToolError(
-              path, 0,
-              "the edited document would not load, so it was left as it was: " + first.message);
-        }
+  struct Write {
+    const DocumentFile* file;
+    std::string bytes;
+  };
+  std::vector<Write> writes;
+  for (std::size_t at = 1; at <= files.size(); ++at) {
+    const DocumentFile& file = *files[at % files.size()];  // files[0] last
+    if (file.markup().changed()) {
+      std::string bytes = file.editedBytes();
+      if (created || bytes != file.originalBytes()) {
+        writes.push_back(Write{&file, std::move(bytes)});
+      }
+    }
+  }
+  for (const Write& write : writes) {
+    requireReplaceable(write.file->path());
+  }
+  const bool whole = !files[0]->isPart();
+  std::size_t written = 0;
+  try {
+    for (const Write& write : writes) {
+      const bool loads = whole && write.file == files[0].get();
+      replaceFileAtomically(write.file->path(), write.bytes, [&](const std::string& temporary) {
+        checkResult(write.file->path(), temporary, loads);
       });
+      ++written;
+    }
+    if (whole && written > 0 && writes.back().file != files[0].get()) {
+      checkResult(path, path, true);  // only parts changed: the document must still load
+    }
+  } catch (const ToolError& failure) {
+    std::string restored;
+    for (std::size_t at = written; at-- > 0;) {
+      try {
+        replaceFileAtomically(writes[at].file->path(), writes[at].file->originalBytes(),
+                              [](const std::string&) {});
+        restored += (restored.empty() ? "" : ", ") + writes[at].file->path();
+      } catch (const ToolError& again) {
+        throw ToolError(failure.getFile(), failure.getLine(),
+                        std::string(failure.what()) + "; and " + writes[at].file->path() +
+                            ", written before, could not be put back: " + again.what());
+      }
+    }
+    if (restored.empty()) {
+      throw;
+    }
+    throw ToolError(
+        failure.getFile(), failure.getLine(),
+        std::string(failure.what()) + "; " + restored + ", written before, was put back as it was");
+  }
 }
 
 }  // namespace msgtool

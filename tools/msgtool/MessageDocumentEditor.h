@@ -1,35 +1,43 @@
-// MessageDocumentEditor: changes texts of one message document through its
-// DOM and writes it back, leaving everything else as it stood: other
-// languages, other keys, comments, includes, the order of elements and the
-// indentation around them.
+// MessageDocumentEditor: changes texts of a message document and of the
+// parts it includes, and writes back only what changed: every file keeps
+// its encoding, line ends, quotes, attribute order and spacing, XML
+// declaration, comments and indentation; a file that nothing changed is not
+// written.
 //
-// The document is read as written (includes are not expanded), through the
-// library's profile for files from outside, so that the file written back
-// still includes its parts; it is walked where and as the loader walks it
-// (msg::walkMessageDocument). Keys that live only in an included part are
-// reported by isInIncludedPart() and are not edited here.
+// Each file is read as written (DocumentFile) and walked where and as the
+// loader walks it (msg::walkMessageDocument); an edit changes the file's own
+// text (XercesXML::MarkupEditor). A key is edited in the file that holds its
+// Message, the document or an included part. The editor also works on a part
+// given directly: a file whose root is a MessageNamespace, or a
+// MessageCollection that names no schema.
 
 #ifndef MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
 #define MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
-#include "xml_access/DOMNode.h"
+#include "DocumentFile.h"
 
 namespace msgtool {
 
 class MessageDocumentEditor {
  public:
-  // Opens the document at `path`; if no file is there, starts a new one
-  // that names `schemaLocation` as its schema.
+  // Opens the document or part at `path` and the parts it includes; if no
+  // file is there, starts a new document that names `schemaLocation` as its
+  // schema.
   // Raises ToolError naming the file if the document is read-only, if it
-  // exists but the loader refuses it, it is larger than limits::kMaxMessageDocumentBytes, or it
-  // holds no MessageCollection.
+  // exists but the loader refuses it, it is larger than
+  // limits::kMaxMessageDocumentBytes, it holds no MessageCollection (a part:
+  // no MessageNamespace either), or a file is in an encoding the editor
+  // cannot write.
   // REQUIRES: the XML system is up (UTF-8 output).
   MessageDocumentEditor(std::string path, const std::string& schemaLocation);
+  ~MessageDocumentEditor();
 
   // A text of a key in one language: the last one, which the loader keeps.
   struct ExistingText {
@@ -42,51 +50,65 @@ class MessageDocumentEditor {
   // True if the key has a Message in the document or an included part.
   bool hasMessage(const std::string& nameSpace, const std::string& identifier) const;
 
-  // True if the key has a Message in an included part but none in the
-  // document itself.
-  bool isInIncludedPart(const std::string& nameSpace, const std::string& identifier) const;
+  // True if the key's Message stands where the editor cannot write: in a
+  // part included only in part (xpointer) or as text, or whose root is a
+  // Message.
+  bool isOutOfReach(const std::string& nameSpace, const std::string& identifier) const;
 
-  // Makes `text` the key's text in `language`, stamped with `stamp`. Adds
-  // the Text after the key's last Text, the Message (with `severityWord`)
-  // after the namespace's last Message, and the MessageNamespace at the end
-  // of the collection, where they are missing.
+  // Makes `text` the key's text in `language`, stamped with `stamp`, in the
+  // file that holds the key's Message. Adds the Text after the key's last
+  // Text, the Message (with `severityWord`) after the namespace's last
+  // Message, and the MessageNamespace after the document's last one, where
+  // they are missing.
+  // Raises ToolError for a namespace that a part given directly cannot hold.
+  // REQUIRES: !isOutOfReach(nameSpace, identifier).
   void setText(const std::string& nameSpace, const std::string& identifier,
                const std::string& severityWord, const std::string& language,
                const std::string& text, const std::string& stamp);
 
   bool isNew() const { return created; }
 
-  // Writes the document in place of the file, atomically, once the loader
-  // has accepted the new content. Raises ToolError naming the file; the file
-  // is then unchanged.
+  // Writes each changed file in place, atomically, once the result loads:
+  // the parts first, each checked to be well formed, then the document,
+  // loaded as the loader loads it, with its new parts. A file whose bytes
+  // did not change is not written. Raises ToolError naming the file; the
+  // files written before it are then put back as they were (the error says
+  // so if one of them cannot be).
   void save() const;
 
  private:
+  struct TextPlace {
+    int file = -1;
+    int element = -1;
+    ExistingText current;
+  };
   struct MessagePlace {
-    XercesXML::DOMNode message;                       // the last Message of the key
-    std::map<std::string, XercesXML::DOMNode> texts;  // language -> last Text
+    int file = -1;
+    int element = -1;                        // the last Message of the key
+    int lastText = -1;                       // its last Text
+    std::map<std::string, TextPlace> texts;  // language -> last Text
+  };
+  struct NamespacePlace {
+    int file = -1;
+    int element = -1;
+    int lastMessage = -1;
   };
 
-  void index();
-  void readIncludedKeys();
+  void readLoadedTexts();
+  void openParts();
+  void index(int file);
   static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
-  XercesXML::DOMNode newElement(const char* name) const;
-
-  // The last Message child of `space`, the namespace's element in the
-  // document: found once, then kept up to date by setText, so that adding
-  // many messages to one namespace does not scan it for each.
-  XercesXML::DOMNode& lastMessageOf(const std::string& nameSpace, const XercesXML::DOMNode& space);
+  void stamp(int file, int element, const std::string& value);
 
   std::string path;
   bool created = false;
-  XercesXML::DOMNode document;
-  XercesXML::DOMNode collection;
-  std::map<std::string, MessagePlace> messages;            // keyOf -> place
-  std::map<std::string, XercesXML::DOMNode> namespaces;    // name -> last one
-  XercesXML::DOMNode lastNamespace;                        // the last in the document, null if none
-  std::map<std::string, XercesXML::DOMNode> lastMessages;  // name -> see lastMessageOf
-  std::set<std::string> includedKeys;                      // keys only in included parts
-  std::map<std::string, ExistingText> includedTexts;       // keyOf + '\n' + language
+  std::vector<std::unique_ptr<DocumentFile>> files;  // [0] is `path`, then its parts
+  int collection = -1;     // the MessageCollection of files[0]; -1 in a namespace part
+  int lastNamespace = -1;  // the last MessageNamespace of files[0], -1 if none
+  std::map<std::string, MessagePlace> messages;      // keyOf -> place
+  std::map<std::string, NamespacePlace> namespaces;  // name -> the last one
+  std::set<std::string> loadedKeys;                  // keyOf, as the loader reads them
+  std::map<std::string, ExistingText> loadedTexts;   // keyOf + '\n' + language, as loaded
 };
 
 }  // namespace msgtool
