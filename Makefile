@@ -6,6 +6,8 @@ DEBIAN_PACKAGES := g++ cmake ninja-build pkg-config libxerces-c-dev \
                    libcli11-dev nlohmann-json3-dev
 # Checksums of compiled catalogues (header only).
 DEBIAN_PACKAGES += libxxhash-dev
+# ICU: its plural rules are compiled into a table at build time.
+DEBIAN_PACKAGES += libicu-dev
 
 RELEASE_DIR := build/release
 TEST_DIR    := build/debug-asan

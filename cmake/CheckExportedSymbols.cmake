@@ -26,7 +26,7 @@ endif()
 set(exported_classes
   "msg::LanguageList" "msg::MTE" "msg::Message" "msg::MessageHandler" "msg::MessageChannel"
   "msg::FormattingMessageChannel" "msg::MessageHandlerX"
-  "msg::JsonLinesMessageChannel" "msg::SyslogMessageChannel"
+  "msg::JsonLinesMessageChannel" "msg::SyslogMessageChannel" "msg::Plurals"
   "msg::MessageHandlerError" "msg::MessageExists" "msg::MessageNotFound"
   "msg::ErrorInMessageDocument"
   "structured_exception"
@@ -41,6 +41,7 @@ set(required_symbols
   "msg::Message::substitute(unsigned int, double, int)"
   "msg::MessageHandler::object()"
   "msg::MessageChannel::onMessage(msg::Message const&)"
+  "msg::Plurals::category(msg::Language, msg::PluralKind, char const*)"
   "typeinfo for msg::MessageHandler"
   "typeinfo for msg::MessageChannel"
   "typeinfo for msg::MessageHandlerError"

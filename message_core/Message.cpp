@@ -15,6 +15,7 @@
 #include "message_core/BlockCache.h"
 #include "message_core/MessageTable.h"
 #include "message_core/PlaceholderScanner.h"
+#include "message_core/PluralForms.h"
 #include "message_core/StringCopy.h"
 #include "msg/MTE.h"
 #include "msg/MessageExceptions.h"
@@ -96,7 +97,8 @@ Message::Message(const char* nameSpace, const char* identifier, SeverityLevel se
       ownText(nullptr),
       resultBuffer(nullptr),
       workBuffer(nullptr),
-      bufferSize(0) {
+      bufferSize(0),
+      forms(nullptr) {
   if (!copyStrings) {
     return;
   }
@@ -113,7 +115,8 @@ Message::Message(const char* nameSpace, const char* identifier, SeverityLevel se
   this->text = ownText;
 }
 
-Message::Message(const MTE* entry, const char* text, SeverityLevel severity, Language language)
+Message::Message(const MTE* entry, const char* text, SeverityLevel severity, Language language,
+                 const PluralForms* forms)
     : keySource(entry),
       nameSpace(nullptr),
       identifier(nullptr),
@@ -126,7 +129,8 @@ Message::Message(const MTE* entry, const char* text, SeverityLevel severity, Lan
       ownText(nullptr),
       resultBuffer(nullptr),
       workBuffer(nullptr),
-      bufferSize(0) {}
+      bufferSize(0),
+      forms(forms) {}
 
 // Delegates first, so that the record counts as constructed and the
 // destructor frees the buffers if a substitution below throws.
@@ -148,6 +152,7 @@ Message::Message(const MessageHandler* handler, const char* nameSpace, const cha
       text = choice.text;
       severity = static_cast<SeverityLevel>(choice.severity);
       language = choice.language;
+      forms = choice.forms;
       return;
     }
   }
@@ -166,6 +171,7 @@ Message::Message(const MessageHandler* handler, const char* nameSpace, const cha
   this->text = found->text;
   severity = found->severity;
   language = found->language;
+  forms = found->forms;
   delete found;
 
   if (keyMissing) {
@@ -187,7 +193,15 @@ const char* Message::getMessage() const {
   return resultBuffer != nullptr ? resultBuffer : text;
 }
 
+unsigned int Message::getCountPlaceholder() const {
+  return forms != nullptr ? forms->countPlaceholder() : 0;
+}
+
 void Message::clear() {
+  if (forms != nullptr) {
+    useText(forms->other());
+    return;
+  }
   if (resultBuffer == nullptr) {
     return;
   }
@@ -195,6 +209,24 @@ void Message::clear() {
   resultBuffer[0] = '\0';
   if (text != nullptr) {
     std::strcpy(workBuffer, text);
+  } else {
+    workBuffer[0] = '\0';
+  }
+}
+
+void Message::useText(const char* chosen) {
+  text = chosen;
+  if (resultBuffer == nullptr) {
+    return;  // the first substitution makes the buffers from `text`
+  }
+  // A variant may be longer than every text the buffers were made for.
+  const std::size_t length = lengthOrZero(text);
+  if (bufferSize < length + 1) {
+    growBuffers(length + 1);
+  }
+  resultBuffer[0] = '\0';
+  if (text != nullptr) {
+    std::memcpy(workBuffer, text, length + 1);
   } else {
     workBuffer[0] = '\0';
   }
@@ -243,6 +275,15 @@ bool Message::substitute(unsigned int number, const char* value) {
   if (pointsInto(value, resultBuffer, 2 * std::size_t{bufferSize})) {
     ownValue = value;
     value = ownValue.c_str();
+  }
+  // The count, filled into a record that holds nothing filled in yet,
+  // chooses the variant.
+  if (forms != nullptr && number == forms->countPlaceholder() &&
+      (resultBuffer == nullptr || resultBuffer[0] == '\0')) {
+    const char* chosen = forms->choose(value);
+    if (chosen != text) {
+      useText(chosen);
+    }
   }
 
   // The room counts the shown text, not the working text, and keeps the

@@ -127,7 +127,7 @@ Message* MessageHandler::getMessage(const char* nameSpace, const char* identifie
     // Only this table counts once it has an acceptable entry, even if the
     // parent offers a better-ranked language.
     return new Message(choice.entry, choice.text, static_cast<SeverityLevel>(choice.severity),
-                       choice.language);
+                       choice.language, choice.forms);
   }
   if (parent == nullptr) {
     return nullptr;
@@ -176,9 +176,17 @@ void MessageHandler::writeMessage4(Message& message, const char* arg0, const cha
 
 void MessageHandler::writeMessageN(Message& message, unsigned int count, const char* args[]) {
   message.clear();
+  // A plural record takes its count first, which chooses the variant the
+  // other arguments go into.
+  const unsigned int countPlaceholder = message.isPlural() ? message.getCountPlaceholder() : count;
+  if (countPlaceholder < count) {
+    message.substitute(countPlaceholder, args[countPlaceholder]);
+  }
   for (unsigned int i = 0; i < count; ++i) {
     // An argument without a placeholder is no error.
-    message.substitute(i, args[i]);
+    if (i != countPlaceholder) {
+      message.substitute(i, args[i]);
+    }
   }
   // Substitution happens even for a record that the threshold then holds back.
   writeMessage(message);

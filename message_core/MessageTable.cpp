@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "message_core/PluralForms.h"
 #include "msg/MessageExceptions.h"
 
 namespace msg {
@@ -123,6 +124,7 @@ MessageTable* MessageTable::grownCopy() {
     }
   }
   grown->owned = owned;
+  grown->plurals = std::move(plurals);
   count = 0;
   owned = 0;
   index.clear();
@@ -193,8 +195,29 @@ MessageTable::Choice MessageTable::findBest(const char* nameSpace, const char* i
   if (bestRank < 0) {
     return Choice();
   }
-  return Choice{group->entry(best), group->text(best), group->language(best),
-                group->severity(best)};
+  MTE* entry = group->entry(best);
+  return Choice{entry, group->text(best), group->language(best), group->severity(best),
+                plurals != nullptr ? pluralFormsOf(entry) : nullptr};
+}
+
+MessageTable::PluralStore::PluralStore() = default;
+MessageTable::PluralStore::~PluralStore() = default;
+
+void MessageTable::attachPluralForms(const MTE* entry, std::unique_ptr<PluralForms> forms) {
+  if (plurals == nullptr) {
+    plurals = std::make_unique<PluralStore>();
+  }
+  plurals->all.reserve(plurals->all.size() + 1);
+  plurals->byEntry[entry] = forms.get();
+  plurals->all.push_back(std::move(forms));
+}
+
+const PluralForms* MessageTable::pluralFormsOf(const MTE* entry) const {
+  if (plurals == nullptr) {
+    return nullptr;
+  }
+  const auto found = plurals->byEntry.find(entry);
+  return found != plurals->byEntry.end() ? found->second : nullptr;
 }
 
 void MessageTable::linkHead(MTE* entry, std::uint32_t bucket) {
@@ -251,6 +274,11 @@ void MessageTable::insertEntry(MTE* entry, MTE* existing, MTE* predecessor, cons
     buckets[bucket] = entry;
   }
   existing->next = nullptr;  // an unowned entry that is dropped keeps no link into the table
+  if (plurals != nullptr) {
+    // The replacement brings its own variants, if any; the old ones stay
+    // alive for the records that still read them.
+    plurals->byEntry.erase(existing);
+  }
   if (existing->ownsStrings) {
     --owned;
     delete existing;

@@ -6,12 +6,17 @@
 #define MSG_MESSAGE_CORE_MESSAGETABLE_H_
 
 #include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
 
 #include "message_core/KeyIndex.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
 
 namespace msg {
+
+class PluralForms;
 
 // A hash table of MTE chains with a prime number of buckets. The key of an
 // entry is its namespace and identifier; the language takes no part in the
@@ -92,6 +97,7 @@ class MessageTable {
     const char* text = nullptr;
     Language language;
     short severity = 0;
+    const PluralForms* forms = nullptr;  // the entry's variants, if it has any
   };
 
   // The entry of the key whose language ranks best by list.distance(), or
@@ -146,6 +152,16 @@ class MessageTable {
     index.refresh(IndexKey(entry->nameSpace, entry->identifier), entry);
   }
 
+  // Attaches `forms` to `entry`, which this table links, in place of any it
+  // had. The table owns the forms from now on and keeps them, also when the
+  // entry is replaced, until it dies: records made from the entry may still
+  // read them. A table without forms pays nothing for them in a lookup.
+  // If the allocator fails, its exception passes on and nothing changed.
+  void attachPluralForms(const MTE* entry, std::unique_ptr<PluralForms> forms);
+
+  // The variants of `entry`, null if it has none.
+  const PluralForms* pluralFormsOf(const MTE* entry) const;
+
   // The largest x <= n that has no divisor d with 2 <= d <= sqrt(x); so 1, 2
   // and 3 count, and 0 gives 0.
   static std::uint32_t largestPrimeUpTo(std::uint32_t n);
@@ -181,6 +197,16 @@ class MessageTable {
   std::uint32_t owned;  // of them, those with ownsStrings
   MTE** buckets;        // new[], `size` chain heads
   KeyIndex index;       // the entries of each key, in chain order
+
+  // The variants of plural entries, beside the entries so that MTE keeps its
+  // layout. Null until the first is attached; a grown table takes it over.
+  struct PluralStore {
+    PluralStore();
+    ~PluralStore();
+    std::unordered_map<const MTE*, const PluralForms*> byEntry;
+    std::vector<std::unique_ptr<PluralForms>> all;  // every forms ever attached
+  };
+  std::unique_ptr<PluralStore> plurals;
 };
 
 }  // namespace msg

@@ -156,12 +156,15 @@ void walkMessageDocument(const XercesXML::DOMNode& collection, const DocumentVis
       entry.messageElement = message.get();
       entry.identifier = message.get().getAttributeByName("id", std::string());
       entry.severityWord = message.get().getAttributeByName("severity", std::string());
+      entry.count = message.get().getAttributeByName("count", std::string());
       if (visitor.onMessage) {
         visitor.onMessage(entry);
       }
       for (ElementsNamed text(message.get(), "Text"); !text.atEnd(); text.next()) {
         entry.textElement = text.get();
         entry.language = text.get().getAttributeByName("xml:lang", std::string());
+        entry.plural = text.get().getAttributeByName("plural", std::string());
+        entry.ordinal = text.get().getAttributeByName("ordinal", std::string());
         if (visitor.onText) {
           visitor.onText(entry);
         }

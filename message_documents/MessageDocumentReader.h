@@ -31,6 +31,9 @@ struct DocumentText {
   std::string identifier;    // id of the Message
   std::string severityWord;  // severity of the Message
   std::string language;      // xml:lang of the Text
+  std::string count;         // count of the Message: its count placeholder ("&1")
+  std::string plural;        // plural of the Text: a category or "=N"
+  std::string ordinal;       // ordinal of the Text: the same for ordinal rules
   XercesXML::DOMNode namespaceElement;
   XercesXML::DOMNode messageElement;
   XercesXML::DOMNode textElement;

@@ -1,10 +1,14 @@
 #include "msg/MessageHandlerX.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "message_core/MessageTable.h"
+#include "message_core/PluralForms.h"
 #include "message_documents/MessageDocumentReader.h"
+#include "message_documents/PluralMessage.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
@@ -48,24 +52,137 @@ MessageHandler* documentHandler() {
   throw ErrorInMessageDocument(text.c_str(), std::move(problems));
 }
 
-// Registers every Text of `collection` whose language `languages` accepts
-// in `handler`.
-void registerCollection(const XercesXML::DOMNode& collection, const LanguageList& languages,
-                        MessageHandler* handler) {
-  forEachDocumentText(collection, [&](const DocumentText& entry) {
+// One entry to register, read and checked before any is: a document whose
+// plural messages break a rule loads nothing.
+struct PendingEntry {
+  short severity;
+  std::string language;
+  std::string nameSpace;
+  std::string identifier;
+  std::string text;
+  // The variants of a plural entry beside `text`, its `other`; empty for a
+  // plain entry.
+  PluralKind kind = PluralKind::cardinal;
+  unsigned count = 0;
+  std::vector<PluralVariant> variants;
+};
+
+// Reads every Text of `collection` whose language `languages` accepts, and
+// checks every plural message. Texts of other languages are not read, save
+// those of plural messages, whose rules span all languages.
+std::vector<PendingEntry> readCollection(const XercesXML::DOMNode& collection,
+                                         const LanguageList& languages,
+                                         std::vector<PluralProblem>& problems) {
+  std::vector<PendingEntry> pending;
+  std::vector<PendingEntry> ofMessage;  // the plain reading of the open message
+  PluralMessage message;
+  int messageIndex = -1;
+  int textIndex = -1;
+  DocumentText messageKey;
+  const auto finishMessage = [&]() {
+    if (messageIndex < 0) {
+      return;
+    }
+    if (!message.isPlural()) {
+      for (PendingEntry& entry : ofMessage) {
+        pending.push_back(std::move(entry));
+      }
+    } else {
+      message.check(problems);
+      for (PluralLanguage& language : message.languages()) {
+        if (languages.distance(Language(language.language.c_str())) >= 0) {
+          pending.push_back(PendingEntry{static_cast<short>(messageKey.effectiveSeverity()),
+                                         language.language, messageKey.effectiveNamespace(),
+                                         messageKey.effectiveIdentifier(),
+                                         std::move(language.other), message.kind(),
+                                         message.countPlaceholder(), std::move(language.variants)});
+        }
+      }
+    }
+    ofMessage.clear();
+  };
+  DocumentVisitor visitor;
+  visitor.onMessage = [&](const DocumentText& entry) {
+    finishMessage();
+    message.begin(entry, ++messageIndex);
+    messageKey = entry;
+  };
+  visitor.onText = [&](const DocumentText& entry) {
+    message.add(entry, ++textIndex);
     const std::string language = entry.effectiveLanguage();
     // The filter comes before the text is read: a dropped language costs no
     // conversion.
-    if (languages.distance(Language(language.c_str())) < 0) {
-      return;
+    if (!message.isPlural() && languages.distance(Language(language.c_str())) >= 0) {
+      ofMessage.push_back(PendingEntry{static_cast<short>(entry.effectiveSeverity()),
+                                       language,
+                                       entry.effectiveNamespace(),
+                                       entry.effectiveIdentifier(),
+                                       entry.readText(),
+                                       PluralKind::cardinal,
+                                       0,
+                                       {}});
     }
-    const std::string value = entry.readText();
-    // The table owns the entry and its copied strings; an entry of the same
-    // key is replaced without complaint.
-    new MTE(static_cast<short>(entry.effectiveSeverity()), language.c_str(),
-            entry.effectiveNamespace().c_str(), entry.effectiveIdentifier().c_str(), value.c_str(),
-            handler, false, true);
-  });
+  };
+  walkMessageDocument(collection, visitor);
+  finishMessage();
+  return pending;
+}
+
+// Registers the entries in `handler`, whose table is `table`. The table owns
+// each entry and its copied strings, and the variants of a plural one; an
+// entry of the same key is replaced without complaint.
+void registerEntries(std::vector<PendingEntry>& pending, MessageHandler* handler,
+                     MessageTable* table) {
+  for (PendingEntry& entry : pending) {
+    const MTE* linked = new MTE(entry.severity, entry.language.c_str(), entry.nameSpace.c_str(),
+                                entry.identifier.c_str(), entry.text.c_str(), handler, false, true);
+    if (entry.variants.empty()) {
+      continue;
+    }
+    auto forms = std::make_unique<PluralForms>(entry.kind, entry.count,
+                                               Language(entry.language.c_str()), linked->getText());
+    for (const PluralVariant& variant : entry.variants) {
+      const char* text = forms->keep(variant.text);
+      if (variant.exact) {
+        forms->addExact(variant.value, text);
+      } else {
+        forms->setText(variant.category, text);
+      }
+    }
+    table->attachPluralForms(linked, std::move(forms));
+  }
+}
+
+// The problems with the file, line and column of the element each names.
+// The loader parses without positions; only a refused document is parsed
+// again to find them. Elements an include brought in have none (line 0).
+std::vector<DocumentProblem> placeProblems(const char* path,
+                                           const std::vector<PluralProblem>& problems) {
+  std::vector<XercesXML::DOMNode> messages;
+  std::vector<XercesXML::DOMNode> texts;
+  try {
+    const XercesXML::DOMNode document = parseMessageDocumentWithPositions(path);
+    walkMessageDocument(
+        findMessageCollection(document),
+        DocumentVisitor{nullptr,
+                        [&](const DocumentText& e) { messages.push_back(e.messageElement); },
+                        [&](const DocumentText& e) { texts.push_back(e.textElement); }});
+  } catch (const DocumentRefused&) {
+    // The file changed under us: the problems go out without places.
+  }
+  std::vector<DocumentProblem> placed;
+  for (const PluralProblem& problem : problems) {
+    const std::vector<XercesXML::DOMNode>& elements = problem.textIndex >= 0 ? texts : messages;
+    const auto index =
+        static_cast<std::size_t>(problem.textIndex >= 0 ? problem.textIndex : problem.messageIndex);
+    DocumentProblem out{path, 0, 0, problem.message};
+    if (index < elements.size()) {
+      out.line = elements[index].getSourceLine();
+      out.column = elements[index].getSourceColumn();
+    }
+    placed.push_back(std::move(out));
+  }
+  return placed;
 }
 
 }  // namespace
@@ -139,7 +256,14 @@ void MessageHandlerX::loadMessageDocument(const char* path) {
   if (!collection.isValid()) {
     reportAndThrow(*this, kNoCollectionId, path, kNoCollectionText);
   }
-  registerCollection(collection, getLanguageList(), this);
+  std::vector<PluralProblem> pluralProblems;
+  std::vector<PendingEntry> pending = readCollection(collection, getLanguageList(), pluralProblems);
+  if (!pluralProblems.empty()) {
+    reportAndThrow(*this, kDocumentErrorId, path,
+                   std::string("Message document \"") + path + "\" contains syntactical error.",
+                   placeProblems(path, pluralProblems));
+  }
+  registerEntries(pending, this, messageTableOf(*this));
 }
 
 }  // namespace msg

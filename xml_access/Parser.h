@@ -85,7 +85,9 @@ class Parser {
   void setXInclude(bool enable, const std::string& outputFile);
 
   // Switches the rules for documents from outside on or off: no DOCTYPE in
-  // the document or its parts, includes confined to the document's folder.
+  // the document or its parts, includes confined to the document's folder,
+  // and no checking of the schema's identity constraints (the message
+  // schema has them only to stop older loaders).
   void setMessageDocumentRules(bool enable);
 
   // Whether XInclude processing is on (the parser object's own flag).

@@ -14,6 +14,7 @@
 namespace msg {
 
 class MessageHandler;
+class PluralForms;
 
 // A record of one message: its key (namespace, identifier), severity,
 // language, the catalogue text with its placeholders, and the text as far as
@@ -34,6 +35,18 @@ class MessageHandler;
 // A record made by key borrows the strings of its catalogue entry and must
 // not outlive that entry (its replacement or the end of its table). A record
 // made from strings owns copies of them. Records cannot be copied.
+//
+// A record of a plural key (one whose catalogue entry has variants by count,
+// see docs/message-documents.md) starts with the entry's `other` text and
+// holds the entry's variants beside it. Substituting the count placeholder
+// into a record that nothing has been filled into since it was made or
+// cleared chooses the variant for that count first: an exact value, then
+// the category of the count as written ("1" is one in English, "1.0"
+// other), then `other`. Once another placeholder has been filled in, the
+// variant in use stays until clear(): fill the count first. writeMessageN,
+// writeMessage1..4, msg::write and msg::format do so themselves, so for
+// them the order of the placeholders in the text does not matter (and for
+// a plural record they fill the count before the other arguments).
 //
 // A record belongs to one thread at a time.
 class MSG_EXPORT Message {
@@ -91,8 +104,16 @@ class MSG_EXPORT Message {
   const char* getMessage() const;
 
   // Takes back all substitutions and keeps the buffers: until the next
-  // substitute(), getMessage() gives "" if buffers exist.
+  // substitute(), getMessage() gives "" if buffers exist. A plural record
+  // goes back to its `other` text.
   void clear();
+
+  // Whether the record has variants by count (see above).
+  bool isPlural() const { return forms != nullptr; }
+
+  // The number of the placeholder that holds the count; 0 for a record that
+  // is not plural.
+  unsigned int getCountPlaceholder() const;
 
   // Takes back all substitutions and frees the buffers: getMessage() gives
   // getText() again.
@@ -140,7 +161,12 @@ class MSG_EXPORT Message {
 
   // The record of a catalogue entry, from what the table's index keeps of
   // it: the key strings are read from the entry only when asked for.
-  Message(const MTE* entry, const char* text, SeverityLevel severity, Language language);
+  // `forms` are the entry's variants, null if it has none.
+  Message(const MTE* entry, const char* text, SeverityLevel severity, Language language,
+          const PluralForms* forms);
+
+  // Makes `chosen` the text and empties the working text, as clear() does.
+  void useText(const char* chosen);
 
   // Finds the leftmost placeholder `number` in workBuffer; on success `first`
   // is the index of its "&" and `last` that of its last digit.
@@ -170,6 +196,9 @@ class MSG_EXPORT Message {
   char* resultBuffer;  // what getMessage() shows once it exists
   char* workBuffer;    // what the placeholder scanner reads
   std::uint32_t bufferSize;
+  // The variants of a record of a plural entry (owned by its table), else
+  // null. While it is set, `text` is the variant in use.
+  const PluralForms* forms;
 };
 
 }  // namespace msg

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 
 #include "msg/Message.h"
@@ -29,6 +30,24 @@ struct Key {
   const char* nameSpace;
   const char* identifier;
   static constexpr std::size_t placeholders = Placeholders;
+};
+
+// The key of a plural message: its texts have `Placeholders` placeholders,
+// and the one numbered `CountPlaceholder` holds the count that chooses the
+// variant (see docs/message-documents.md). write() and format() with it take
+// exactly that many arguments, and the count must be a number: an integer,
+// a float or double, or msg::fixed(); a string, bool or character there
+// does not compile. `msgtool header` generates keys like
+//
+//   inline constexpr ::msg::PluralKey<2, 0> deleted{"app", "deleted"};
+template <std::size_t Placeholders, std::size_t CountPlaceholder = 0>
+struct PluralKey {
+  static_assert(CountPlaceholder < Placeholders,
+                "msg::PluralKey: the count must be one of the key's placeholders");
+  const char* nameSpace;
+  const char* identifier;
+  static constexpr std::size_t placeholders = Placeholders;
+  static constexpr std::size_t countPlaceholder = CountPlaceholder;
 };
 
 // A floating-point argument with its number of decimals; see fixed().
@@ -130,16 +149,42 @@ inline bool standsInForMissingKey(const Message& message, const char* nameSpace,
 
 // The record of the key with the arguments filled in, or the not-found
 // record with the key filled in (and the arguments left out).
+// Fills &0, &1, ... with the arguments in order; a plural record takes its
+// count first, which chooses the variant the others go into.
+template <typename... Args>
+void fillArguments(Message& message, const Args&... arguments) {
+  if (message.isPlural()) {
+    const unsigned int count = message.getCountPlaceholder();
+    unsigned int number = 0;
+    ((number == count ? (void)substituteArgument(message, number, arguments) : (void)0, ++number),
+     ...);
+    number = 0;
+    ((number != count ? (void)substituteArgument(message, number, arguments) : (void)0, ++number),
+     ...);
+    return;
+  }
+  unsigned int number = 0;
+  (substituteArgument(message, number++, arguments), ...);
+}
+
 template <typename... Args>
 void fillFound([[maybe_unused]] Message& message, [[maybe_unused]] const char* nameSpace,
                [[maybe_unused]] const char* identifier, const Args&... arguments) {
   if constexpr (sizeof...(Args) > 0) {
     if (!standsInForMissingKey(message, nameSpace, identifier)) {
-      unsigned int number = 0;
-      (substituteArgument(message, number++, arguments), ...);
+      fillArguments(message, arguments...);
     }
   }
 }
+
+// Whether an argument of type T is a number that can be a plural count:
+// an integer or floating-point type other than bool and the character
+// types, or msg::fixed(). Strings, booleans and characters are not.
+template <typename T>
+inline constexpr bool isCountArgument = std::is_same_v<std::decay_t<T>, FixedArgument> ||
+                                        (std::is_arithmetic_v<std::decay_t<T>> &&
+                                         !std::is_same_v<std::decay_t<T>, bool> &&
+                                         !isCharacter<std::decay_t<T>>);
 
 inline std::string shownText(const Message& message) {
   const char* text = message.getMessage();
@@ -149,14 +194,14 @@ inline std::string shownText(const Message& message) {
 }  // namespace typed_detail
 
 // Takes back what was filled into `message` and fills &0, &1, ... with the
-// arguments in order, each by its type (see write()). An argument whose
+// arguments in order, each by its type (see write()); a plural record takes
+// its count first. An argument whose
 // placeholder the text lacks changes nothing.
 template <typename... Args>
 void fill(Message& message, const Args&... arguments) {
   message.clear();
   if constexpr (sizeof...(Args) > 0) {
-    unsigned int number = 0;
-    (typed_detail::substituteArgument(message, number++, arguments), ...);
+    typed_detail::fillArguments(message, arguments...);
   }
 }
 
@@ -227,6 +272,29 @@ template <std::size_t Placeholders, typename Handler, typename... Args>
 std::string format(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
   static_assert(sizeof...(Args) == Placeholders,
                 "msg::format: the number of arguments differs from the key's placeholders");
+  return ::msg::format(handler, key.nameSpace, key.identifier, arguments...);
+}
+
+// The same with a PluralKey: exactly key.placeholders arguments, and a
+// number at key.countPlaceholder.
+template <std::size_t Placeholders, std::size_t Count, typename Handler, typename... Args>
+void write(Handler&& handler, const PluralKey<Placeholders, Count>& key, const Args&... arguments) {
+  static_assert(sizeof...(Args) == Placeholders,
+                "msg::write: the number of arguments differs from the key's placeholders");
+  static_assert(typed_detail::isCountArgument<std::tuple_element_t<Count, std::tuple<Args...>>>,
+                "msg: the count of a plural key must be a number (an integer, a float or "
+                "double, or msg::fixed(value, decimals))");
+  ::msg::write(handler, key.nameSpace, key.identifier, arguments...);
+}
+
+template <std::size_t Placeholders, std::size_t Count, typename Handler, typename... Args>
+std::string format(Handler&& handler, const PluralKey<Placeholders, Count>& key,
+                   const Args&... arguments) {
+  static_assert(sizeof...(Args) == Placeholders,
+                "msg::format: the number of arguments differs from the key's placeholders");
+  static_assert(typed_detail::isCountArgument<std::tuple_element_t<Count, std::tuple<Args...>>>,
+                "msg: the count of a plural key must be a number (an integer, a float or "
+                "double, or msg::fixed(value, decimals))");
   return ::msg::format(handler, key.nameSpace, key.identifier, arguments...);
 }
 

@@ -1,0 +1,284 @@
+// PluralRules: reading a rule text and choosing a category.
+
+#include "message_core/PluralRules.h"
+
+#include "message_core/DecimalText.h"
+
+#include <cctype>
+#include <limits>
+
+namespace msg {
+
+// Reads one rule text into a PluralRules: a small recursive descent over
+// words, numbers and the punctuation ":" ";" "," ".." "%" "=" "!=".
+class PluralRuleReader {
+ public:
+  PluralRuleReader(const std::string& text, PluralRules& rules) : text(text), rules(rules) {}
+
+  bool read(std::string& problem) {
+    // Samples start at the first "@" of a rule and run to its ";".
+    while (skipSpace(), at < text.size()) {
+      std::string word;
+      if (!readWord(word)) {
+        return fail(problem, "a category");
+      }
+      PluralCategory category = PluralCategory::other;
+      if (!Plurals::categoryFromName(word.c_str(), category)) {
+        return fail(problem, "a known category");
+      }
+      if (!take(":")) {
+        return fail(problem, "\":\"");
+      }
+      rules.named |= 1u << static_cast<unsigned>(category);
+      PluralRules::Rule rule{category, static_cast<std::uint32_t>(rules.conjunctions.size()), 0};
+      skipSpace();
+      if (!atRuleEnd()) {
+        do {
+          if (!readConjunction()) {
+            return fail(problem, "a relation");
+          }
+          ++rule.conjunctionCount;
+        } while (takeWord("or"));
+      }
+      skipSamples();
+      if (!(take(";") || (skipSpace(), at == text.size()))) {
+        return fail(problem, "\";\" or the end");
+      }
+      if (rule.conjunctionCount > 0) {
+        rules.rules.push_back(rule);
+      }
+    }
+    return true;
+  }
+
+ private:
+  bool fail(std::string& problem, const char* expected) {
+    problem = std::string("expected ") + expected + " at offset " +
+              decimalText(static_cast<unsigned long long>(at));
+    return false;
+  }
+
+  void skipSpace() {
+    while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) {
+      ++at;
+    }
+  }
+
+  bool atRuleEnd() {
+    skipSpace();
+    return at == text.size() || text[at] == ';' || text[at] == '@';
+  }
+
+  void skipSamples() {
+    skipSpace();
+    if (at < text.size() && text[at] == '@') {
+      while (at < text.size() && text[at] != ';') {
+        ++at;
+      }
+    }
+  }
+
+  bool take(const char* token) {
+    skipSpace();
+    const std::string_view wanted(token);
+    if (text.compare(at, wanted.size(), wanted) == 0) {
+      at += wanted.size();
+      return true;
+    }
+    return false;
+  }
+
+  bool readWord(std::string& word) {
+    skipSpace();
+    const std::size_t start = at;
+    while (at < text.size() && std::isalpha(static_cast<unsigned char>(text[at]))) {
+      ++at;
+    }
+    word = text.substr(start, at - start);
+    return !word.empty();
+  }
+
+  // Takes the word `wanted` if it comes next, as a whole word.
+  bool takeWord(const char* wanted) {
+    const std::size_t start = at;
+    std::string word;
+    if (readWord(word) && word == wanted) {
+      return true;
+    }
+    at = start;
+    return false;
+  }
+
+  bool readNumber(std::uint64_t& value) {
+    skipSpace();
+    const std::size_t start = at;
+    value = 0;
+    while (at < text.size() && std::isdigit(static_cast<unsigned char>(text[at]))) {
+      if (value > (std::numeric_limits<std::uint64_t>::max() - 9) / 10) {
+        return false;
+      }
+      value = value * 10 + static_cast<std::uint64_t>(text[at] - '0');
+      ++at;
+    }
+    return at > start;
+  }
+
+  bool readConjunction() {
+    PluralRules::Conjunction conjunction{static_cast<std::uint32_t>(rules.relations.size()), 0};
+    do {
+      if (!readRelation()) {
+        return false;
+      }
+      ++conjunction.relationCount;
+    } while (takeWord("and"));
+    rules.conjunctions.push_back(conjunction);
+    return true;
+  }
+
+  bool readRelation() {
+    std::string name;
+    if (!readWord(name) || name.size() != 1) {
+      return false;
+    }
+    PluralRules::Relation relation{};
+    switch (name[0]) {
+      case 'n':
+        relation.operand = PluralRules::Operand::n;
+        break;
+      case 'i':
+        relation.operand = PluralRules::Operand::i;
+        break;
+      case 'v':
+        relation.operand = PluralRules::Operand::v;
+        break;
+      case 'w':
+        relation.operand = PluralRules::Operand::w;
+        break;
+      case 'f':
+        relation.operand = PluralRules::Operand::f;
+        break;
+      case 't':
+        relation.operand = PluralRules::Operand::t;
+        break;
+      // The compact exponent: msg never shows numbers in that form.
+      case 'c':
+      case 'e':
+        relation.operand = PluralRules::Operand::zero;
+        break;
+      default:
+        return false;
+    }
+    if (takeWord("mod") || take("%")) {
+      std::uint64_t modulus = 0;
+      if (!readNumber(modulus) || modulus == 0 || modulus > 1000000000) {
+        return false;
+      }
+      relation.modulus = static_cast<std::uint32_t>(modulus);
+    }
+    if (take("!=")) {
+      relation.negated = true;
+    } else if (take("=")) {
+    } else if (takeWord("is")) {
+      relation.negated = takeWord("not");
+    } else {
+      relation.negated = takeWord("not");
+      if (takeWord("within")) {
+        relation.within = true;
+      } else if (!takeWord("in")) {
+        return false;
+      }
+    }
+    relation.firstRange = static_cast<std::uint32_t>(rules.ranges.size());
+    do {
+      PluralRules::Range range{};
+      if (!readNumber(range.low)) {
+        return false;
+      }
+      range.high = range.low;
+      if (take("..") && (!readNumber(range.high) || range.high < range.low)) {
+        return false;
+      }
+      rules.ranges.push_back(range);
+      ++relation.rangeCount;
+    } while (take(","));
+    rules.relations.push_back(relation);
+    return true;
+  }
+
+  const std::string& text;
+  PluralRules& rules;
+  std::size_t at = 0;
+};
+
+bool PluralRules::read(const std::string& text, std::string& problem) {
+  *this = PluralRules();
+  if (PluralRuleReader(text, *this).read(problem)) {
+    return true;
+  }
+  *this = PluralRules();
+  return false;
+}
+
+bool PluralRules::holds(const Relation& relation, const PluralOperands& operands) const {
+  // The operand as an integer and whether a fraction follows it (n alone
+  // can have one).
+  std::uint64_t value = 0;
+  bool fraction = false;
+  bool wide = false;
+  switch (relation.operand) {
+    case Operand::n:
+      value = operands.i;
+      wide = operands.wide;
+      fraction = operands.f != 0;
+      break;
+    case Operand::i:
+      value = operands.i;
+      wide = operands.wide;
+      break;
+    case Operand::v:
+      value = operands.v;
+      break;
+    case Operand::w:
+      value = operands.w;
+      break;
+    case Operand::f:
+      value = operands.f;
+      break;
+    case Operand::t:
+      value = operands.t;
+      break;
+    case Operand::zero:
+      break;
+  }
+  if (relation.modulus != 0) {
+    value %= relation.modulus;  // exact: the modulus divides 10^18
+  } else if (wide) {
+    value = std::numeric_limits<std::uint64_t>::max();
+  }
+  bool inside = false;
+  for (std::uint32_t k = 0; k < relation.rangeCount && !inside; ++k) {
+    const Range& range = ranges[relation.firstRange + k];
+    inside = relation.within
+                 ? value >= range.low && (value < range.high || (value == range.high && !fraction))
+                 : !fraction && value >= range.low && value <= range.high;
+  }
+  return inside != relation.negated;
+}
+
+PluralCategory PluralRules::select(const PluralOperands& operands) const {
+  for (const Rule& rule : rules) {
+    for (std::uint32_t c = 0; c < rule.conjunctionCount; ++c) {
+      const Conjunction& conjunction = conjunctions[rule.firstConjunction + c];
+      bool all = true;
+      for (std::uint32_t r = 0; r < conjunction.relationCount && all; ++r) {
+        all = holds(relations[conjunction.firstRelation + r], operands);
+      }
+      if (all) {
+        return rule.category;
+      }
+    }
+  }
+  return PluralCategory::other;
+}
+
+}  // namespace msg
