@@ -122,6 +122,9 @@ void Catalogue::readDocument(const std::string& file) {
     entry.identifier = text.identifier;
     entry.severityWord = text.severityWord;
     entry.language = text.language;
+    entry.count = text.count;
+    entry.plural = text.plural;
+    entry.ordinal = text.ordinal;
     entry.text = text.readText();
     entry.translatedFrom =
         text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace);

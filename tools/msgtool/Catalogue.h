@@ -41,6 +41,9 @@ struct CatalogueEntry {
   std::string identifier;
   std::string severityWord;
   std::string language;
+  std::string count;    // count of the Message ("&1"), "" if absent
+  std::string plural;   // plural of the Text: a category or "=N", "" if absent
+  std::string ordinal;  // ordinal of the Text, as plural
   std::string text;
   std::string translatedFrom;  // msgtool:translated-from (see SourceStamp.h), "" if absent
 
