@@ -160,7 +160,53 @@ INSTANTIATE_TEST_SUITE_P(EveryKind, BadDocumentTest,
                                            BadInput{"schema_invalid.xml", false, "invalid"},
                                            BadInput{"no_schema.xml", false, "noschema"},
                                            BadInput{"missing_part.xml", false, "missing"},
+                                           BadInput{"fault_in_part.xml", false, "whole"},
                                            BadInput{"no_collection.xml", true, "lonely"}));
+
+// A schema fault and the place the failure names: the file where the
+// faulty element is written, and the line and column of its start there.
+struct SchemaFault {
+  const char* document;
+  const char* file;  // the document itself or the part holding the fault
+  int line;
+  int column;
+};
+
+void PrintTo(const SchemaFault& fault, std::ostream* out) {
+  *out << fault.document;
+}
+
+class SchemaFaultTest : public DocumentLoaderTest,
+                        public ::testing::WithParamInterface<SchemaFault> {
+ protected:
+  SchemaFaultTest() {
+    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
+                 false, true);
+  }
+};
+
+TEST_P(SchemaFaultTest, NamesTheFileAndLineOfTheFaultyElement) {
+  std::vector<msg::DocumentProblem> problems;
+  try {
+    handler.loadMessageDocument(documentPath(GetParam().document).c_str());
+  } catch (const msg::ErrorInMessageDocument& failure) {
+    problems = failure.getProblems();
+  }
+  ASSERT_FALSE(problems.empty());
+  EXPECT_EQ(problems.front().file, documentPath(GetParam().file));
+  EXPECT_EQ(problems.front().line, GetParam().line);
+  EXPECT_EQ(problems.front().column, GetParam().column);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryPlace, SchemaFaultTest,
+    ::testing::Values(
+        // The root start tag takes three lines; the copy has it on one.
+        SchemaFault{"fault_after_long_root.xml", "fault_after_long_root.xml", 5, 3},
+        // An element inside a Text is the faulty one, not the Text.
+        SchemaFault{"fault_in_content.xml", "fault_in_content.xml", 6, 32},
+        SchemaFault{"fault_in_part.xml", "fault_part.xml", 6, 5},
+        SchemaFault{"fault_in_nested_part.xml", "fault_inner_part.xml", 4, 28}));
 
 TEST(DocumentLoaderReportTest, WithoutAnyTextForTheReportMessageNotFoundLeaves) {
   // A handler of its own has no parent, so no not-found text to report with.

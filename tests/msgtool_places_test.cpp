@@ -123,4 +123,15 @@ TEST_F(PlacesInPartsTest, FindingsReferencesAndNotesNameThePartsFileAndLine) {
   }
 }
 
+TEST_F(PlacesInPartsTest, ASchemaFaultInAPartOfAPartIsNamedWhereItIsWritten) {
+  // The attribute lang without its namespace is a schema fault.
+  std::string faulty = kInner;
+  faulty.replace(faulty.find("<Text xml:lang=\"de\">"), 20, "<Text lang=\"de\">");
+  scratch.write("docs/parts/deeper/inner.xml", faulty);
+  const std::string findings = run({"check", "docs/app.xml"});
+  EXPECT_NE(findings.find("docs/parts/deeper/inner.xml:5:3: error: "), std::string::npos)
+      << findings;
+  EXPECT_EQ(findings.find("docs/app.xml:"), std::string::npos) << findings;
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 // Tests of Parser: its settings, the document it hands out and who owns it,
 // and the error blocks of a failed parse and where they go.
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -99,6 +100,40 @@ TEST_F(ParserTest, ReporterWritesTwoLineBlocksAndLeavesTheParserWithoutHandler) 
   EXPECT_EQ(receiver.blocks,
             std::vector<std::string>{"Error in file \"dir/doc.xml\", line 1099511627777, column 3\n"
                                      "                                   Message: bad thing\n"});
+}
+
+TEST_F(ParserTest, AHoldingReporterPassesNothingOnUntilReleasedAtTheNewPlaces) {
+  xercesc::XercesDOMParser parser;
+  RecordingReceiver receiver;
+  std::vector<XercesXML::ParseProblem> problems;
+  XercesXML::TreeErrorReporter reporter(&parser, &receiver, &problems, true);
+  XMLCh* message = xercesc::XMLString::transcode("bad thing");
+  XMLCh* file = xercesc::XMLString::transcode("copy.xml");
+  reporter.error(xercesc::SAXParseException(message, nullptr, file, 1, 40));
+  reporter.fatalError(xercesc::SAXParseException(message, nullptr, file, 1, 90));
+  xercesc::XMLString::release(&message);
+  xercesc::XMLString::release(&file);
+  EXPECT_TRUE(reporter.getSawErrors());
+  EXPECT_TRUE(reporter.hasHeld());
+  EXPECT_TRUE(receiver.blocks.empty());
+  EXPECT_TRUE(problems.empty());
+
+  std::uint64_t nextLine = 5;
+  reporter.release([&](XercesXML::ParseProblem& problem) {
+    problem.file = "part.xml";
+    problem.line = nextLine++;
+  });
+  const std::string blanks(35, ' ');
+  EXPECT_EQ(receiver.blocks,
+            (std::vector<std::string>{
+                "Error in file \"part.xml\", line 5, column 40\n" + blanks + "Message: bad thing\n",
+                "Fatal error in file \"part.xml\", line 6, column 90\n" + blanks +
+                    "Message: bad thing\n"}));
+  ASSERT_EQ(problems.size(), 2u);
+  EXPECT_EQ(problems[1].line, 6u);
+  EXPECT_FALSE(reporter.hasHeld());
+  reporter.release(nullptr);  // nothing is passed on twice
+  EXPECT_EQ(receiver.blocks.size(), 2u);
 }
 
 TEST_F(ParserTest, EachErrorGivesOneBlockInOrderThenTheClosingLine) {

@@ -53,11 +53,15 @@ TEST_F(XIncludeRoundTripTest, IncludesAreExpandedAndTheResultValidatedStrictly) 
   EXPECT_EQ(root.getFirstElementChild().getNextElementSibling().getChildText(), "Two");
   EXPECT_EQ(root.getFirstChild().getNodeName(), "Entry");  // ignorable blanks are gone
 
-  // The block names the file first parsed; line and column count in the
-  // serialised text.
+  // The fault lies in the included part: the block names the part and the
+  // place where the faulty element starts there, not the serialised copy.
   const std::string breaks = dataFile("include_breaks_schema.xml");
+  const std::string part = dataFile("include_part_without_id.xml");
   EXPECT_EQ(parsingErrorOf(parser, breaks),
-            errorBlock("Error", breaks, 3, 49, "missing required attribute 'id'") + kFinished);
+            errorBlock("Error", part, 2, 1, "missing required attribute 'id'") + kFinished);
+  ASSERT_FALSE(parser.getProblems().empty());
+  EXPECT_EQ(parser.getProblems().front().file, part);
+  EXPECT_EQ(parser.getProblems().front().line, 2u);
 
   // Relaxed settings are back: an unexpanded include would fail a strict first parse.
   EXPECT_TRUE(parser.parseFile(dataFile("include_main.xml")).isValid());

@@ -24,6 +24,12 @@ const XMLCh kXIncludeNamespace[] = {
     u'g', u'/', u'2', u'0', u'0', u'1', u'/', u'X', u'I', u'n', u'c', u'l', u'u', u'd', u'e', 0};
 const XMLCh kIncludeName[] = {u'i', u'n', u'c', u'l', u'u', u'd', u'e', 0};
 
+SourcePosition positionAt(std::uint64_t line, std::uint64_t column) {
+  constexpr std::uint64_t kLargest = std::numeric_limits<std::uint32_t>::max();
+  return SourcePosition{static_cast<std::uint32_t>(line > kLargest ? kLargest : line),
+                        static_cast<std::uint32_t>(column > kLargest ? kLargest : column)};
+}
+
 }  // namespace
 
 BoundedDOMParser::BoundedDOMParser()
@@ -107,6 +113,7 @@ void BoundedDOMParser::startDocument() {
   lastColumn = 1;
   positions = PositionTable();
   openIncludes.clear();
+  openMarks.clear();
   xercesc::XercesDOMParser::startDocument();
 }
 
@@ -136,6 +143,17 @@ void BoundedDOMParser::startElement(const xercesc::XMLElementDecl& elemDecl, uns
     positions.add(getCurrentNode(), line, column);
   }
   markPosition();
+  if (marks != nullptr) {
+    // The scanner stands just after the start tag now.
+    if (isEmpty) {
+      marks->push_back(ElementMarks{positionAt(line, column), positionAt(lastLine, lastColumn),
+                                    positionAt(lastLine, lastColumn)});
+    } else {
+      openMarks.push_back(marks->size());
+      marks->push_back(
+          ElementMarks{positionAt(line, column), positionAt(lastLine, lastColumn), {}});
+    }
+  }
 }
 
 void BoundedDOMParser::endElement(const xercesc::XMLElementDecl& elemDecl, unsigned int urlId,
@@ -162,6 +180,13 @@ void BoundedDOMParser::endElement(const xercesc::XMLElementDecl& elemDecl, unsig
     xercesc::XercesDOMParser::endElement(elemDecl, urlId, isRoot, elemPrefix);
   }
   markPosition();
+  // An element written empty ("<a/>") ends inside startElement, before its
+  // marks are noted complete; only an element noted open ends here, and it
+  // is the innermost open one when the depths agree.
+  if (marks != nullptr && !openMarks.empty() && depth + 1 == openMarks.size()) {
+    (*marks)[openMarks.back()].close = positionAt(lastLine, lastColumn);
+    openMarks.pop_back();
+  }
 }
 
 void BoundedDOMParser::docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) {

@@ -15,6 +15,7 @@
 #include "platform/InputLimits.h"
 #include "xml_access/ParseProblem.h"
 #include "xml_access/PositionTable.h"
+#include "xml_access/SourcePosition.h"
 
 namespace XercesXML {
 
@@ -25,6 +26,15 @@ using msg::limits::kMaxAttributesPerElement;
 using msg::limits::kMaxElementDepth;
 using msg::limits::kMaxEntityExpansion;
 using msg::limits::kMaxEntityReferences;
+
+// Where one element's markup lies: its '<', the end of its start tag and
+// the end of its end tag (the place just after each '>'). For an empty
+// element written "<a/>" both ends are the same. The file is not used.
+struct ElementMarks {
+  SourcePosition start;
+  SourcePosition tagEnd;
+  SourcePosition close;
+};
 
 // Thrown from the parser's callbacks when a document breaks one of the
 // rules above, or a rule its client switched on. It ends the parse at once;
@@ -48,6 +58,8 @@ struct ParseRefused {
 //    and column of its '<') if asked to (setKeepPositions), in a table
 //    beside the document (see takePositions); elements that XInclude
 //    brings in from a part get no record here (see PartPositions);
+//  - notes the marks of every element it reads itself, in document order,
+//    into a list that its client lends it (setMarks);
 //  - appends text that follows an entity reference through the public
 //    appendData, which keeps long texts with many references linear (the
 //    parser's own fast append rescans the document's block list each time);
@@ -64,6 +76,10 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
 
   void setRefuseDoctype(bool refuse) { refuseDoctype = refuse; }
   void setKeepPositions(bool keep) { keepPositions = keep; }
+
+  // With a list (borrowed, not null), every later parse appends the marks
+  // of the elements it reads to it; null notes nothing. Stays until changed.
+  void setMarks(std::vector<ElementMarks>* list) { marks = list; }
 
   // The positions recorded by the last parse with setKeepPositions(true),
   // sealed; the parser keeps none. They describe the document that
@@ -138,8 +154,10 @@ class BoundedDOMParser : public xercesc::XercesDOMParser {
   bool keepPositions = false;
   std::uint64_t lastLine = 1;
   std::uint64_t lastColumn = 1;
-  PositionTable positions;                // of the running parse
-  std::vector<std::size_t> openIncludes;  // first record of each open xi:include
+  PositionTable positions;                     // of the running parse
+  std::vector<std::size_t> openIncludes;       // first record of each open xi:include
+  std::vector<ElementMarks>* marks = nullptr;  // borrowed, may be null
+  std::vector<std::size_t> openMarks;          // of the open elements, in `marks`
 };
 
 }  // namespace XercesXML

@@ -16,6 +16,7 @@
 #include "msg/XercesXMLException.h"
 #include "xml_access/DefaultErrorHandler.h"
 #include "xml_access/DocumentSerializer.h"
+#include "xml_access/RoundTripPlaces.h"
 #include "xml_access/TreeErrorReporter.h"
 #include "xml_access/XMLSystem.h"
 
@@ -209,10 +210,12 @@ void Parser::noteLoweredReferenceLimit(const std::string& fileName) {
 xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, bool reparse,
                                                 PositionTable* positions) {
   // This reporter takes the parser's callbacks over from the one of
-  // parseFile, so the second parse has its own blocks and flag.
+  // parseFile, so the second parse has its own blocks and flag. It holds
+  // the problems of the second parse: they count in the copy and are moved
+  // to the files the user wrote before anyone sees them.
   std::ostringstream errorText;
   const auto defaultHandler = std::make_unique<DefaultErrorHandler>(errorText);
-  const TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()), &problems);
+  TreeErrorReporter reporter(parser.get(), receiverFor(defaultHandler.get()), &problems, reparse);
 
   DOMNode firstDocument(parser->adoptDocument(), nullptr);
   MemoryTargetGuard memory;
@@ -220,7 +223,16 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     applyStrictSettings();
     parser->reset();
   }
+  // On a failure that ends the round trip: the relaxed settings again, and
+  // what the second parse reported so far, where the copy has it.
+  const auto recover = [&]() {
+    if (reparse) {
+      applyRelaxedSettings();
+    }
+    reporter.release(nullptr);
+  };
 
+  RoundTripPlaces places;
   try {
     serializeToMemory(firstDocument, memory.target, std::string());
     if (!xIncludeOutputFile.empty()) {
@@ -257,48 +269,44 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
       if (positions != nullptr) {
         *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered, *positions);
       }
+      const ParseRefused* refused = guard->getRefusal();
+      if (reporter.hasHeld() || (refused != nullptr && refused->problem.file == systemId)) {
+        // Failures are rare: only they pay for a second look at the files.
+        places = locateRoundTrip(systemId, *memory.target);
+      }
+      reporter.release([&places](ParseProblem& problem) { places.place(problem); });
     }
   } catch (const Exception& exception) {
-    if (reparse) {
-      applyRelaxedSettings();
-    }
+    recover();
     errorText << kAbortWhileParsing << exception.getText() << std::endl;
     problems.push_back(ParseProblem{systemId, 0, 0, firstLine(exception.getText())});
     appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const xercesc::XMLException& exception) {
-    if (reparse) {
-      applyRelaxedSettings();
-    }
+    recover();
     appendAbort(errorText, problems, systemId,
                 kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
     appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const xercesc::DOMException& exception) {
-    if (reparse) {
-      applyRelaxedSettings();
-    }
+    recover();
     appendDomAbort(errorText, exception);
     problems.push_back(ParseProblem{systemId, 0, 0, "error in DOM while parsing"});
     appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (const ParseRefused& refused) {
-    if (reparse) {
-      applyRelaxedSettings();
-    }
+    recover();
     appendRefusal(errorText, problems, refused);
     appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   } catch (...) {
-    if (reparse) {
-      applyRelaxedSettings();
-    }
+    recover();
     appendAbort(errorText, problems, systemId, kUnknownError);
     appendGuardRefusal(errorText);
     throw ParsingError(errorText.str());
   }
 
-  if (appendGuardRefusal(errorText)) {
+  if (appendGuardRefusal(errorText, &places)) {
     throw ParsingError(errorText.str());
   }
   if (reporter.getSawErrors()) {
@@ -312,12 +320,63 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
   return giveUpDocument(firstDocument);
 }
 
-bool Parser::appendGuardRefusal(std::ostream& errorText) {
+RoundTripPlaces Parser::locateRoundTrip(const std::string& systemId,
+                                        const xercesc::MemBufFormatTarget& copy) {
+  // Both parses report to a sink, and the guard of the failed parse keeps
+  // its refusal: this look changes nothing of the verdict.
+  std::ostringstream ignored;
+  DefaultErrorHandler sink(ignored);
+  const TreeErrorReporter reporter(parser.get(), &sink);
+  ReferenceGuard lookGuard(*parser);
+  parser->setXMLEntityResolver(&lookGuard);
+  std::vector<ElementMarks> marks;
+  PositionTable original;
+  std::vector<SourcePosition> ordered;
+  try {
+    // The files as the user wrote them, parts placed as for positions.
+    PartPositions parts;
+    lookGuard.setPartPositions(&parts);
+    lookGuard.start(systemId, messageDocumentRules, messageDocumentRules);
+    parser->setKeepPositions(true);
+    parser->parseBounded(systemId.c_str());
+    parser->setKeepPositions(false);
+    if (!reporter.getSawErrors() && lookGuard.getRefusal() == nullptr) {
+      original = parser->takePositions();
+      parts.place(parser->getDocument(), systemId, original);
+      ordered = original.inDocumentOrder(parser->getDocument());
+      // The copy, with the marks of its elements; nothing to expand or check.
+      parser->setDoXInclude(false);
+      parser->setMarks(&marks);
+      xercesc::MemBufInputSource source(copy.getRawBuffer(), copy.getLen(), systemId.c_str(), false,
+                                        xercesc::XMLPlatformUtils::fgMemoryManager);
+      source.setCopyBufToStream(false);
+      parser->parseBounded(source);
+    }
+  } catch (...) {
+    ordered.clear();  // no place is better than a wrong one
+  }
+  parser->setKeepPositions(false);
+  parser->setMarks(nullptr);
+  parser->setDoXInclude(true);
+  parser->setXMLEntityResolver(guard.get());
+  if (reporter.getSawErrors()) {
+    ordered.clear();
+  }
+  return RoundTripPlaces(systemId, std::move(marks), std::move(ordered), original.partFiles());
+}
+
+bool Parser::appendGuardRefusal(std::ostream& errorText, const RoundTripPlaces* places) {
   const ParseRefused* refused = guard->getRefusal();
   if (refused == nullptr) {
     return false;
   }
-  appendRefusal(errorText, problems, *refused);
+  if (places == nullptr) {
+    appendRefusal(errorText, problems, *refused);
+    return true;
+  }
+  ParseRefused placed = *refused;
+  places->place(placed.problem);
+  appendRefusal(errorText, problems, placed);
   return true;
 }
 

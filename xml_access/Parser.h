@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <xercesc/dom/DOMNode.hpp>
+#include <xercesc/framework/MemBufFormatTarget.hpp>
 
 #include "xml_access/BoundedDOMParser.h"
 #include "xml_access/DOMNode.h"
@@ -16,6 +17,7 @@
 #include "xml_access/PartPositions.h"
 #include "xml_access/PositionTable.h"
 #include "xml_access/ReferenceGuard.h"
+#include "xml_access/RoundTripPlaces.h"
 #include "xml_access/XercesXMLErrorHandlerInterface.h"
 
 namespace XercesXML {
@@ -141,8 +143,8 @@ class Parser {
   void noteLoweredReferenceLimit(const std::string& fileName);
 
   // Appends the refusal of the guard, if one stands, to the error text and
-  // the problems; true if it did.
-  bool appendGuardRefusal(std::ostream& errorText);
+  // the problems, moved by `places` if given; true if it did.
+  bool appendGuardRefusal(std::ostream& errorText, const RoundTripPlaces* places = nullptr);
 
   void applyRelaxedSettings();
   void applyStrictSettings();
@@ -166,6 +168,14 @@ class Parser {
   // exists of a second one stays with the parser object.
   xercesc::DOMNode* validateAfterXInclude(const std::string& systemId, bool reparse,
                                           PositionTable* positions);
+
+  // After a failed second parse: parses `systemId` again as the first parse
+  // did, with positions, and the serialised `copy` with the marks of its
+  // elements, so that problems of the copy can be placed in the files. The
+  // parser object is left as the round trip leaves it; every error of these
+  // parses is swallowed, and one that fails places nothing.
+  RoundTripPlaces locateRoundTrip(const std::string& systemId,
+                                  const xercesc::MemBufFormatTarget& copy);
 
   // Takes the document out of `handle` without releasing it: the handle's
   // block forgets the node, so the end of the handle frees only the block.

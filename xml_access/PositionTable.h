@@ -43,6 +43,9 @@ class PositionTable {
   // The name of file number `file`: empty for 0, the document itself.
   const std::string& fileName(std::uint32_t file) const;
 
+  // The names of the parts, file number n at index n - 1.
+  const std::vector<std::string>& partFiles() const { return files; }
+
   // The number of records made so far.
   std::size_t size() const { return records.size(); }
   bool empty() const { return records.empty(); }

@@ -3,6 +3,7 @@
 #ifndef MSG_XML_ACCESS_TREEERRORREPORTER_H_
 #define MSG_XML_ACCESS_TREEERRORREPORTER_H_
 
+#include <functional>
 #include <vector>
 
 #include <xercesc/parsers/XercesDOMParser.hpp>
@@ -34,6 +35,10 @@ namespace XercesXML {
 // as a ParseProblem (system id, line, column, message), before the block is
 // built.
 //
+// A holding reporter (see the constructor) keeps what it is told, in
+// order, and passes nothing on until release(), which lets its owner move
+// each problem to another place first; the blocks then carry the new place.
+//
 // Neither the parser object, the receiver nor the list is owned; both must outlive the
 // reporter. The flag is never cleared, so a reporter serves one parse
 // operation only. All callbacks come on the thread that calls parse.
@@ -42,8 +47,9 @@ class TreeErrorReporter : public xercesc::ErrorHandler {
   // Stores both pointers and installs this reporter as the error handler of
   // `parser`, replacing whatever handler was installed.
   // REQUIRES: parser and handler are not null; `problems` may be.
+  // With `hold`, problems wait for release().
   TreeErrorReporter(xercesc::XercesDOMParser* parser, XercesXMLErrorHandlerInterface* handler,
-                    std::vector<ParseProblem>* problems = nullptr);
+                    std::vector<ParseProblem>* problems = nullptr, bool hold = false);
 
   TreeErrorReporter(const TreeErrorReporter&) = delete;
   TreeErrorReporter& operator=(const TreeErrorReporter&) = delete;
@@ -65,13 +71,32 @@ class TreeErrorReporter : public xercesc::ErrorHandler {
   // Does nothing: a parser's reset does not undo the errors already seen.
   void resetErrors() override;
 
+  // Whether any problem waits for release().
+  bool hasHeld() const { return !held.empty(); }
+
+  // Passes every held problem on, in the order reported, after `place` (if
+  // set) has had its say on it: to the list, then as a block to the
+  // receiver. Nothing is held afterwards, even if the receiver raises.
+  void release(const std::function<void(ParseProblem&)>& place);
+
  private:
-  void record(const xercesc::SAXParseException& exception);
+  struct Held {
+    bool fatal;
+    ParseProblem problem;
+  };
+
+  // Holds the problem, or passes it on at once.
+  void report(bool fatal, const xercesc::SAXParseException& exception);
+
+  // Lists the problem and passes its block to the receiver.
+  void pass(bool fatal, const ParseProblem& problem);
 
   xercesc::XercesDOMParser* parser;         // not owned
   XercesXMLErrorHandlerInterface* handler;  // not owned, never null
   std::vector<ParseProblem>* problems;      // not owned, may be null
+  bool hold;
   bool sawErrors;
+  std::vector<Held> held;
 };
 
 }  // namespace XercesXML
