@@ -79,6 +79,10 @@ std::vector<PendingEntry> readCollection(const XercesXML::DOMNode& collection,
   int messageIndex = -1;
   int textIndex = -1;
   DocumentText messageKey;
+  // Only the languages the handler was told to keep are registered.
+  const auto isWanted = [&](const std::string& language) {
+    return languages.distance(Language(language.c_str())) >= 0;
+  };
   const auto finishMessage = [&]() {
     if (messageIndex < 0) {
       return;
@@ -90,7 +94,7 @@ std::vector<PendingEntry> readCollection(const XercesXML::DOMNode& collection,
     } else {
       message.check(problems);
       for (PluralLanguage& language : message.languages()) {
-        if (languages.distance(Language(language.language.c_str())) >= 0) {
+        if (isWanted(language.language)) {
           pending.push_back(PendingEntry{static_cast<short>(messageKey.effectiveSeverity()),
                                          language.language, messageKey.effectiveNamespace(),
                                          messageKey.effectiveIdentifier(),
@@ -112,7 +116,7 @@ std::vector<PendingEntry> readCollection(const XercesXML::DOMNode& collection,
     const std::string language = entry.effectiveLanguage();
     // The filter comes before the text is read: a dropped language costs no
     // conversion.
-    if (!message.isPlural() && languages.distance(Language(language.c_str())) >= 0) {
+    if (!message.isPlural() && isWanted(language)) {
       ofMessage.push_back(PendingEntry{static_cast<short>(entry.effectiveSeverity()),
                                        language,
                                        entry.effectiveNamespace(),
