@@ -94,15 +94,23 @@ class MessageDocumentEditor {
     int lastMessage = -1;
   };
 
+  // A part as a file includes it: the include element, and the part's
+  // index in `files`.
+  struct PartAt {
+    int element;
+    int file;
+  };
+
   void readLoadedTexts();
   void openParts();
-  void index(int file);
+  void index(int file, std::vector<int>& within);
   static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
   void stamp(int file, int element, const std::string& value);
 
   std::string path;
   bool created = false;
   std::vector<std::unique_ptr<DocumentFile>> files;  // [0] is `path`, then its parts
+  std::vector<std::vector<PartAt>> partsOf;          // per file, in document order
   int collection = -1;     // the MessageCollection of files[0]; -1 in a namespace part
   int lastNamespace = -1;  // the last MessageNamespace of files[0], -1 if none
   std::map<std::string, MessagePlace> messages;      // keyOf -> place
