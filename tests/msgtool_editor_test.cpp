@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -15,6 +16,7 @@
 #include "Catalogue.h"
 #include "MessageDocumentEditor.h"
 #include "ToolError.h"
+#include "message_documents/MessageDocumentReader.h"
 #include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
@@ -236,6 +238,55 @@ TEST_F(EditorTest, ChangesOnlyTheBytesOfWhatItEdits) {
       editor.save();
     }
     EXPECT_EQ(readFile(document()), test.after);
+  }
+}
+
+// A key whose Message stands both in the document and in a part: of each
+// language the loader keeps the text that comes last in the expanded
+// document, and that is the one the editor finds and changes.
+TEST_F(EditorTest, EditsTheTextTheLoaderKeeps) {
+  const std::string part =
+      "<?xml version=\"1.0\"?>\n"
+      "<MessageNamespace name=\"app\">\n"
+      "  <Message id=\"start\"><Text xml:lang=\"de\">Teil</Text></Message>\n"
+      "</MessageNamespace>\n";
+  const std::string own =
+      "  <MessageNamespace name=\"app\">\n"
+      "    <Message id=\"start\"><Text xml:lang=\"de\">Eigen</Text>"
+      "<Text xml:lang=\"fr\">Propre</Text></Message>\n"
+      "  </MessageNamespace>\n";
+  const std::string include =
+      "  <xi:include href=\"part.xml\" xmlns:xi=\"http://www.w3.org/2001/XInclude\"/>\n";
+  const std::vector<std::tuple<std::string, const char*, const char*, const char*>> cases = {
+      {own + include, "de", "Teil", "part.xml"},
+      {own + include, "fr", "Propre", "messages.xml"},
+      {include + own, "de", "Eigen", "messages.xml"},
+  };
+  for (const auto& [body, language, kept, edited] : cases) {
+    SCOPED_TRACE(std::string(language) + (body.rfind(own, 0) == 0 ? ", part last" : ", own last"));
+    const std::string before = collection(kUtf8, body);
+    writeFile(scratch / "part.xml", part);
+    writeFile(document(), before);
+    {
+      msgtool::MessageDocumentEditor editor(document(), "unused.xsd");
+      const std::optional<Text> found = editor.find("app", "start", language);
+      ASSERT_TRUE(found.has_value());
+      EXPECT_EQ(found->text, kept);
+      editor.setText("app", "start", "", language, "Neu", "en:1");
+      editor.save();
+    }
+    const bool intoPart = std::string(edited) == "part.xml";
+    EXPECT_EQ(readFile(scratch / "part.xml") == part, !intoPart);
+    EXPECT_EQ(readFile(document()) == before, intoPart);
+    std::string loaded;
+    msg::forEachDocumentText(
+        msg::findMessageCollection(msg::parseMessageDocument(document().c_str())),
+        [&](const msg::DocumentText& text) {
+          if (text.effectiveLanguage() == language) {
+            loaded = text.readText();
+          }
+        });
+    EXPECT_EQ(loaded, "Neu");
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "msg/XercesXMLException.h"
+
 namespace XercesXML {
 
 namespace {
@@ -268,6 +270,12 @@ std::string MarkupEditor::fileBytes() const {
   out.reserve(text.size() + text.size() / 4);
   std::size_t copied = 0;
   for (const Splice& splice : splices) {
+    // A splice that starts before the one ahead of it ends lies inside a
+    // content that is replaced: it has no place left in the result.
+    if (splice.offset < copied) {
+      throw ParsingError(
+          "the edits overlap: an element inside a content that is replaced is edited as well");
+    }
     out.append(text, copied, splice.offset - copied);
     out += splice.replacement;
     copied = splice.offset + splice.length;

@@ -72,6 +72,8 @@ class MarkupEditor {
 
   // The file with every edit applied, in its own encoding; the bytes as read
   // if nothing was changed.
+  // Raises ParsingError for edits that overlap: an edit of an element inside
+  // one whose content is set.
   std::string fileBytes() const;
 
  private:

@@ -119,15 +119,15 @@ bool DocumentFile::isPart() const {
                                                    "http://www.w3.org/2001/XMLSchema-instance"));
 }
 
-std::vector<std::string> DocumentFile::includedFiles() const {
-  std::vector<std::string> files;
+std::vector<DocumentFile::Inclusion> DocumentFile::includedFiles() const {
+  std::vector<Inclusion> files;
   const std::filesystem::path folder = std::filesystem::path(filePath).parent_path();
   for (const XercesXML::DOMNode& include : includes) {
     const std::string href = include.getAttributeByName("href");
     const std::string parse = include.getAttributeByName("parse");
     if (!href.empty() && (parse.empty() || parse == "xml") &&
         include.getAttributeByName("xpointer").empty()) {
-      files.push_back((folder / href).lexically_normal().string());
+      files.push_back(Inclusion{idOf(include), (folder / href).lexically_normal().string()});
     }
   }
   return files;

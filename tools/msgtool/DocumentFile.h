@@ -44,9 +44,14 @@ class DocumentFile {
   // names no schema: a part, which loads only as part of a document.
   bool isPart() const;
 
-  // The files this one includes with XInclude (whole files, as XML), as
-  // paths, in document order.
-  std::vector<std::string> includedFiles() const;
+  // A file this one includes with XInclude (a whole file, as XML): the
+  // include element's id in markup() and the file's path.
+  struct Inclusion {
+    int element;
+    std::string path;
+  };
+  // The inclusions of this file in document order.
+  std::vector<Inclusion> includedFiles() const;
 
   // The edited file; raises ToolError naming it for an edit that cannot be
   // written.

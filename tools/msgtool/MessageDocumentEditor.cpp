@@ -1,5 +1,6 @@
 #include "MessageDocumentEditor.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "FileReplacement.h"
@@ -76,9 +77,8 @@ MessageDocumentEditor::MessageDocumentEditor(std::string path, const std::string
     readLoadedTexts();
   }
   openParts();
-  for (int file = 0; file < static_cast<int>(files.size()); ++file) {
-    index(file);
-  }
+  std::vector<int> within;
+  index(0, within);
 }
 
 MessageDocumentEditor::~MessageDocumentEditor() = default;
@@ -114,22 +114,34 @@ void MessageDocumentEditor::readLoadedTexts() {
 void MessageDocumentEditor::openParts() {
   std::error_code error;
   const fs::path folder = fs::weakly_canonical(fs::absolute(path).parent_path(), error);
-  std::set<fs::path> seen{fs::weakly_canonical(path, error)};
+  std::map<fs::path, int> seen{{fs::weakly_canonical(path, error), 0}};
   for (std::size_t file = 0; file < files.size(); ++file) {
-    for (const std::string& part : files[file]->includedFiles()) {
-      const fs::path canonical = fs::weakly_canonical(part, error);
-      if (!error && liesIn(canonical, folder) && fs::is_regular_file(canonical, error) &&
-          seen.insert(canonical).second) {
-        files.push_back(std::make_unique<DocumentFile>(part));
+    std::vector<PartAt> parts;
+    for (const DocumentFile::Inclusion& part : files[file]->includedFiles()) {
+      const fs::path canonical = fs::weakly_canonical(part.path, error);
+      if (error || !liesIn(canonical, folder) || !fs::is_regular_file(canonical, error)) {
+        continue;
       }
+      auto known = seen.emplace(canonical, static_cast<int>(files.size()));
+      if (known.second) {
+        files.push_back(std::make_unique<DocumentFile>(part.path));
+      }
+      parts.push_back(PartAt{part.element, known.first->second});
     }
+    partsOf.push_back(std::move(parts));
   }
 }
 
-// The texts of one file, walked as the loader walks them. A part whose root
-// is neither a MessageCollection nor a MessageNamespace is not indexed: its
-// keys are out of reach.
-void MessageDocumentEditor::index(int file) {
+// The texts of one file, walked as the loader walks them, with each part
+// walked where the file includes it: what comes later in the expanded
+// document replaces what came before, as it does in the loader. `within`
+// holds the files whose walk is under way; a part that includes one of them
+// is not walked again. A part whose root is neither a MessageCollection nor
+// a MessageNamespace is not indexed: its keys are out of reach.
+void MessageDocumentEditor::index(int file, std::vector<int>& within) {
+  if (std::find(within.begin(), within.end(), file) != within.end()) {
+    return;
+  }
   const XercesXML::DOMNode& document = files[file]->document();
   XercesXML::DOMNode from = document;
   if (document.getFirstElementChild().getNodeName() != "MessageNamespace") {
@@ -144,31 +156,53 @@ void MessageDocumentEditor::index(int file) {
       collection = files[0]->idOf(from);
     }
   }
+  within.push_back(file);
   const DocumentFile& in = *files[file];
+  const std::vector<PartAt>& parts = partsOf[file];
+  std::size_t nextPart = 0;
+  // The parts included before `element` of this file, walked first.
+  auto partsBefore = [&](int element) {
+    for (; nextPart < parts.size() && parts[nextPart].element < element; ++nextPart) {
+      index(parts[nextPart].file, within);
+    }
+  };
+  int currentNamespace = -1;
   msg::DocumentVisitor visitor;
   visitor.onNamespace = [&](const msg::DocumentText& at) {
-    const int element = in.idOf(at.namespaceElement);
-    namespaces[at.effectiveNamespace()] = NamespacePlace{file, element, -1};
+    currentNamespace = in.idOf(at.namespaceElement);
+    partsBefore(currentNamespace);
+    namespaces[at.effectiveNamespace()] = NamespacePlace{file, currentNamespace, -1};
     if (file == 0 && collection >= 0) {
-      lastNamespace = element;
+      lastNamespace = currentNamespace;
     }
   };
   visitor.onMessage = [&](const msg::DocumentText& at) {
+    const int element = in.idOf(at.messageElement);
+    partsBefore(element);
     MessagePlace& place = messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())];
     place.file = file;
-    place.element = in.idOf(at.messageElement);
+    place.element = element;
     place.lastText = -1;
-    namespaces[at.effectiveNamespace()].lastMessage = place.element;
+    // A part walked since may have put its namespace of the same name in
+    // place of this one.
+    NamespacePlace& space = namespaces[at.effectiveNamespace()];
+    if (space.file == file && space.element == currentNamespace) {
+      space.lastMessage = element;
+    }
   };
   visitor.onText = [&](const msg::DocumentText& at) {
+    const int element = in.idOf(at.textElement);
+    partsBefore(element);
     MessagePlace& place = messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())];
-    place.lastText = in.idOf(at.textElement);
+    place.lastText = element;
     place.texts[at.effectiveLanguage()] =
-        TextPlace{file, place.lastText,
+        TextPlace{file, element,
                   ExistingText{at.readText(), at.textElement.getAttributeByName(
                                                   kTranslatedFromAttribute, kMsgtoolNamespace)}};
   };
   msg::walkMessageDocument(from, visitor);
+  partsBefore(files[file]->markup().elementCount());
+  within.pop_back();
 }
 
 std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(

@@ -7,9 +7,10 @@
 // Each file is read as written (DocumentFile) and walked where and as the
 // loader walks it (msg::walkMessageDocument); an edit changes the file's own
 // text (XercesXML::MarkupEditor). A key is edited in the file that holds its
-// Message, the document or an included part. The editor also works on a part
-// given directly: a file whose root is a MessageNamespace, or a
-// MessageCollection that names no schema.
+// Message, the document or an included part; where several hold one, the
+// text the loader keeps is edited, the last in the expanded document. The
+// editor also works on a part given directly: a file whose root is a
+// MessageNamespace, or a MessageCollection that names no schema.
 
 #ifndef MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
 #define MSGTOOL_MESSAGEDOCUMENTEDITOR_H_
@@ -55,9 +56,10 @@ class MessageDocumentEditor {
   // Message.
   bool isOutOfReach(const std::string& nameSpace, const std::string& identifier) const;
 
-  // Makes `text` the key's text in `language`, stamped with `stamp`, in the
-  // file that holds the key's Message. Adds the Text after the key's last
-  // Text, the Message (with `severityWord`) after the namespace's last
+  // Makes `text` the key's text in `language`, stamped with `stamp`: the
+  // Text the loader keeps, the last of the language in the expanded
+  // document. Adds the Text after the last Text of the key's last Message,
+  // the Message (with `severityWord`) after the namespace's last
   // Message, and the MessageNamespace after the document's last one, where
   // they are missing.
   // Raises ToolError for a namespace that a part given directly cannot hold.
@@ -94,15 +96,23 @@ class MessageDocumentEditor {
     int lastMessage = -1;
   };
 
+  // A part as a file includes it: the include element, and the part's
+  // index in `files`.
+  struct PartAt {
+    int element;
+    int file;
+  };
+
   void readLoadedTexts();
   void openParts();
-  void index(int file);
+  void index(int file, std::vector<int>& within);
   static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
   void stamp(int file, int element, const std::string& value);
 
   std::string path;
   bool created = false;
   std::vector<std::unique_ptr<DocumentFile>> files;  // [0] is `path`, then its parts
+  std::vector<std::vector<PartAt>> partsOf;          // per file, in document order
   int collection = -1;     // the MessageCollection of files[0]; -1 in a namespace part
   int lastNamespace = -1;  // the last MessageNamespace of files[0], -1 if none
   std::map<std::string, MessagePlace> messages;      // keyOf -> place
