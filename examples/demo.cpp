@@ -5,6 +5,7 @@
 // It loads DIR/demo.xml (which includes demo-reports.xml) with the language
 // list given on the command line (default: en de de-AT), then shows the
 // same messages under several language lists, arguments of every type, a
+// plural message in English, Polish and Arabic (from demo-plurals.xml), a
 // formatting channel that wraps, the severity threshold, an unknown key, the
 // catalogue text of an exception, and a broken document being rejected.
 // Last, it loads the same catalogue from its compiled form (made at build
@@ -145,6 +146,33 @@ void showArguments(msg::MessageHandler& handler) {
   handler.writeMessage(order);
 }
 
+// A handler of its own, so that the load keeps the three languages whatever
+// the demo's list is.
+void showPlurals(const std::string& path) {
+  heading("Plural forms in three languages");
+  std::cout << "demo:deleted has the forms each language needs: English one and other\n"
+               "(and =0), Polish one, few, many and other, Arabic all six. The count as\n"
+               "it is shown chooses the form: 1 is one in English, 1.0 is other.\n";
+  msg::MessageHandlerX plurals;
+  plurals.setMessageChannel(new ConsoleChannel(), true);
+  const msg::Language all[] = {"en", "pl", "ar"};
+  plurals.setLanguageList(msg::LanguageList(3, all));
+  try {
+    plurals.loadMessageDocument(path.c_str());
+  } catch (const msg::ErrorInMessageDocument& failure) {
+    std::cout << "demo-plurals.xml could not be loaded: " << failure.getText() << "\n";
+    return;
+  }
+  for (const msg::Language& language : all) {
+    plurals.setLanguageList(msg::LanguageList(language));
+    std::cout << language.toString() << ":\n";
+    for (const int count : {0, 1, 2, 5, 22}) {
+      msg::write(plurals, "demo", "deleted", count);
+    }
+    msg::write(plurals, "demo", "deleted", msg::fixed(1.0, 1));
+  }
+}
+
 void showWrapping(msg::MessageHandler& handler) {
   heading("A formatting channel that wraps");
   std::cout << "Every message here went through a FormattingMessageChannel with the\n"
@@ -272,6 +300,7 @@ int main(int argc, char** argv) {
 
   showLanguageLists(handler, languages);
   showArguments(handler);
+  showPlurals(options.documents + "/demo-plurals.xml");
   showWrapping(handler);
   showThreshold(handler);
   showUnknownKey(handler);

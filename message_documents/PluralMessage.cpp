@@ -42,6 +42,11 @@ std::string formName(const PluralVariant& variant) {
 
 }  // namespace
 
+bool PluralMessage::readCount(const std::string& attribute, unsigned& number) {
+  number = 0;
+  return attribute.empty() || readPlaceholder(attribute, number);
+}
+
 bool PluralMessage::readVariant(const std::string& attribute, PluralVariant& variant) {
   variant = PluralVariant();
   if (attribute.size() >= 2 && attribute[0] == '=' && attribute.size() <= 19) {
@@ -61,7 +66,7 @@ void PluralMessage::begin(const DocumentText& message, int index) {
   messageIndex = index;
   countAttribute = message.count;
   count = 0;
-  countNamed = countAttribute.empty() || readPlaceholder(countAttribute, count);
+  countNamed = readCount(countAttribute, count);
   plural = !countAttribute.empty();
   kindKnown = false;
   pluralKind = PluralKind::cardinal;

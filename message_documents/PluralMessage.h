@@ -72,6 +72,15 @@ class PluralMessage {
   unsigned countPlaceholder() const { return count; }
   std::vector<PluralLanguage> languages() const;
 
+  // The variant a plural or ordinal attribute names (a category or "=N");
+  // false if it names none. Also for readers of documents other than the
+  // loader, so that they read the attributes as it does.
+  static bool readVariant(const std::string& attribute, PluralVariant& variant);
+
+  // The placeholder a count attribute names ("&1" names 1, "" names 0);
+  // false for any other text.
+  static bool readCount(const std::string& attribute, unsigned& number);
+
  private:
   struct Text {
     int index;
@@ -80,8 +89,6 @@ class PluralMessage {
     std::string ordinal;
     XercesXML::DOMNode element;  // its value is read only for a plural message
   };
-  // The variant a text's attribute names; false if it names none.
-  static bool readVariant(const std::string& attribute, PluralVariant& variant);
   int messageIndex = -1;
   std::string countAttribute;
   unsigned count = 0;

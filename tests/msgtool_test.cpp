@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <string>
 #include <tuple>
@@ -278,4 +279,80 @@ TEST_F(MsgtoolTest, ExportRefusesAFolderForTheFileOfOneTarget) {
             "msgtool: error: l10n: is a folder; with one target, -o names the file to write "
             "(l10n/de.po, for instance)\n");
   EXPECT_TRUE(fs::is_empty(scratch / "l10n"));
+}
+
+// Plural messages, from the documents tests/data/msgtool/plurals-*.xml: en
+// and pl complete, ar without two of the keys, de without its `one`.
+class MsgtoolPluralTest : public MsgtoolTest {
+ protected:
+  const std::string documents = kData + "plurals-en.xml " + kData + "plurals-pl.xml";
+};
+
+TEST_F(MsgtoolPluralTest, ShowPrintsTheVariantThatTheCountAsWrittenChooses) {
+  struct Row {
+    const char* languages;
+    const char* keyAndArguments;
+    const char* shown;
+  };
+  const Row rows[] = {
+      {"en", "deleted 0", "app:deleted (en, info, form =0)\nNo files deleted.\n"},
+      {"en", "deleted 1", "app:deleted (en, info, form one)\n1 file deleted.\n"},
+      {"en", "deleted 1.0", "app:deleted (en, info, form other)\n1.0 files deleted.\n"},
+      {"en", "deleted 2.50", "app:deleted (en, info, form other)\n2.50 files deleted.\n"},
+      {"pl", "deleted 1", "app:deleted (pl, info, form one)\nUsunięto 1 plik.\n"},
+      {"pl", "deleted 22", "app:deleted (pl, info, form few)\nUsunięto 22 pliki.\n"},
+      {"pl", "deleted 5", "app:deleted (pl, info, form many)\nUsunięto 5 plików.\n"},
+      {"pl", "deleted 1.5", "app:deleted (pl, info, form other)\nUsunięto 1.5 pliku.\n"},
+      {"ar", "deleted 2", "app:deleted (ar, info, form two)\nحُذف ملفان.\n"},
+      {"ar", "deleted 11", "app:deleted (ar, info, form many)\nحُذف 11 ملفًا.\n"},
+      {"ar", "deleted 100", "app:deleted (ar, info, form other)\nحُذف 100 ملف.\n"},
+      // The count is &1 here, the first argument a folder.
+      {"pl", "moved docs 3", "app:moved (pl, info, form few)\ndocs: przeniesiono 3 pliki.\n"},
+      {"en", "place 22", "app:place (en, info, form two)\n22nd place\n"},
+      // A count that is no number takes other.
+      {"en", "deleted many", "app:deleted (en, info, form other)\nmany files deleted.\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.keyAndArguments);
+    const Outcome shown = run("show --languages " + std::string(row.languages) + " " + documents +
+                              " app " + row.keyAndArguments);
+    EXPECT_EQ(shown.exitCode, 0) << shown.err;
+    EXPECT_EQ(shown.out, row.shown);
+  }
+}
+
+TEST_F(MsgtoolPluralTest, StatsCountsAPluralMessageOnlyWithEveryFormTheLanguageNeeds) {
+  const Outcome counted = run("stats --format json " + documents);
+  ASSERT_EQ(counted.exitCode, 0) << counted.err;
+  const nlohmann::json stats = nlohmann::json::parse(counted.out);
+  EXPECT_EQ(stats["messages"], 4);
+  std::map<std::string, std::pair<int, int>> found;
+  for (const auto& language : stats["languages"]) {
+    found[language["language"]] = {language["translated"], language["missing"]};
+  }
+  const std::map<std::string, std::pair<int, int>> expected{
+      {"ar", {2, 2}}, {"de", {1, 3}}, {"en", {4, 0}}, {"pl", {4, 0}}};
+  EXPECT_EQ(found, expected);
+}
+
+TEST_F(MsgtoolPluralTest, CheckAndHeaderTreatPluralKeys) {
+  const Outcome checked = run("check --format json --languages en,pl " + documents);
+  ASSERT_EQ(checked.exitCode, 1) << checked.err;
+  std::set<std::pair<std::string, std::string>> codes;  // code, language
+  const nlohmann::json report = nlohmann::json::parse(checked.out);
+  for (const auto& finding : report["findings"]) {
+    codes.emplace(finding["code"], finding["language"]);
+  }
+  const std::set<std::pair<std::string, std::string>> expected{{"plural-form-missing", "de"}};
+  EXPECT_EQ(codes, expected);
+
+  const Outcome written = run("header -o " + (scratch / "keys.h").string() + " " + documents);
+  ASSERT_EQ(written.exitCode, 0) << written.err;
+  const std::string header = readFile(scratch / "keys.h");
+  EXPECT_THAT(header, HasSubstr("::msg::PluralKey<1, 0> deleted{\"app\", \"deleted\"};"));
+  EXPECT_THAT(header, HasSubstr("::msg::PluralKey<2, 1> moved{\"app\", \"moved\"};"));
+  EXPECT_THAT(header, HasSubstr("::msg::PluralKey<1, 0> place{\"app\", \"place\"};"));
+  EXPECT_THAT(header, HasSubstr("::msg::Key<0> plain{\"app\", \"plain\"};"));
+  // The comment holds the `other` text, not the variant written first.
+  EXPECT_THAT(header, HasSubstr("// en: \"&0 files deleted.\"\n"));
 }

@@ -1,6 +1,6 @@
 # msgtool: the process tests of tests/msgtool_test.cpp run the built tool,
 # and a header it generates must refuse a call with the wrong number of
-# arguments at compile time.
+# arguments, or a plural key's count that is no number, at compile time.
 if(NOT TARGET msgtool)
   return()
 endif()
@@ -22,5 +22,8 @@ msg_add_compile_check(NAME msgtool.keys_count_right SOURCE ${msgtool_keys_source
 msg_add_compile_check(NAME msgtool.keys_count_wrong SOURCE ${msgtool_keys_source}
   INCLUDE_DIRECTORIES ${msgtool_keys_dir} DEFINITIONS MSG_EXPECT_COUNT_ERROR
   FAILS_WITH "the number of arguments differs from the key's placeholders")
+msg_add_compile_check(NAME msgtool.keys_plural_count_string SOURCE ${msgtool_keys_source}
+  INCLUDE_DIRECTORIES ${msgtool_keys_dir} DEFINITIONS MSG_EXPECT_STRING_COUNT_ERROR
+  FAILS_WITH "the count of a plural key must be a number")
 set_tests_properties(msgtool.keys_count_right msgtool.keys_count_wrong
-  PROPERTIES FIXTURES_REQUIRED msgtool_keys)
+  msgtool.keys_plural_count_string PROPERTIES FIXTURES_REQUIRED msgtool_keys)

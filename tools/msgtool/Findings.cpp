@@ -1,6 +1,7 @@
 #include "Findings.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <set>
 #include <tuple>
@@ -8,6 +9,7 @@
 
 #include "LanguageTags.h"
 #include "Placeholders.h"
+#include "PluralNeeds.h"
 #include "SourceStamp.h"
 #include "message_documents/MessageDocumentReader.h"
 
@@ -42,6 +44,28 @@ std::string trailingSpace(const std::string& text) {
 // language lists written the usual way match.
 bool isUsualTag(const std::string& tag) {
   return languageTagOf(tag) == tag;
+}
+
+bool samePlace(const SourcePlace& a, const SourcePlace& b) {
+  return a.line == b.line && a.column == b.column && a.file == b.file;
+}
+
+// The form a text gives a plural message: "other" for a text without one.
+std::string formOf(const CatalogueEntry& entry) {
+  return isOtherText(entry) ? "other" : entry.plural.empty() ? entry.ordinal : entry.plural;
+}
+
+// " (form few)" for a variant, "" for an `other` or plain text.
+std::string formText(const CatalogueEntry& entry) {
+  return isOtherText(entry) ? std::string() : " (form " + formOf(entry) + ")";
+}
+
+// Whether `entry` is a plural variant chosen for exactly one number, which
+// may leave out the count.
+bool choosesOneNumber(const CatalogueEntry& entry, msg::PluralKind kind, PluralNeeds& needs) {
+  msg::PluralVariant variant;
+  return !isOtherText(entry) && msg::PluralMessage::readVariant(formOf(entry), variant) &&
+         needs.choosesOneNumber(variant, entry.packedLanguage, kind);
 }
 
 class Collector {
@@ -159,25 +183,83 @@ void findTextFaults(const CatalogueEntry& entry, Collector& out) {
 }
 
 // The text of `entries` that the others are compared with.
+// In a plural message it is the `other` text, which serves most numbers.
 const CatalogueEntry* referenceOf(const std::vector<const CatalogueEntry*>& entries,
                                   const std::string& reference) {
+  const CatalogueEntry* inLanguage = nullptr;
+  const CatalogueEntry* firstOther = nullptr;
   for (const CatalogueEntry* entry : entries) {
-    if (entry->packedLanguage == reference) {
+    const bool other = isOtherText(*entry);
+    if (entry->packedLanguage == reference && other) {
       return entry;
     }
+    inLanguage = inLanguage == nullptr && entry->packedLanguage == reference ? entry : inLanguage;
+    firstOther = firstOther == nullptr && other ? entry : firstOther;
   }
-  return entries.front();
+  return inLanguage != nullptr ? inLanguage : firstOther != nullptr ? firstOther : entries.front();
+}
+
+// Faults of a plural message: forms the rules need and the texts lack,
+// forms the rules never choose, and texts for many numbers without the
+// count. `checked` are the texts whose placeholders match the reference;
+// the others have been reported already.
+void findPluralFaults(const PluralKey& key, const std::set<const CatalogueEntry*>& checked,
+                      PluralNeeds& needs, Collector& out) {
+  for (const PluralTexts& texts : key.languages) {
+    const CatalogueEntry& first = texts.other != nullptr ? *texts.other : *texts.variants[0].first;
+    const unsigned lacking = needs.missing(texts, key.kind);
+    if (lacking != 0) {
+      out.add(first.place, FindingSeverity::error, code::kPluralFormMissing,
+              keyName(first) + " in " + quoted(texts.language) + " has no form " +
+                  describeCategories(lacking) +
+                  ", which its plural rules give to whole numbers; the library shows the "
+                  "\"other\" text for them",
+              &first);
+    }
+    const LanguagePlurals& plurals = needs.of(texts.language, key.kind);
+    for (const auto& variant : texts.variants) {
+      if (!variant.second.exact && !plurals.names(variant.second.category)) {
+        out.add(variant.first->place, FindingSeverity::warning, code::kPluralFormUnused,
+                keyName(*variant.first) + " in " + quoted(texts.language) + " has a form " +
+                    msg::Plurals::categoryName(variant.second.category) +
+                    " that its plural rules never choose",
+                variant.first);
+      }
+    }
+  }
+  for (const CatalogueEntry* entry : checked) {
+    const unsigned count = countPlaceholderOf(*entry);
+    if (!choosesOneNumber(*entry, key.kind, needs) &&
+        placeholderNumbers(entry->text).count(count) == 0) {
+      out.add(entry->place, FindingSeverity::error, code::kPluralCountMissing,
+              keyName(*entry) + " in " + quoted(entry->packedLanguage) + formText(*entry) +
+                  " does not show its count &" + std::to_string(count) +
+                  ", and is chosen for more than one number",
+              entry);
+    }
+  }
 }
 
 // Faults between the texts of one key.
 void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
                    const std::vector<std::string>& required, const CheckSettings& settings,
-                   Collector& out) {
+                   PluralNeeds& needs, Collector& out) {
+  // The variants of one Message are no duplicates; a later Message with
+  // texts in the language is, once.
   std::map<std::string, const CatalogueEntry*> firstOfLanguage;
+  std::set<std::pair<std::string, std::string>> formsOfFirst;  // language, form
+  std::set<std::tuple<std::string, int, int, std::string>> laterMessages;
   for (const CatalogueEntry* entry : entries) {
-    const auto inserted = firstOfLanguage.emplace(entry->packedLanguage, entry);
-    if (!inserted.second) {
-      const CatalogueEntry* first = inserted.first->second;
+    const CatalogueEntry* first =
+        firstOfLanguage.emplace(entry->packedLanguage, entry).first->second;
+    const SourcePlace& message = entry->messagePlace;
+    const bool duplicate =
+        samePlace(first->messagePlace, message)
+            ? !formsOfFirst.emplace(entry->packedLanguage, formOf(*entry)).second
+            : laterMessages
+                  .emplace(message.file, message.line, message.column, entry->packedLanguage)
+                  .second;
+    if (duplicate) {
       out.add(entry->place, FindingSeverity::error, code::kDuplicateText,
               keyName(*entry) + " has a second text in " + quoted(entry->packedLanguage) +
                   "; the first is at " + placeText(first->place) +
@@ -207,6 +289,9 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
                 " skip numbers: " + describePlaceholders(expected),
             reference);
   }
+  PluralKey plural;
+  const bool isPlural = readPluralKey(entries, plural);
+  std::set<const CatalogueEntry*> matching{reference};
   const std::string lead = leadingSpace(reference->text);
   const std::string trail = trailingSpace(reference->text);
   for (const CatalogueEntry* entry : entries) {
@@ -214,11 +299,18 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
       continue;
     }
     const std::set<unsigned> numbers = placeholderNumbers(entry->text);
-    if (numbers != expected) {
+    // A form for one number may say the number in words ("No files").
+    std::set<unsigned> withoutCount = expected;
+    withoutCount.erase(countPlaceholderOf(*entry));
+    if (numbers == expected ||
+        (isPlural && numbers == withoutCount && choosesOneNumber(*entry, plural.kind, needs))) {
+      matching.insert(entry);
+    } else {
       out.add(entry->place, FindingSeverity::error, code::kPlaceholderMismatch,
-              keyName(*entry) + " in " + quoted(entry->packedLanguage) + " has placeholders " +
-                  describePlaceholders(numbers) + ", but " + quoted(reference->packedLanguage) +
-                  " at " + placeText(reference->place) + " has " + describePlaceholders(expected),
+              keyName(*entry) + " in " + quoted(entry->packedLanguage) + formText(*entry) +
+                  " has placeholders " + describePlaceholders(numbers) + ", but " +
+                  quoted(reference->packedLanguage) + " at " + placeText(reference->place) +
+                  " has " + describePlaceholders(expected),
               entry)
           .related.push_back(reference->place);
     }
@@ -230,6 +322,10 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
               entry)
           .related.push_back(reference->place);
     }
+  }
+
+  if (isPlural) {
+    findPluralFaults(plural, matching, needs, out);
   }
 
   // A regional language is served by its bare language when it has no text
@@ -261,8 +357,9 @@ std::vector<Finding> findFindings(const Catalogue& catalogue, const CheckSetting
   }
   const std::vector<std::string> required =
       settings.languages.empty() ? catalogue.languages() : settings.languages;
+  PluralNeeds needs;
   for (const auto& key : catalogue.byKey()) {
-    findKeyFaults(key.second, required, settings, out);
+    findKeyFaults(key.second, required, settings, needs, out);
   }
   std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
     return std::tie(a.place.file, a.place.line, a.place.column, a.code) <

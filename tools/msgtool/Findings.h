@@ -33,6 +33,9 @@ inline constexpr char kIgnoredPlaceholder[] = "ignored-placeholder";
 inline constexpr char kEmptyText[] = "empty-text";
 inline constexpr char kWhitespaceMismatch[] = "whitespace-mismatch";
 inline constexpr char kStaleTranslation[] = "stale-translation";
+inline constexpr char kPluralFormMissing[] = "plural-form-missing";
+inline constexpr char kPluralFormUnused[] = "plural-form-unused";
+inline constexpr char kPluralCountMissing[] = "plural-count-missing";
 }  // namespace code
 
 struct Finding {

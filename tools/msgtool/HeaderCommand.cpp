@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -17,6 +18,7 @@
 #include "CommandSupport.h"
 #include "CppNames.h"
 #include "Placeholders.h"
+#include "PluralNeeds.h"
 #include "Subcommand.h"
 #include "ToolError.h"
 #include "msg/Language.h"
@@ -34,16 +36,19 @@ struct HeaderOptions {
 };
 
 // The text a key's constant is made from: the last text in the reference
-// language (the one the loader keeps), else the key's first text.
+// language (the one the loader keeps), else the key's first text. Of a
+// plural message it is the `other` text, which has every placeholder.
 const CatalogueEntry& referenceText(const std::vector<const CatalogueEntry*>& entries,
                                     const std::string& reference) {
   const CatalogueEntry* chosen = nullptr;
+  const CatalogueEntry* first = nullptr;
   for (const CatalogueEntry* entry : entries) {
-    if (entry->packedLanguage == reference) {
-      chosen = entry;
+    if (isOtherText(*entry)) {
+      chosen = entry->packedLanguage == reference ? entry : chosen;
+      first = first == nullptr ? entry : first;
     }
   }
-  return chosen != nullptr ? *chosen : *entries.front();
+  return chosen != nullptr ? *chosen : first != nullptr ? *first : *entries.front();
 }
 
 std::string includeGuard(const std::string& output) {
@@ -87,12 +92,22 @@ std::string generateHeader(const Catalogue& catalogue, const HeaderOptions& opti
     out << "\nnamespace " << spaceName << " {\n";
     const auto names = uniqueCppNames(identifiersOf[space], NameScope::enclosed);
     for (const std::string& identifier : identifiersOf[space]) {
-      const CatalogueEntry& text = referenceText(keys.at(MessageKey(space, identifier)), reference);
+      const auto& entries = keys.at(MessageKey(space, identifier));
+      const CatalogueEntry& text = referenceText(entries, reference);
       const std::set<unsigned> numbers = placeholderNumbers(text.text);
-      const std::size_t placeholders = numbers.empty() ? 0 : *numbers.rbegin() + 1;
-      out << "\n// " << text.packedLanguage << ": \"" << escapeForCpp(text.text, false) << "\"\n"
-          << "inline constexpr ::msg::Key<" << placeholders << "> " << names.at(identifier) << "{\""
-          << escapeForCpp(space, true) << "\", \"" << escapeForCpp(identifier, true) << "\"};\n";
+      std::size_t placeholders = numbers.empty() ? 0 : *numbers.rbegin() + 1;
+      out << "\n// " << text.packedLanguage << ": \"" << escapeForCpp(text.text, false) << "\"\n";
+      PluralKey plural;
+      if (readPluralKey(entries, plural)) {
+        // The count is always an argument, even where no text shows it.
+        const unsigned count = text.count.empty() ? plural.count : countPlaceholderOf(text);
+        placeholders = std::max<std::size_t>(placeholders, count + 1);
+        out << "inline constexpr ::msg::PluralKey<" << placeholders << ", " << count << "> ";
+      } else {
+        out << "inline constexpr ::msg::Key<" << placeholders << "> ";
+      }
+      out << names.at(identifier) << "{\"" << escapeForCpp(space, true) << "\", \""
+          << escapeForCpp(identifier, true) << "\"};\n";
     }
     out << "\n}  // namespace " << spaceName << '\n';
   }

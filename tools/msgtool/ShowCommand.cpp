@@ -93,6 +93,29 @@ std::string languagesOf(const Catalogue& catalogue, const MessageKey& key) {
   return out;
 }
 
+// ", form few" for the variant of a plural message that the count among
+// `arguments` chooses, as the library chose it: the record takes the
+// variant when its count is filled in. "" for other messages and without a
+// count.
+std::string chosenForm(const Catalogue& catalogue, const MessageKey& key, msg::Message& found,
+                       const std::vector<const char*>& arguments) {
+  if (!found.isPlural() || found.getCountPlaceholder() >= arguments.size()) {
+    return "";
+  }
+  found.substitute(found.getCountPlaceholder(), arguments[found.getCountPlaceholder()]);
+  const std::string chosen = found.getText() != nullptr ? found.getText() : "";
+  const std::string language = found.getLanguage().toString();
+  found.clear();
+  for (const CatalogueEntry& entry : catalogue.entries()) {
+    if (entry.effectiveNamespace == key.first && entry.effectiveIdentifier == key.second &&
+        entry.packedLanguage == language && entry.text == chosen) {
+      const std::string& form = entry.plural.empty() ? entry.ordinal : entry.plural;
+      return ", form " + (form.empty() ? std::string("other") : form);
+    }
+  }
+  return "";
+}
+
 int runShow(ShowOptions options) {
   const std::size_t documents = takeDocuments(options.words);
   if (documents == 0) {
@@ -141,10 +164,13 @@ int runShow(ShowOptions options) {
                          ? std::string(" is not in the catalogue")
                          : " has no text in the languages asked for; it has " + present));
   }
-  std::cout << key.first << ':' << key.second << " (" << found->getLanguage().toString() << ", "
-            << msg::severityText(found->getSeverityLevel()) << ")\n";
-
+  // Before anything is filled in, a plural record holds its `other` text,
+  // which has every placeholder.
   const std::set<unsigned> numbers = placeholderNumbers(found->getText());
+  std::cout << key.first << ':' << key.second << " (" << found->getLanguage().toString() << ", "
+            << msg::severityText(found->getSeverityLevel())
+            << chosenForm(catalogue, key, *found, arguments) << ")\n";
+
   const std::size_t needed = numbers.empty() ? 0 : *numbers.rbegin() + 1;
   if (arguments.size() != needed) {
     std::cerr << "msgtool: note: the text has placeholders " << describePlaceholders(numbers)

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "Catalogue.h"
 #include "CommandSupport.h"
+#include "PluralNeeds.h"
 #include "SourceStamp.h"
 #include "Subcommand.h"
 #include "msg/Language.h"
@@ -46,6 +48,29 @@ int runStats(const StatsOptions& options) {
     languages = catalogue.languages();
   }
 
+  // A plural message is translated into a language only with every form
+  // the language needs.
+  std::map<MessageKey, PluralKey> plurals;
+  for (const auto& key : keys) {
+    PluralKey plural;
+    if (readPluralKey(key.second, plural)) {
+      plurals.emplace(key.first, std::move(plural));
+    }
+  }
+  PluralNeeds needs;
+  auto complete = [&](const MessageKey& key, const std::string& language) {
+    const auto plural = plurals.find(key);
+    if (plural == plurals.end()) {
+      return true;
+    }
+    for (const PluralTexts& texts : plural->second.languages) {
+      if (texts.language == language) {
+        return needs.missing(texts, plural->second.kind) == 0;
+      }
+    }
+    return false;
+  };
+
   std::vector<LanguageCount> counts;
   for (const std::string& language : languages) {
     LanguageCount count{language};
@@ -54,7 +79,7 @@ int runStats(const StatsOptions& options) {
       for (const CatalogueEntry* entry : key.second) {
         found = entry->packedLanguage == language ? entry : found;
       }
-      ++(found != nullptr ? count.translated : count.missing);
+      ++(found != nullptr && complete(key.first, language) ? count.translated : count.missing);
       count.stale += found != nullptr && isStaleTranslation(*found, key.second) ? 1 : 0;
     }
     count.share = keys.empty() ? 0.0 : static_cast<double>(count.translated) / keys.size();
