@@ -281,4 +281,60 @@ PluralCategory PluralRules::select(const PluralOperands& operands) const {
   return PluralCategory::other;
 }
 
+std::string PluralRules::integerCondition(PluralCategory category) const {
+  // Each relation is written for n = i and v = w = f = t = 0: one on an
+  // operand that is then constant is true or false here and drops out of
+  // its conjunction, or drops the conjunction.
+  std::string disjunction;
+  for (const Rule& rule : rules) {
+    if (rule.category != category) {
+      continue;
+    }
+    for (std::uint32_t c = 0; c < rule.conjunctionCount; ++c) {
+      const Conjunction& conjunction = conjunctions[rule.firstConjunction + c];
+      std::string all;
+      bool possible = true;
+      for (std::uint32_t r = 0; r < conjunction.relationCount && possible; ++r) {
+        const Relation& relation = relations[conjunction.firstRelation + r];
+        if (relation.operand != Operand::n && relation.operand != Operand::i) {
+          possible = holds(relation, PluralOperands());
+          continue;
+        }
+        const std::string operand =
+            relation.modulus != 0 ? "n % " + std::to_string(relation.modulus) : "n";
+        std::string any;
+        for (std::uint32_t k = 0; k < relation.rangeCount; ++k) {
+          const Range& range = ranges[relation.firstRange + k];
+          const std::string low = std::to_string(range.low);
+          const std::string one =
+              range.low == range.high
+                  ? operand + " == " + low
+                  : operand + " >= " + low + " && " + operand + " <= " + std::to_string(range.high);
+          any += (any.empty() ? "" : " || ") + (relation.rangeCount > 1 ? "(" + one + ")" : one);
+        }
+        if (relation.negated && relation.rangeCount == 1 &&
+            ranges[relation.firstRange].low == ranges[relation.firstRange].high) {
+          any = operand + " != " + std::to_string(ranges[relation.firstRange].low);
+        } else if (relation.negated) {
+          any = "!(" + any + ")";
+        } else if (relation.rangeCount > 1) {
+          any = "(" + any + ")";
+        }
+        all += (all.empty() ? "" : " && ") + any;
+      }
+      if (!possible) {
+        continue;
+      }
+      if (all.empty()) {
+        return "1";
+      }
+      disjunction += (disjunction.empty() ? "" : " || ") + all;
+    }
+  }
+  if (disjunction.empty()) {
+    return "0";
+  }
+  return disjunction;
+}
+
 }  // namespace msg
