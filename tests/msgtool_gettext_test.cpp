@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "GettextPlurals.h"
@@ -23,6 +24,43 @@ namespace {
 std::string replaceCount(std::string text, unsigned long n) {
   const std::size_t at = text.find("&0");
   return at == std::string::npos ? text : text.replace(at, 2, std::to_string(n));
+}
+
+// The forms in the order Weblate and Poedit give them (CLDR 42).
+TEST(GettextPluralsTest, FormsFollowTheOrderTranslatorsToolsUse) {
+  const std::vector<std::pair<const char*, const char*>> rows{{"en", "one other"},
+                                                              {"de", "one other"},
+                                                              {"fr", "one many other"},
+                                                              {"pl", "one few many"},
+                                                              {"ru", "one few many"},
+                                                              {"cs", "one few other"},
+                                                              {"ar", "zero one two few many other"},
+                                                              {"ga", "one two few many other"},
+                                                              {"cy", "zero one two few many other"},
+                                                              {"he", "one two other"},
+                                                              {"ja", "other"}};
+  for (const auto& [language, expected] : rows) {
+    const msgtool::GettextPlurals plurals = msgtool::GettextPlurals::of(msg::Language(language));
+    std::string forms;
+    for (msg::PluralCategory category : plurals.forms) {
+      forms += (forms.empty() ? "" : " ") + std::string(msg::Plurals::categoryName(category));
+    }
+    EXPECT_EQ(forms, expected) << language;
+    // Polish and Russian `other` is for decimals: the last form holds it.
+    EXPECT_EQ(plurals.lastStandsForOther, forms.find("other") == std::string::npos) << language;
+    EXPECT_EQ(plurals.indexOf(msg::PluralCategory::other),
+              static_cast<int>(plurals.forms.size()) - 1)
+        << language;
+  }
+  EXPECT_EQ(msgtool::GettextPlurals::of(msg::Language("ja")).header(), "nplurals=1; plural=0;");
+  EXPECT_EQ(msgtool::GettextPlurals::of(msg::Language("en")).indexOf(msg::PluralCategory::few), -1);
+  // English `one` and Arabic `two` are one number each; Polish `few` is not.
+  EXPECT_TRUE(msgtool::coversOneInteger(msg::Language("en"), msg::PluralKind::cardinal,
+                                        msg::PluralCategory::one));
+  EXPECT_TRUE(msgtool::coversOneInteger(msg::Language("ar"), msg::PluralKind::cardinal,
+                                        msg::PluralCategory::two));
+  EXPECT_FALSE(msgtool::coversOneInteger(msg::Language("pl"), msg::PluralKind::cardinal,
+                                         msg::PluralCategory::few));
 }
 
 class GettextTest : public ::testing::TestWithParam<const char*> {
