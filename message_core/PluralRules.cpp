@@ -281,4 +281,76 @@ PluralCategory PluralRules::select(const PluralOperands& operands) const {
   return PluralCategory::other;
 }
 
+namespace {
+
+// The decimal digits of `value`. Not std::to_string, whose digit table the
+// shared library would export.
+std::string decimal(std::uint64_t value) {
+  char digits[20];
+  std::size_t at = sizeof digits;
+  do {
+    digits[--at] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  return std::string(digits + at, sizeof digits - at);
+}
+
+}  // namespace
+
+std::string PluralRules::integerCondition(PluralCategory category) const {
+  // Each relation is written for n = i and v = w = f = t = 0: one on an
+  // operand that is then constant is true or false here and drops out of
+  // its conjunction, or drops the conjunction.
+  std::string disjunction;
+  for (const Rule& rule : rules) {
+    if (rule.category != category) {
+      continue;
+    }
+    for (std::uint32_t c = 0; c < rule.conjunctionCount; ++c) {
+      const Conjunction& conjunction = conjunctions[rule.firstConjunction + c];
+      std::string all;
+      bool possible = true;
+      for (std::uint32_t r = 0; r < conjunction.relationCount && possible; ++r) {
+        const Relation& relation = relations[conjunction.firstRelation + r];
+        if (relation.operand != Operand::n && relation.operand != Operand::i) {
+          possible = holds(relation, PluralOperands());
+          continue;
+        }
+        const std::string operand =
+            relation.modulus != 0 ? "n % " + decimal(relation.modulus) : "n";
+        std::string any;
+        for (std::uint32_t k = 0; k < relation.rangeCount; ++k) {
+          const Range& range = ranges[relation.firstRange + k];
+          const std::string low = decimal(range.low);
+          const std::string one =
+              range.low == range.high
+                  ? operand + " == " + low
+                  : operand + " >= " + low + " && " + operand + " <= " + decimal(range.high);
+          any += (any.empty() ? "" : " || ") + (relation.rangeCount > 1 ? "(" + one + ")" : one);
+        }
+        if (relation.negated && relation.rangeCount == 1 &&
+            ranges[relation.firstRange].low == ranges[relation.firstRange].high) {
+          any = operand + " != " + decimal(ranges[relation.firstRange].low);
+        } else if (relation.negated) {
+          any = "!(" + any + ")";
+        } else if (relation.rangeCount > 1) {
+          any = "(" + any + ")";
+        }
+        all += (all.empty() ? "" : " && ") + any;
+      }
+      if (!possible) {
+        continue;
+      }
+      if (all.empty()) {
+        return "1";
+      }
+      disjunction += (disjunction.empty() ? "" : " || ") + all;
+    }
+  }
+  if (disjunction.empty()) {
+    return "0";
+  }
+  return disjunction;
+}
+
 }  // namespace msg

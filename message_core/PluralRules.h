@@ -39,6 +39,14 @@ class PluralRules {
   // if none does.
   PluralCategory select(const PluralOperands& operands) const;
 
+  // The condition of the rule for `category` on a whole number n >= 0, as an
+  // expression of C (and of gettext's Plural-Forms) in `n`: "n == 1",
+  // "n % 10 >= 2 && n % 10 <= 4". Operands other than n and i are 0 for a
+  // whole number, so relations on them are decided here and left out. "0" if
+  // no whole number satisfies the rule text or it names no such rule; for
+  // `other`, as for every category, only its own rule counts, not what is left.
+  std::string integerCondition(PluralCategory category) const;
+
   // Bit (1 << category) for every category named, and always `other`.
   unsigned categories() const { return named; }
 

@@ -150,6 +150,30 @@ TEST_F(PoFileTest, ReadsFilesAsGettextsToolsLeaveThem) {
   EXPECT_EQ(file.entries[1].line, 20);
 }
 
+TEST_F(PoFileTest, PluralEntriesReadBackWithEveryForm) {
+  msgtool::PoFile file;
+  file.header = {{"Language", "pl"}, {"Plural-Forms", "nplurals=3; plural=n == 1 ? 0 : 2;"}};
+  msgtool::PoEntry plural;
+  plural.context = "app:deleted";
+  plural.id = "Deleted &0 file.";
+  plural.idPlural = "Deleted &0 files.";
+  plural.forms = {"Usunięto &0 plik.", "", "Usunięto &0\nplików."};
+  msgtool::PoEntry plain;
+  plain.context = "app:start";
+  plain.id = "Start";
+  plain.str = "Start";
+  file.entries = {plural, plain};
+  std::ostringstream text;
+  file.write(text);
+  const msgtool::PoFile read = msgtool::PoFile::read(scratch.write("plural.po", text.str()));
+  ASSERT_EQ(read.entries.size(), 2u);
+  EXPECT_EQ(read.entries[0].idPlural, plural.idPlural);
+  EXPECT_EQ(read.entries[0].forms, plural.forms);
+  EXPECT_EQ(read.entries[0].id, plural.id);
+  EXPECT_FALSE(read.entries[1].idPlural);
+  EXPECT_EQ(read.entries[1].str, "Start");
+}
+
 TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
   const std::string header =
       "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n\n";
@@ -175,9 +199,16 @@ TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
        ":5: error: unknown keyword 'msgtxt'"},
       {"context_after_id", header + "msgid \"a\"\nmsgctxt \"k\"\nmsgstr \"\"\n",
        ":5: error: msgctxt must come before msgid"},
-      // Plural entries are not read yet: refused at the msgid_plural.
-      {"plural", header + "msgid \"a file\"\nmsgid_plural \"%d files\"\nmsgstr[0] \"\"\n",
-       ":5: error: plural forms are not used by msg catalogues"},
+      // Plural entries: forms in order, and msgstr[N] only after msgid_plural.
+      {"form_out_of_order",
+       header + "msgid \"a\"\nmsgid_plural \"b\"\nmsgstr[0] \"\"\nmsgstr[2] \"\"\n",
+       ":7: error: 'msgstr[2]' where msgstr[1] was expected"},
+      {"form_without_plural", header + "msgid \"a\"\nmsgstr[0] \"\"\n",
+       ":5: error: 'msgstr[0]' without a msgid_plural before it"},
+      {"plain_msgstr_in_plural", header + "msgid \"a\"\nmsgid_plural \"b\"\nmsgstr \"\"\n",
+       ":6: error: a plural entry has msgstr[0], msgstr[1] ..., not msgstr"},
+      {"plural_without_forms", header + "msgid \"a\"\nmsgid_plural \"b\"\n\n",
+       ":4: error: the plural entry has no msgstr[0]"},
       {"latin1_charset",
        "msgid \"\"\nmsgstr \"\"\n\"Content-Type: text/plain; charset=ISO-8859-1\\n\"\n",
        ":1: error: the charset is ISO-8859-1, not UTF-8; convert the file (msgconv -t UTF-8)"},

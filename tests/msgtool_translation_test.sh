@@ -123,6 +123,45 @@ bad_input)
     cmp -s original.xml app.xml || fail "$input changed the document"
   done
   ;;
+plural_tools)
+  # A plural message through translate-toolkit: xliff2po rebuilds msgid_plural
+  # with Polish's three forms, and a filled XLIFF imports back every form.
+  cat >plural.xml <<'XML'
+<?xml version="1.0" encoding="UTF-8"?>
+<MessageCollection xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance"
+                   xsi:noNamespaceSchemaLocation="messages.xsd">
+  <MessageNamespace name="app">
+    <Message id="deleted" severity="info">
+      <Text xml:lang="en" plural="one">Deleted &amp;0 file.</Text>
+      <Text xml:lang="en">Deleted &amp;0 files.</Text>
+      <Text xml:lang="pl" plural="one">Usunięto &amp;0 plik.</Text>
+      <Text xml:lang="pl" plural="few">Usunięto &amp;0 pliki.</Text>
+      <Text xml:lang="pl">Usunięto &amp;0 plików.</Text>
+    </Message>
+  </MessageNamespace>
+</MessageCollection>
+XML
+  cp plural.xml plural-original.xml
+  "$tool" export --format xliff --source en --target pl -o pl.xlf plural.xml 2>/dev/null
+  xliff2po pl.xlf pl.po >/dev/null
+  [ "$(grep -c '^msgid_plural "Deleted ' pl.po)" = 1 ] || fail "xliff2po made no msgid_plural"
+  [ "$(grep -c '^msgstr\[[0-2]\] "Usunięto ' pl.po)" = 3 ] || fail "xliff2po did not keep three forms"
+  sed 's/Usunięto/Skasowano/g' pl.xlf >filled.xlf
+  "$tool" import --format xliff filled.xlf --into plural.xml >/dev/null
+  for form in 'plural="one"[^>]*>Skasowano &amp;0 plik\.' 'plural="few"[^>]*>Skasowano &amp;0 pliki\.' \
+              'plural="many"[^>]*>Skasowano &amp;0 plików\.' 'xml:lang="pl" msgtool:[^>]*>Skasowano &amp;0 plików\.'; do
+    grep -q "$form" plural.xml || fail "form not imported: $form"
+  done
+  # One form too few for Polish: refused with its line, the document as it was.
+  "$tool" export --format po --source en --target pl -o short.po plural-original.xml 2>/dev/null
+  sed -i '/^msgstr\[2\]/d' short.po
+  cp plural-original.xml plural.xml
+  status=0
+  "$tool" import --format po short.po --into plural.xml >/dev/null 2>err.txt || status=$?
+  [ $status = 2 ] || fail "short.po: exit code $status"
+  grep -q '^short.po:[0-9][0-9]*: error: .* has 2 forms, but "pl" has 3' err.txt || fail "short.po: $(cat err.txt)"
+  cmp -s plural-original.xml plural.xml || fail "short.po changed the document"
+  ;;
 *) fail "unknown case $case" ;;
 esac
 echo "ok: $case"

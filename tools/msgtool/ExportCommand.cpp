@@ -7,6 +7,8 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,6 +16,7 @@
 #include "Catalogue.h"
 #include "CommandSupport.h"
 #include "FileReplacement.h"
+#include "GettextPlurals.h"
 #include "PoFile.h"
 #include "SourceStamp.h"
 #include "Subcommand.h"
@@ -22,6 +25,7 @@
 #include "XliffFile.h"
 #include "message_core/SeverityWords.h"
 #include "msg/Language.h"
+#include "msg/Plural.h"
 #include "msg/version.h"
 
 namespace msgtool {
@@ -37,25 +41,102 @@ struct ExportOptions {
   std::vector<std::string> files;
 };
 
-// One key as it goes out: its source and, if there is one, its translation.
+// One unit as it goes out: a key, or one variant of a plural message that
+// has no gettext form (an exact value, an ordinal category), with its
+// source and, if there is one, its translation.
 struct OutgoingUnit {
-  std::string key;
+  std::string key;  // "namespace:identifier", with a variant "[plural =0]"
   std::string severity;
   std::string source;
   const CatalogueEntry* sourceEntry = nullptr;
-  const CatalogueEntry* target = nullptr;
+  std::optional<std::string> target;
   bool stale = false;
+  // The cardinal forms of a plural message: msgid is `source` (the source's
+  // `one`, else its `other`), msgid_plural the source's `other`, and each
+  // form's translation, "" where the target has none.
+  std::optional<std::string> sourcePlural;
+  std::vector<std::string> targetForms;
 };
 
-const CatalogueEntry* lastIn(const std::vector<const CatalogueEntry*>& entries,
-                             const std::string& packed) {
-  const CatalogueEntry* found = nullptr;
-  for (const CatalogueEntry* entry : entries) {
-    if (entry->packedLanguage == packed) {
-      found = entry;
+// The texts of one language of a key, the last of each variant as the
+// loader keeps it; variants by their attribute's value ("few", "=0").
+struct LanguageTexts {
+  const CatalogueEntry* other = nullptr;
+  std::map<std::string, const CatalogueEntry*> variants;
+  bool ordinal = false;
+
+  LanguageTexts(const std::vector<const CatalogueEntry*>& entries, const std::string& packed) {
+    for (const CatalogueEntry* entry : entries) {
+      if (entry->packedLanguage != packed) {
+        continue;
+      }
+      const std::string& variant = entry->plural.empty() ? entry->ordinal : entry->plural;
+      ordinal = ordinal || !entry->ordinal.empty();
+      (variant.empty() || variant == "other" ? other : variants[variant]) = entry;
     }
   }
-  return found;
+
+  // The text of `variant`, else `other`; null if the language has neither.
+  const CatalogueEntry* textOf(const std::string& variant) const {
+    auto found = variants.find(variant);
+    return found != variants.end() ? found->second : other;
+  }
+};
+
+bool isStale(const CatalogueEntry* target, const std::vector<const CatalogueEntry*>& entries) {
+  return target != nullptr && isStaleTranslation(*target, entries);
+}
+
+// The units of a plural message: the cardinal forms of the target language
+// as gettext numbers them, then one unit for each exact value (and each
+// ordinal category), which gettext cannot number.
+void addPluralUnits(const OutgoingUnit& base, const LanguageTexts& source,
+                    const LanguageTexts& target, const std::string& targetTag,
+                    const std::vector<const CatalogueEntry*>& entries,
+                    std::vector<OutgoingUnit>& units) {
+  const bool ordinal = source.ordinal || target.ordinal;
+  const char* attribute = ordinal ? "ordinal" : "plural";
+  std::set<std::string> separate;
+  for (const LanguageTexts* texts : {&source, &target}) {
+    for (const auto& [variant, entry] : texts->variants) {
+      if (variant[0] == '=') {
+        separate.insert(variant);
+      }
+    }
+  }
+  if (ordinal) {
+    for (msg::PluralCategory category :
+         integerCategories(msg::Language(targetTag.c_str()), msg::PluralKind::ordinal)) {
+      separate.insert(msg::Plurals::categoryName(category));
+    }
+  } else {
+    OutgoingUnit forms = base;
+    forms.source = source.textOf("one")->text;
+    forms.sourcePlural = source.other->text;
+    const GettextPlurals plurals = GettextPlurals::of(msg::Language(targetTag.c_str()));
+    bool any = false;
+    for (msg::PluralCategory category : plurals.forms) {
+      const CatalogueEntry* text = target.textOf(msg::Plurals::categoryName(category));
+      forms.targetForms.push_back(text != nullptr ? text->text : std::string());
+      forms.stale = forms.stale || isStale(text, entries);
+      any = any || text != nullptr;
+    }
+    if (!any) {
+      forms.targetForms.clear();
+    }
+    units.push_back(std::move(forms));
+  }
+  for (const std::string& variant : separate) {
+    OutgoingUnit unit = base;
+    unit.key += "[" + std::string(attribute) + " " + variant + "]";
+    unit.source = source.textOf(variant)->text;
+    const CatalogueEntry* text = variant == "other" ? target.other : target.textOf(variant);
+    if (text != nullptr && (variant[0] != '=' || target.variants.count(variant) != 0)) {
+      unit.target = text->text;
+      unit.stale = isStale(text, entries);
+    }
+    units.push_back(std::move(unit));
+  }
 }
 
 std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::string& source,
@@ -66,7 +147,8 @@ std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::st
   for (const auto& [key, entries] : catalogue.byKey()) {
     OutgoingUnit unit;
     unit.key = key.first + ":" + key.second;
-    unit.sourceEntry = lastIn(entries, sourcePacked);
+    const LanguageTexts sourceTexts(entries, sourcePacked);
+    unit.sourceEntry = sourceTexts.other;
     if (unit.sourceEntry == nullptr || unit.sourceEntry->text.empty()) {
       notes << describePlace(entries.front()->messagePlace) << ": note: " << unit.key << " has no "
             << source << " text to translate from; left out\n";
@@ -74,8 +156,15 @@ std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::st
     }
     unit.source = unit.sourceEntry->text;
     unit.severity = msg::severityText(unit.sourceEntry->severity);
-    unit.target = lastIn(entries, targetPacked);
-    unit.stale = unit.target != nullptr && isStaleTranslation(*unit.target, entries);
+    const LanguageTexts targetTexts(entries, targetPacked);
+    if (!sourceTexts.variants.empty() || !targetTexts.variants.empty() || sourceTexts.ordinal) {
+      addPluralUnits(unit, sourceTexts, targetTexts, target, entries, units);
+      continue;
+    }
+    if (targetTexts.other != nullptr) {
+      unit.target = targetTexts.other->text;
+      unit.stale = isStale(targetTexts.other, entries);
+    }
     units.push_back(unit);
   }
   return units;
@@ -91,6 +180,7 @@ std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& 
                  {"MIME-Version", "1.0"},
                  {"Content-Type", "text/plain; charset=UTF-8"},
                  {"Content-Transfer-Encoding", "8bit"},
+                 {"Plural-Forms", GettextPlurals::of(msg::Language(target.c_str())).header()},
                  {"X-Source-Language", options.source},
                  {"X-Generator", std::string("msgtool ") + MSG_VERSION_STRING}};
   for (const OutgoingUnit& unit : units) {
@@ -103,7 +193,12 @@ std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& 
     }
     entry.context = unit.key;
     entry.id = unit.source;
-    entry.str = unit.target != nullptr ? unit.target->text : std::string();
+    entry.str = unit.target.value_or(std::string());
+    if (unit.sourcePlural) {
+      entry.idPlural = unit.sourcePlural;
+      entry.forms = unit.targetForms;
+      entry.forms.resize(GettextPlurals::of(msg::Language(target.c_str())).forms.size());
+    }
     file.entries.push_back(std::move(entry));
   }
   std::ostringstream out;
@@ -127,12 +222,29 @@ std::string xliffText(const std::vector<OutgoingUnit>& units, const ExportOption
     out.severity = unit.severity;
     out.sourceFile = unit.sourceEntry->place.file;
     out.sourceLine = unit.sourceEntry->place.line;
-    if (unit.target != nullptr) {
-      out.target = unit.target->text;
+    if (unit.target) {
+      out.target = unit.target;
       out.state = unit.stale ? "needs-review-translation" : "translated";
       out.approved = !unit.stale;
     }
-    file.units.push_back(std::move(out));
+    if (!unit.sourcePlural) {
+      file.units.push_back(std::move(out));
+      continue;
+    }
+    // One unit per form, as gettext numbers them: the first has msgid as
+    // its source, the others msgid_plural.
+    const std::size_t count = GettextPlurals::of(msg::Language(target.c_str())).forms.size();
+    for (std::size_t form = 0; form < count; ++form) {
+      XliffUnit formUnit = out;
+      formUnit.form = static_cast<int>(form);
+      formUnit.source = form == 0 ? unit.source : *unit.sourcePlural;
+      if (!unit.targetForms.empty()) {
+        formUnit.target = unit.targetForms[form];
+        formUnit.state = unit.stale ? "needs-review-translation" : "translated";
+        formUnit.approved = !unit.stale;
+      }
+      file.units.push_back(std::move(formUnit));
+    }
   }
   return file.write();
 }

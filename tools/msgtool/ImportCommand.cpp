@@ -3,7 +3,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -13,6 +15,7 @@
 
 #include "Catalogue.h"
 #include "DocumentCharacters.h"
+#include "GettextPlurals.h"
 #include "LanguageTags.h"
 #include "MessageDocumentEditor.h"
 #include "Placeholders.h"
@@ -23,6 +26,7 @@
 #include "TranslationFormat.h"
 #include "XliffFile.h"
 #include "message_documents/MessageDocumentReader.h"
+#include "msg/Plural.h"
 
 namespace msgtool {
 
@@ -50,6 +54,10 @@ struct IncomingUnit {
   int line = 0;
   std::string sourceLanguage;  // the unit's own xml:lang, "" if it names none
   std::string targetLanguage;
+  // A plural message's cardinal forms (msgid_plural, msgstr[N]): the source's
+  // `other`, and the translation of each form as gettext numbers them.
+  std::optional<std::string> sourcePlural;
+  std::vector<std::string> forms;
 };
 
 struct IncomingFile {
@@ -108,7 +116,13 @@ IncomingFile readPo(const std::string& path) {
                       severityFrom(entry.extractedComments),
                       entry.line,
                       "",
-                      ""};
+                      "",
+                      entry.idPlural,
+                      entry.forms};
+    if (unit.sourcePlural) {
+      unit.untranslated = std::all_of(unit.forms.begin(), unit.forms.end(),
+                                      [](const std::string& form) { return form.empty(); });
+    }
     file.units.push_back(std::move(unit));
   }
   refuseDuplicates(path, file.units);
@@ -122,6 +136,17 @@ IncomingFile readXliff(const std::string& path) {
                     xliff.version2 ? "trgLang" : "target-language",
                     {}};
   for (const XliffUnit& in : xliff.units) {
+    if (in.form > 0) {
+      // A later form of the plural message that the unit before began.
+      IncomingUnit& forms = file.units.back();
+      if (in.form == 1) {
+        forms.sourcePlural = in.source;
+      }
+      forms.forms.push_back(in.target.value_or(std::string()));
+      forms.untranslated = forms.untranslated && !in.target;
+      forms.fuzzy = forms.fuzzy || in.state.rfind("needs-review", 0) == 0;
+      continue;
+    }
     IncomingUnit unit;
     unit.key = in.key;
     unit.source = in.source;
@@ -132,6 +157,11 @@ IncomingFile readXliff(const std::string& path) {
     unit.line = in.line;
     unit.sourceLanguage = in.sourceLanguage;
     unit.targetLanguage = in.targetLanguage;
+    if (in.form == 0) {
+      unit.sourcePlural = in.source;
+      unit.forms.push_back(unit.target);
+      unit.untranslated = !in.target;
+    }
     file.units.push_back(std::move(unit));
   }
   refuseDuplicates(path, file.units);
@@ -203,6 +233,47 @@ Languages languagesOf(const ImportOptions& options, const IncomingFile& file) {
   return languages;
 }
 
+// A plural entry with more or fewer forms than the target language has
+// was made for another language or by hand: the file is refused whole.
+void refuseWrongFormCounts(const std::string& path, const IncomingFile& file,
+                           const std::string& target) {
+  const GettextPlurals plurals = GettextPlurals::of(msg::Language(target.c_str()));
+  for (const IncomingUnit& unit : file.units) {
+    if (unit.sourcePlural && unit.forms.size() != plurals.forms.size()) {
+      throw ToolError(path, unit.line,
+                      "the plural entry \"" + unit.key + "\" has " +
+                          std::to_string(unit.forms.size()) + " forms, but \"" + target +
+                          "\" has " + std::to_string(plurals.forms.size()) + " (" +
+                          plurals.header() + ")");
+    }
+  }
+}
+
+// The variant "[plural =0]" or "[ordinal few]" at the end of a unit's key,
+// for the texts of a plural message that gettext cannot number. Removes it
+// from `key`; nullopt (and `key` as it was) if the key ends in none.
+std::optional<MessageDocumentEditor::Variant> takeVariant(std::string& key) {
+  const std::size_t open = key.rfind('[');
+  const std::size_t space = key.find(' ', open == std::string::npos ? 0 : open);
+  if (open == std::string::npos || key.back() != ']' || space == std::string::npos) {
+    return std::nullopt;
+  }
+  MessageDocumentEditor::Variant variant{key.substr(open + 1, space - open - 1),
+                                         key.substr(space + 1, key.size() - space - 2)};
+  msg::PluralCategory category;
+  const bool exact = variant.value.size() > 1 && variant.value[0] == '=' &&
+                     variant.value.find_first_not_of("0123456789", 1) == std::string::npos;
+  if ((variant.attribute != "plural" && variant.attribute != "ordinal") ||
+      (!exact && !msg::Plurals::categoryFromName(variant.value.c_str(), category))) {
+    return std::nullopt;
+  }
+  if (variant.value == "other") {
+    variant = MessageDocumentEditor::Variant();  // the text without the attribute
+  }
+  key.erase(open);
+  return variant;
+}
+
 class Importer {
  public:
   Importer(const ImportOptions& options, const IncomingFile& file, MessageDocumentEditor& editor)
@@ -251,6 +322,74 @@ class Importer {
     return first;
   }
 
+  // One text that a unit writes: a plain message's, or one variant of a
+  // plural message's. `single`: the variant is chosen for one number only,
+  // so its text may leave out the count.
+  struct TextWrite {
+    MessageDocumentEditor::Variant variant;
+    std::string text;
+    bool single = false;
+  };
+
+  // The texts that `unit` writes in `language`.
+  static std::vector<TextWrite> writesOf(
+      const IncomingUnit& unit, const std::optional<MessageDocumentEditor::Variant>& variant,
+      const std::string& language) {
+    const msg::Language tag(language.c_str());
+    if (variant) {
+      msg::PluralCategory category;
+      const bool single = variant->value.rfind('=', 0) == 0 ||
+                          (msg::Plurals::categoryFromName(variant->value.c_str(), category) &&
+                           coversOneInteger(tag, msg::PluralKind::ordinal, category));
+      return {TextWrite{*variant, unit.target, single}};
+    }
+    if (!unit.sourcePlural) {
+      return {TextWrite{MessageDocumentEditor::Variant(), unit.target, false}};
+    }
+    // Each form as its category; where the last form stands for `other`,
+    // which whole numbers never reach, it is written as both.
+    const GettextPlurals plurals = GettextPlurals::of(tag);
+    std::vector<TextWrite> writes;
+    for (std::size_t form = 0; form < unit.forms.size(); ++form) {
+      const msg::PluralCategory category = plurals.forms[form];
+      const bool single = coversOneInteger(tag, msg::PluralKind::cardinal, category);
+      if (category != msg::PluralCategory::other) {
+        writes.push_back(
+            TextWrite{{"plural", msg::Plurals::categoryName(category)}, unit.forms[form], single});
+      }
+      if (category == msg::PluralCategory::other ||
+          (form + 1 == unit.forms.size() && plurals.lastStandsForOther)) {
+        writes.push_back(TextWrite{MessageDocumentEditor::Variant(), unit.forms[form], false});
+      }
+    }
+    return writes;
+  }
+
+  // Why `write` cannot be imported, "" if it can.
+  static std::string faultOf(const TextWrite& write, const std::set<unsigned>& expected,
+                             const std::string& which) {
+    if (write.text.empty()) {
+      return which + " is empty";
+    }
+    const std::string unwritable = whyDocumentCannotHold(write.text);
+    if (!unwritable.empty()) {
+      return which + " holds " + unwritable;
+    }
+    const std::set<unsigned> found = placeholderNumbers(write.text);
+    std::set<unsigned> missing;
+    std::set_difference(expected.begin(), expected.end(), found.begin(), found.end(),
+                        std::inserter(missing, missing.end()));
+    // A text for one number may leave out one placeholder: the count.
+    const bool countLeftOut =
+        write.single && missing.size() == 1 &&
+        std::includes(expected.begin(), expected.end(), found.begin(), found.end());
+    if (found != expected && !countLeftOut) {
+      return which + " has the placeholders " + describePlaceholders(found) + ", its source " +
+             describePlaceholders(expected);
+    }
+    return std::string();
+  }
+
   void apply(const IncomingUnit& unit, const std::string& source, const std::string& language) {
     const std::string unwritableKey = whyDocumentCannotHold(unit.key);
     if (!unwritableKey.empty()) {
@@ -258,7 +397,10 @@ class Importer {
       report(unit, "error", "the key holds " + unwritableKey + "; not imported");
       return;
     }
-    std::optional<MessageKey> key = keyOf(unit.key);
+    std::string keyText = unit.key;
+    const std::optional<MessageDocumentEditor::Variant> variant =
+        unit.sourcePlural ? std::nullopt : takeVariant(keyText);
+    std::optional<MessageKey> key = keyOf(keyText);
     if (!key || key->first.empty() || key->second.empty()) {
       ++skipped, ++refused;
       report(unit, "error", "is no key \"namespace:identifier\"");
@@ -282,26 +424,38 @@ class Importer {
              "is marked fuzzy and was not imported; review it, or give --accept-fuzzy");
       return;
     }
-    const std::string unwritable = whyDocumentCannotHold(unit.target);
-    if (!unwritable.empty()) {
-      ++skipped, ++refused;
-      report(unit, "error", "the translation holds " + unwritable + "; not imported");
-      return;
+    const std::string& sourceText = unit.sourcePlural ? *unit.sourcePlural : unit.source;
+    const std::set<unsigned> expected = placeholderNumbers(sourceText);
+    const std::vector<TextWrite> writes = writesOf(unit, variant, language);
+    for (std::size_t form = 0; form < writes.size(); ++form) {
+      const std::string which = unit.sourcePlural
+                                    ? "the form " + std::string(writes[form].variant.value.empty()
+                                                                    ? "other"
+                                                                    : writes[form].variant.value)
+                                    : std::string("the translation");
+      const std::string fault = faultOf(writes[form], expected, which);
+      if (!fault.empty() && writes[form].text.empty() && unit.sourcePlural) {
+        ++skipped, ++untranslated;
+        report(unit, "note", fault + "; not imported until every form is translated");
+        return;
+      }
+      if (!fault.empty()) {
+        ++skipped, ++refused;
+        report(unit, "error", fault + "; not imported");
+        return;
+      }
     }
-    const std::set<unsigned> expected = placeholderNumbers(unit.source);
-    const std::set<unsigned> found = placeholderNumbers(unit.target);
-    if (expected != found) {
-      ++skipped, ++refused;
-      report(unit, "error",
-             "the translation has the placeholders " + describePlaceholders(found) +
-                 ", its source " + describePlaceholders(expected) + "; not imported");
-      return;
+    const std::string stamp = SourceStamp::of(source, sourceText).toString();
+    bool same = true;
+    bool existed = false;
+    for (const TextWrite& write : writes) {
+      std::optional<MessageDocumentEditor::ExistingText> existing =
+          editor.find(key->first, key->second, language, write.variant);
+      existed = existed || existing.has_value();
+      same = same && existing && existing->text == write.text &&
+             (existing->stamp.empty() || existing->stamp == stamp);
     }
-    const std::string stamp = SourceStamp::of(source, unit.source).toString();
-    std::optional<MessageDocumentEditor::ExistingText> existing =
-        editor.find(key->first, key->second, language);
-    if (existing && existing->text == unit.target &&
-        (existing->stamp.empty() || existing->stamp == stamp)) {
+    if (same) {
       ++unchanged;
       return;
     }
@@ -312,10 +466,12 @@ class Importer {
              "xpointer or as text, or whose root is a Message); change it there by hand");
       return;
     }
-    editor.setText(key->first, key->second,
-                   msg::DocumentText::isSeverityWord(unit.severity) ? unit.severity : "", language,
-                   unit.target, stamp);
-    ++(existing ? updated : added);
+    for (const TextWrite& write : writes) {
+      editor.setText(key->first, key->second,
+                     msg::DocumentText::isSeverityWord(unit.severity) ? unit.severity : "",
+                     language, write.text, stamp, write.variant);
+    }
+    ++(existed ? updated : added);
   }
 
   const ImportOptions& options;
@@ -334,6 +490,7 @@ int runImport(const ImportOptions& options) {
       throw ToolError(options.input + ": names no target language; give --target");
     }
     const Languages languages = languagesOf(options, file);
+    refuseWrongFormCounts(options.input, file, languages.target);
     MessageDocumentEditor editor(options.into, options.schema);
     return Importer(options, file, editor).run(languages);
   } catch (const ToolError& problem) {

@@ -88,6 +88,19 @@ std::string MessageDocumentEditor::keyOf(const std::string& nameSpace,
   return nameSpace + '\n' + identifier;
 }
 
+std::string MessageDocumentEditor::textKey(const std::string& language, const std::string& plural,
+                                           const std::string& ordinal) {
+  if (!plural.empty()) {
+    return language + "\nplural=" + plural;
+  }
+  return ordinal.empty() ? language : language + "\nordinal=" + ordinal;
+}
+
+std::string MessageDocumentEditor::textKey(const std::string& language, const Variant& variant) {
+  return textKey(language, variant.attribute == "plural" ? variant.value : std::string(),
+                 variant.attribute == "ordinal" ? variant.value : std::string());
+}
+
 // The texts as the loader reads them, parts included: the document must
 // load before anything is imported into it.
 void MessageDocumentEditor::readLoadedTexts() {
@@ -97,9 +110,9 @@ void MessageDocumentEditor::readLoadedTexts() {
         msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
           const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
           loadedKeys.insert(key);
-          loadedTexts[key + '\n' + text.effectiveLanguage()] = ExistingText{
-              text.readText(),
-              text.textElement.getAttributeByName(kTranslatedFromAttribute, kMsgtoolNamespace)};
+          loadedTexts[key + '\n' + textKey(text.effectiveLanguage(), text.plural, text.ordinal)] =
+              ExistingText{text.readText(), text.textElement.getAttributeByName(
+                                                kTranslatedFromAttribute, kMsgtoolNamespace)};
         });
   } catch (const msg::DocumentRefused& refused) {
     const msg::DocumentProblem& first = refused.problems.front();
@@ -195,7 +208,7 @@ void MessageDocumentEditor::index(int file, std::vector<int>& within) {
     partsBefore(element);
     MessagePlace& place = messages[keyOf(at.effectiveNamespace(), at.effectiveIdentifier())];
     place.lastText = element;
-    place.texts[at.effectiveLanguage()] =
+    place.texts[textKey(at.effectiveLanguage(), at.plural, at.ordinal)] =
         TextPlace{file, element,
                   ExistingText{at.readText(), at.textElement.getAttributeByName(
                                                   kTranslatedFromAttribute, kMsgtoolNamespace)}};
@@ -206,17 +219,17 @@ void MessageDocumentEditor::index(int file, std::vector<int>& within) {
 }
 
 std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
-    const std::string& nameSpace, const std::string& identifier,
-    const std::string& language) const {
+    const std::string& nameSpace, const std::string& identifier, const std::string& language,
+    const Variant& variant) const {
   auto place = messages.find(keyOf(nameSpace, identifier));
   if (place != messages.end()) {
-    auto text = place->second.texts.find(language);
+    auto text = place->second.texts.find(textKey(language, variant));
     if (text == place->second.texts.end()) {
       return std::nullopt;
     }
     return text->second.current;
   }
-  auto loaded = loadedTexts.find(keyOf(nameSpace, identifier) + '\n' + language);
+  auto loaded = loadedTexts.find(keyOf(nameSpace, identifier) + '\n' + textKey(language, variant));
   return loaded == loadedTexts.end() ? std::nullopt : std::optional<ExistingText>(loaded->second);
 }
 
@@ -234,7 +247,8 @@ bool MessageDocumentEditor::isOutOfReach(const std::string& nameSpace,
 
 void MessageDocumentEditor::setText(const std::string& nameSpace, const std::string& identifier,
                                     const std::string& severityWord, const std::string& language,
-                                    const std::string& text, const std::string& stampValue) {
+                                    const std::string& text, const std::string& stampValue,
+                                    const Variant& variant) {
   MessagePlace& place = messages[keyOf(nameSpace, identifier)];
   if (place.element < 0) {
     auto space = namespaces.find(nameSpace);
@@ -260,13 +274,16 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
     }
     space->second.lastMessage = place.element;
   }
-  TextPlace& written = place.texts[language];
+  TextPlace& written = place.texts[textKey(language, variant)];
   if (written.element < 0) {
     written.file = place.file;
     written.element = files[place.file]->markup().addElement(place.element, place.lastText, "Text");
     place.lastText = written.element;
     stamp(written.file, written.element, stampValue);
     files[place.file]->markup().setAttribute(written.element, "xml:lang", language);
+    if (!variant.attribute.empty()) {
+      files[place.file]->markup().setAttribute(written.element, variant.attribute, variant.value);
+    }
   }
   files[written.file]->markup().setContent(written.element, text);
   stamp(written.file, written.element, stampValue);

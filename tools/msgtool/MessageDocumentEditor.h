@@ -40,13 +40,23 @@ class MessageDocumentEditor {
   MessageDocumentEditor(std::string path, const std::string& schemaLocation);
   ~MessageDocumentEditor();
 
+  // Which Text of a language: by default the one without plural and
+  // ordinal attributes (the only text of a plain message, `other` of a
+  // plural one); else the one whose `attribute` ("plural" or "ordinal") is
+  // `value` ("few", "=0").
+  struct Variant {
+    std::string attribute;
+    std::string value;
+  };
+
   // A text of a key in one language: the last one, which the loader keeps.
   struct ExistingText {
     std::string text;
     std::string stamp;  // value of msgtool:translated-from, "" if none
   };
   std::optional<ExistingText> find(const std::string& nameSpace, const std::string& identifier,
-                                   const std::string& language) const;
+                                   const std::string& language,
+                                   const Variant& variant = Variant()) const;
 
   // True if the key has a Message in the document or an included part.
   bool hasMessage(const std::string& nameSpace, const std::string& identifier) const;
@@ -56,17 +66,18 @@ class MessageDocumentEditor {
   // Message.
   bool isOutOfReach(const std::string& nameSpace, const std::string& identifier) const;
 
-  // Makes `text` the key's text in `language`, stamped with `stamp`: the
-  // Text the loader keeps, the last of the language in the expanded
-  // document. Adds the Text after the last Text of the key's last Message,
-  // the Message (with `severityWord`) after the namespace's last
-  // Message, and the MessageNamespace after the document's last one, where
-  // they are missing.
+  // Makes `text` the key's text in `language` (its `variant`), stamped with
+  // `stamp`: the Text the loader keeps, the last of the language and variant
+  // in the expanded document. Adds the Text (with the variant's attribute)
+  // after the key's last Text, the Message (with `severityWord`) after the
+  // namespace's last Message, and the MessageNamespace after the document's
+  // last one, where they are missing.
   // Raises ToolError for a namespace that a part given directly cannot hold.
   // REQUIRES: !isOutOfReach(nameSpace, identifier).
   void setText(const std::string& nameSpace, const std::string& identifier,
                const std::string& severityWord, const std::string& language,
-               const std::string& text, const std::string& stamp);
+               const std::string& text, const std::string& stamp,
+               const Variant& variant = Variant());
 
   bool isNew() const { return created; }
 
@@ -88,7 +99,7 @@ class MessageDocumentEditor {
     int file = -1;
     int element = -1;                        // the last Message of the key
     int lastText = -1;                       // its last Text
-    std::map<std::string, TextPlace> texts;  // language -> last Text
+    std::map<std::string, TextPlace> texts;  // textKey -> last Text
   };
   struct NamespacePlace {
     int file = -1;
@@ -107,6 +118,10 @@ class MessageDocumentEditor {
   void openParts();
   void index(int file, std::vector<int>& within);
   static std::string keyOf(const std::string& nameSpace, const std::string& identifier);
+  // The language and variant of a Text, as one key.
+  static std::string textKey(const std::string& language, const std::string& plural,
+                             const std::string& ordinal);
+  static std::string textKey(const std::string& language, const Variant& variant);
   void stamp(int file, int element, const std::string& value);
 
   std::string path;
@@ -118,7 +133,7 @@ class MessageDocumentEditor {
   std::map<std::string, MessagePlace> messages;      // keyOf -> place
   std::map<std::string, NamespacePlace> namespaces;  // name -> the last one
   std::set<std::string> loadedKeys;                  // keyOf, as the loader reads them
-  std::map<std::string, ExistingText> loadedTexts;   // keyOf + '\n' + language, as loaded
+  std::map<std::string, ExistingText> loadedTexts;   // keyOf + '\n' + textKey, as loaded
 };
 
 }  // namespace msgtool

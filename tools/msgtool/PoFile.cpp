@@ -77,7 +77,7 @@ class PoReader {
   }
 
  private:
-  enum class Part { none, context, id, str };
+  enum class Part { none, context, id, idPlural, str, form };
 
   [[noreturn]] void fail(const std::string& message) const { throw ToolError(path, line, message); }
 
@@ -110,7 +110,7 @@ class PoReader {
       fail("'" + keyword + "' has no string after it");
     }
     if (keyword == "msgctxt") {
-      if (part == Part::str) {
+      if (part == Part::str || part == Part::form) {
         finishEntry();
       } else if (part != Part::none) {
         fail("msgctxt must come before msgid");
@@ -119,9 +119,9 @@ class PoReader {
       part = Part::context;
       entry.context = std::string();
     } else if (keyword == "msgid") {
-      if (part == Part::str) {
+      if (part == Part::str || part == Part::form) {
         finishEntry();
-      } else if (part == Part::id) {
+      } else if (part == Part::id || part == Part::idPlural) {
         fail("msgid follows msgid without a msgstr in between");
       }
       if (part == Part::none) {
@@ -129,16 +129,38 @@ class PoReader {
       }
       part = Part::id;
     } else if (keyword == "msgstr") {
+      if (part == Part::idPlural) {
+        fail("a plural entry has msgstr[0], msgstr[1] ..., not msgstr");
+      }
       if (part != Part::id) {
         fail("msgstr without a msgid before it");
       }
       part = Part::str;
-    } else if (keyword == "msgid_plural" || startsWith(keyword, "msgstr[")) {
-      fail("plural forms are not used by msg catalogues");
+    } else if (keyword == "msgid_plural") {
+      if (part != Part::id) {
+        fail("msgid_plural without a msgid before it");
+      }
+      part = Part::idPlural;
+      entry.idPlural.emplace();
+    } else if (startsWith(keyword, "msgstr[")) {
+      readFormKeyword(keyword);
     } else {
       fail("unknown keyword '" + keyword + "'");
     }
     *target() = parseString(text, space);
+  }
+
+  // msgstr[N]: the next form of a plural entry, numbered in order.
+  void readFormKeyword(const std::string& keyword) {
+    if (part != Part::idPlural && part != Part::form) {
+      fail("'" + keyword + "' without a msgid_plural before it");
+    }
+    const std::string expected = "msgstr[" + std::to_string(entry.forms.size()) + "]";
+    if (keyword != expected) {
+      fail("'" + keyword + "' where " + expected + " was expected");
+    }
+    part = Part::form;
+    entry.forms.emplace_back();
   }
 
   void readComment(const std::string& text) {
@@ -164,6 +186,12 @@ class PoReader {
   std::string* target() {
     if (part == Part::context) {
       return &*entry.context;
+    }
+    if (part == Part::idPlural) {
+      return &*entry.idPlural;
+    }
+    if (part == Part::form) {
+      return &entry.forms.back();
     }
     return part == Part::id ? &entry.id : &entry.str;
   }
@@ -239,7 +267,10 @@ class PoReader {
     if (part == Part::none) {
       return;
     }
-    if (part != Part::str) {
+    if (part == Part::idPlural) {
+      throw ToolError(path, entry.line, "the plural entry has no msgstr[0]");
+    }
+    if (part != Part::str && part != Part::form) {
       throw ToolError(path, entry.line, "the entry has no msgstr");
     }
     if (entry.id.empty() && !entry.context && !headerSeen && file.entries.empty()) {
@@ -424,7 +455,14 @@ void PoFile::write(std::ostream& out) const {
       writeString(out, "msgctxt", *entry.context);
     }
     writeString(out, "msgid", entry.id);
-    writeString(out, "msgstr", entry.str);
+    if (!entry.idPlural) {
+      writeString(out, "msgstr", entry.str);
+      continue;
+    }
+    writeString(out, "msgid_plural", *entry.idPlural);
+    for (std::size_t i = 0; i < entry.forms.size(); ++i) {
+      writeString(out, ("msgstr[" + std::to_string(i) + "]").c_str(), entry.forms[i]);
+    }
   }
 }
 

@@ -2,8 +2,9 @@
 //
 // The reader accepts what gettext's own tools write: strings wrapped over
 // several lines, every comment kind, flags, obsolete entries (dropped) and
-// previous-msgid lines (dropped). It refuses plural entries, which msg has
-// no use for, and every charset but UTF-8. The writer produces what msgfmt
+// previous-msgid lines (dropped), plural entries (msgid_plural and msgstr[N],
+// the forms numbered from 0 without gaps). It refuses every charset but
+// UTF-8. The writer produces what msgfmt
 // accepts, splitting strings after each "\n" and wrapping long lines at
 // spaces the way gettext does, so that files diff cleanly against the ones
 // gettext rewrites.
@@ -27,6 +28,10 @@ struct PoEntry {
   std::optional<std::string> context;           // msgctxt
   std::string id;                               // msgid
   std::string str;                              // msgstr
+  // A plural entry: msgid_plural, and msgstr[0], msgstr[1] ... in `forms`
+  // (then `str` is unused).
+  std::optional<std::string> idPlural;
+  std::vector<std::string> forms;
   int line = 0;  // line of the entry's msgctxt or msgid, from the reader
 
   bool hasFlag(const std::string& flag) const;
@@ -42,7 +47,8 @@ class PoFile {
 
   // Reads `path`. Raises ToolError with the line of the first fault: an
   // unterminated string or unknown escape, a keyword out of place, a
-  // plural entry, bytes that are not UTF-8, or a charset other than UTF-8.
+  // msgstr[N] out of order, bytes that are not UTF-8, or a charset other
+  // than UTF-8.
   static PoFile read(const std::string& path);
 
   // Writes header and entries in PO syntax.

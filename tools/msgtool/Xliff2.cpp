@@ -20,6 +20,11 @@ using XercesXML::DOMNode;
 
 constexpr char kXliff2Namespace[] = "urn:oasis:names:tc:xliff:document:2.0";
 constexpr char kReviewSubState[] = "msgtool:needs-review";
+constexpr char kPluralGroupType[] = "msgtool:plurals";
+
+bool isPluralGroup(const DOMNode& group) {
+  return group.getAttributeByName("type") == kPluralGroupType;
+}
 
 bool standsForPlaceholder(const std::string& name) {
   return name == "ph" || name == "sc" || name == "ec";
@@ -153,8 +158,8 @@ void addInline(const XliffBuilder& builder, const DOMNode& element, const std::s
 
 }  // namespace
 
-const XliffDialect kXliff2Dialect{"unit",   "name",   nullptr, standsForPlaceholder,
-                                  readRoot, readFile, readUnit};
+const XliffDialect kXliff2Dialect{"unit",   "name",   nullptr,  standsForPlaceholder,
+                                  readRoot, readFile, readUnit, isPluralGroup};
 
 std::string writeXliff2(const XliffFile& file) {
   XliffBuilder writer(kXliff2Namespace);
@@ -165,21 +170,37 @@ std::string writeXliff2(const XliffFile& file) {
   DOMNode fileElement = writer.add(root, "file", 1);
   XliffBuilder::set(fileElement, "id", "f1");
   XliffBuilder::set(fileElement, "original", file.original);
+  DOMNode group;
   for (const XliffUnit& unit : file.units) {
-    DOMNode element = writer.add(fileElement, "unit", 2);
-    XliffBuilder::set(element, "id", unit.key);
-    XliffBuilder::set(element, "name", unit.key);
-    DOMNode notes = writer.add(element, "notes", 3);
-    DOMNode severity = writer.add(notes, "note", 4);
+    if (unit.form <= 0 && group.isValid()) {
+      writer.close(group, 2);
+      group = DOMNode();
+    }
+    if (unit.form == 0) {
+      group = writer.add(fileElement, "group", 2);
+      XliffBuilder::set(group, "id", unit.key);
+      XliffBuilder::set(group, "name", unit.key);
+      XliffBuilder::set(group, "type", kPluralGroupType);
+    }
+    const int depth = group.isValid() ? 3 : 2;
+    DOMNode element = writer.add(group.isValid() ? group : fileElement, "unit", depth);
+    if (unit.form >= 0) {
+      XliffBuilder::set(element, "id", unit.key + "[" + std::to_string(unit.form) + "]");
+    } else {
+      XliffBuilder::set(element, "id", unit.key);
+      XliffBuilder::set(element, "name", unit.key);
+    }
+    DOMNode notes = writer.add(element, "notes", depth + 1);
+    DOMNode severity = writer.add(notes, "note", depth + 2);
     XliffBuilder::set(severity, "category", "severity");
     writer.addText(severity, unit.severity);
     if (!unit.sourceFile.empty()) {
-      DOMNode note = writer.add(notes, "note", 4);
+      DOMNode note = writer.add(notes, "note", depth + 2);
       XliffBuilder::set(note, "category", "location");
       writer.addText(note, unit.sourceFile +
                                (unit.sourceLine > 0 ? ":" + std::to_string(unit.sourceLine) : ""));
     }
-    writer.close(notes, 3);
+    writer.close(notes, depth + 1);
     std::map<std::string, std::string> ids;  // placeholder -> data id
     for (const std::string* text : {&unit.source, unit.target ? &*unit.target : &unit.source}) {
       for (const TextPiece& piece : splitPlaceholders(*text)) {
@@ -189,30 +210,33 @@ std::string writeXliff2(const XliffFile& file) {
       }
     }
     if (!ids.empty()) {
-      DOMNode originalData = writer.add(element, "originalData", 3);
+      DOMNode originalData = writer.add(element, "originalData", depth + 1);
       for (const auto& [placeholder, id] : ids) {
-        DOMNode item = writer.add(originalData, "data", 4);
+        DOMNode item = writer.add(originalData, "data", depth + 2);
         XliffBuilder::set(item, "id", id);
         writer.addText(item, placeholder);
       }
-      writer.close(originalData, 3);
+      writer.close(originalData, depth + 1);
     }
-    DOMNode segment = writer.add(element, "segment", 3);
+    DOMNode segment = writer.add(element, "segment", depth + 1);
     bool review = unit.state.rfind("needs-review", 0) == 0;
     XliffBuilder::set(segment, "state", unit.target && !review ? "translated" : "initial");
     if (unit.target && review) {
       XliffBuilder::set(segment, "subState", kReviewSubState);
     }
-    DOMNode source = writer.add(segment, "source", 4);
+    DOMNode source = writer.add(segment, "source", depth + 2);
     XliffBuilder::preserveSpace(source);
     addInline(writer, source, unit.source, ids);
     if (unit.target) {
-      DOMNode target = writer.add(segment, "target", 4);
+      DOMNode target = writer.add(segment, "target", depth + 2);
       XliffBuilder::preserveSpace(target);
       addInline(writer, target, *unit.target, ids);
     }
-    writer.close(segment, 3);
-    writer.close(element, 2);
+    writer.close(segment, depth + 1);
+    writer.close(element, depth);
+  }
+  if (group.isValid()) {
+    writer.close(group, 2);
   }
   writer.close(fileElement, 1);
   writer.close(root, 0);

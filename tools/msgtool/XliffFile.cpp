@@ -12,6 +12,7 @@ namespace {
 using XercesXML::DOMNode;
 
 constexpr char kXliffNamespace[] = "urn:oasis:names:tc:xliff:document:1.2";
+constexpr char kPluralGroup[] = "x-gettext-plurals";
 
 // Writes `text` into `element`, each placeholder as <x/>. `ids` gives each
 // distinct placeholder its id and grows as new ones appear.
@@ -31,6 +32,10 @@ void addInline(const XliffBuilder& builder, const DOMNode& element, const std::s
     XliffBuilder::set(x, "equiv-text", piece.text);
     element.appendChild(x);
   }
+}
+
+bool isPluralGroup(const DOMNode& group) {
+  return group.getAttributeByName("restype") == kPluralGroup;
 }
 
 bool standsForPlaceholder(const std::string& name) {
@@ -108,8 +113,8 @@ void readUnit(const XliffReader& reader, const DOMNode& element, XliffUnit& unit
 
 }  // namespace
 
-const XliffDialect kXliff12Dialect{"trans-unit", "resname", "body",  standsForPlaceholder,
-                                   readRoot,     readFile,  readUnit};
+const XliffDialect kXliff12Dialect{"trans-unit", "resname", "body",   standsForPlaceholder,
+                                   readRoot,     readFile,  readUnit, isPluralGroup};
 
 XliffFile XliffFile::read(const std::string& path) {
   return XliffReader::read(path);
@@ -126,42 +131,67 @@ std::string XliffFile::write() const {
   XliffBuilder::set(file, "original", original);
   XliffBuilder::set(file, "source-language", sourceLanguage);
   XliffBuilder::set(file, "target-language", targetLanguage);
-  XliffBuilder::set(file, "datatype", "plaintext");
-  DOMNode body = writer.add(file, "body", 2);
+  // translate-toolkit turns a plural group back into msgid_plural only in a
+  // file of gettext's datatype.
+  bool plural = false;
   for (const XliffUnit& unit : units) {
-    DOMNode element = writer.add(body, "trans-unit", 3);
-    XliffBuilder::set(element, "id", unit.key);
-    XliffBuilder::set(element, "resname", unit.key);
+    plural = plural || unit.form >= 0;
+  }
+  XliffBuilder::set(file, "datatype", plural ? "po" : "plaintext");
+  DOMNode body = writer.add(file, "body", 2);
+  DOMNode group;
+  for (const XliffUnit& unit : units) {
+    if (unit.form <= 0 && group.isValid()) {
+      writer.close(group, 3);
+      group = DOMNode();
+    }
+    if (unit.form == 0) {
+      group = writer.add(body, "group", 3);
+      XliffBuilder::set(group, "id", unit.key);
+      XliffBuilder::set(group, "resname", unit.key);
+      XliffBuilder::set(group, "restype", kPluralGroup);
+    }
+    const int depth = group.isValid() ? 4 : 3;
+    DOMNode element = writer.add(group.isValid() ? group : body, "trans-unit", depth);
+    if (unit.form >= 0) {
+      XliffBuilder::set(element, "id", unit.key + "[" + std::to_string(unit.form) + "]");
+    } else {
+      XliffBuilder::set(element, "id", unit.key);
+      XliffBuilder::set(element, "resname", unit.key);
+    }
     if (unit.approved) {
       XliffBuilder::set(element, "approved", "yes");
     }
     XliffBuilder::preserveSpace(element);
     std::map<std::string, std::string> ids;
-    addInline(writer, writer.add(element, "source", 4), unit.source, ids);
+    addInline(writer, writer.add(element, "source", depth + 1), unit.source, ids);
     if (unit.target) {
-      DOMNode target = writer.add(element, "target", 4);
+      DOMNode target = writer.add(element, "target", depth + 1);
       if (!unit.state.empty()) {
         XliffBuilder::set(target, "state", unit.state);
       }
       addInline(writer, target, *unit.target, ids);
     }
     if (!unit.severity.empty()) {
-      writer.addText(writer.add(element, "note", 4), kSeverityNote + unit.severity);
+      writer.addText(writer.add(element, "note", depth + 1), kSeverityNote + unit.severity);
     }
     if (!unit.sourceFile.empty()) {
-      DOMNode group = writer.add(element, "context-group", 4);
-      XliffBuilder::set(group, "purpose", "location");
-      DOMNode context = writer.add(group, "context", 5);
+      DOMNode contextGroup = writer.add(element, "context-group", depth + 1);
+      XliffBuilder::set(contextGroup, "purpose", "location");
+      DOMNode context = writer.add(contextGroup, "context", depth + 2);
       XliffBuilder::set(context, "context-type", "sourcefile");
       writer.addText(context, unit.sourceFile);
       if (unit.sourceLine > 0) {
-        context = writer.add(group, "context", 5);
+        context = writer.add(contextGroup, "context", depth + 2);
         XliffBuilder::set(context, "context-type", "linenumber");
         writer.addText(context, std::to_string(unit.sourceLine));
       }
-      writer.close(group, 4);
+      writer.close(contextGroup, depth + 1);
     }
-    writer.close(element, 3);
+    writer.close(element, depth);
+  }
+  if (group.isValid()) {
+    writer.close(group, 3);
   }
   writer.close(body, 2);
   writer.close(file, 1);

@@ -36,6 +36,12 @@ struct XliffUnit {
   std::string sourceFile;             // location context, for the writer
   int sourceLine = 0;
   int line = 0;  // line of the trans-unit, from the reader
+  // A form of a plural message, numbered as gettext numbers them; -1 for a
+  // plain unit. The forms of one key follow one another in `units`, and are
+  // written in one group: <group restype="x-gettext-plurals"> in 1.2,
+  // <group type="msgtool:plurals"> in 2.0, the group's id the key and each
+  // unit's id "KEY[i]".
+  int form = -1;
 };
 
 class XliffFile {

@@ -66,11 +66,42 @@ void XliffReader::readUnits(const DOMNode& parent, int depth, XliffFile& file) c
   for (DOMNode child = parent.getFirstElementChild(); child.isValid();
        child = child.getNextElementSibling()) {
     const std::string name = child.getNodeName();
-    if (name == "group") {
+    if (name == "group" && dialect->isPluralGroup(child)) {
+      readForms(child, file);
+    } else if (name == "group") {
       readUnits(child, depth + 1, file);
     } else if (name == dialect->unitName) {
       file.units.push_back(readUnit(child));
     }
+  }
+}
+
+void XliffReader::readForms(const DOMNode& group, XliffFile& file) const {
+  std::string key = group.getAttributeByName(dialect->nameAttribute);
+  if (key.empty()) {
+    key = group.getAttributeByName("id");
+  }
+  if (key.empty()) {
+    fail(group, "a group of plural forms has no id");
+  }
+  int form = 0;
+  for (DOMNode child = group.getFirstElementChild(); child.isValid();
+       child = child.getNextElementSibling()) {
+    if (child.getNodeName() != dialect->unitName) {
+      continue;
+    }
+    const std::string expected = key + "[" + std::to_string(form) + "]";
+    if (child.getAttributeByName("id") != expected) {
+      fail(child, "the form of \"" + key + "\" has the id \"" + child.getAttributeByName("id") +
+                      "\" where \"" + expected + "\" was expected");
+    }
+    XliffUnit unit = readUnit(child);
+    unit.key = key;
+    unit.form = form++;
+    file.units.push_back(std::move(unit));
+  }
+  if (form == 0) {
+    fail(group, "the group of plural forms of \"" + key + "\" holds no form");
   }
 }
 

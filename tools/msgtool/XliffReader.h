@@ -35,6 +35,8 @@ struct XliffDialect {
   void (*readFile)(const XercesXML::DOMNode& fileElement, XliffFile& file);
   // The content of a unit whose key and line are read.
   void (*readUnit)(const XliffReader& reader, const XercesXML::DOMNode& element, XliffUnit& unit);
+  // True for a group that holds the forms of one plural message.
+  bool (*isPluralGroup)(const XercesXML::DOMNode& group);
 };
 
 // Version 1.0 to 1.2 (XliffFile.cpp) and 2.x (Xliff2.cpp).
@@ -68,6 +70,8 @@ class XliffReader {
   // Reads the units below `parent`, descending into groups.
   void readUnits(const XercesXML::DOMNode& parent, int depth, XliffFile& file) const;
   XliffUnit readUnit(const XercesXML::DOMNode& element) const;
+  // Reads the forms of a plural group: units "KEY[0]", "KEY[1]" ... in order.
+  void readForms(const XercesXML::DOMNode& group, XliffFile& file) const;
   void readInlineAt(const XercesXML::DOMNode& element, std::string& out,
                     const std::function<std::string(const XercesXML::DOMNode&)>& placeholderOf,
                     int depth) const;
