@@ -26,8 +26,12 @@ for program in "$fuzz_dir"/*_fuzzer; do
          -artifact_prefix="$fuzz_dir/logs/")
   environment=()
   case $name in
-    document | parser)
-      flags+=(-dict="$source_dir/fuzz/xml.dict")
+    document | parser) flags+=(-dict="$source_dir/fuzz/xml.dict") ;;
+    po_import) flags+=(-dict="$source_dir/fuzz/po.dict") ;;
+    xliff*_import) flags+=(-dict="$source_dir/fuzz/xliff.dict") ;;
+  esac
+  case $name in
+    document | parser | *_import)
       # Leaks inside Xerces-C, see fuzz/lsan.supp.
       environment=(LSAN_OPTIONS=suppressions="$source_dir/fuzz/lsan.supp":print_suppressions=0
                    ASAN_OPTIONS=fast_unwind_on_malloc=0) ;;
