@@ -57,6 +57,13 @@ std::string xliffFile(const std::string& language, const std::string& unitLangua
          unitLanguage + ">" + translation + "</target>\n</trans-unit></body></file></xliff>\n";
 }
 
+// `file` and a comment that makes it one byte larger than 16 MiB, the
+// most that import reads of a translator's file.
+std::string oversized(const std::string& file, const std::string& open, const std::string& close) {
+  const std::size_t size = (std::size_t{16} << 20) + 1;
+  return file + open + std::string(size - file.size() - open.size() - close.size(), 'x') + close;
+}
+
 struct Result {
   int code;
   std::string errors;
@@ -134,6 +141,10 @@ TEST(ImportTest, FilesThatWouldOverwriteOtherLanguagesOrCannotBeReadAreRefused) 
        {"--target", "de"}},
       {"po", binary, 2, "in.po: error: is a binary file, not a PO file" + unchanged},
       {"xliff", binary, 2, "in.xlf: error: is a binary file, not an XML file" + unchanged},
+      {"po", oversized(poFile("de"), "# ", "\n"), 2,
+       "in.po: error: is larger than 16 MiB" + unchanged},
+      {"xliff", oversized(xliffFile("de"), "<!-- ", " -->\n"), 2,
+       "in.xlf: error: is larger than 16 MiB" + unchanged},
   });
 }
 

@@ -227,7 +227,7 @@ TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
             scratch.path().string() + ": error: is a folder, not a PO file");
   const std::string huge = scratch.write("huge.po", "#");
   fs::resize_file(huge, msg::limits::kMaxTranslatorsFileBytes + 1);  // sparse: takes no disk space
-  EXPECT_EQ(refusalOf(huge), huge + ": error: is larger than 64 MiB");
+  EXPECT_EQ(refusalOf(huge), huge + ": error: is larger than 16 MiB");
 }
 
 }  // namespace

@@ -89,7 +89,7 @@ TEST_F(OutsideFileTest, RefusesWhatCouldReachBeyondTheFileOrGrowWithoutBound) {
 TEST_F(OutsideFileTest, RefusesFilesItCannotTakeBeforeParsing) {
   const std::string big = write("big.xml", "<a/>");
   fs::resize_file(big, msg::limits::kMaxTranslatorsFileBytes + 1);  // sparse: no disk used
-  EXPECT_EQ(refusalOf(big).message, "is larger than 64 MiB");
+  EXPECT_EQ(refusalOf(big).message, "is larger than 16 MiB");
   EXPECT_EQ(refusalOf(scratch.path().string()).message, "is a folder, not a file");
   EXPECT_EQ(refusalOf((scratch / "missing.xml").string()).message,
             "cannot be read: No such file or directory");

@@ -26,11 +26,18 @@ for program in "$fuzz_dir"/*_fuzzer; do
          -artifact_prefix="$fuzz_dir/logs/")
   environment=()
   case $name in
+    document | parser) flags+=(-dict="$source_dir/fuzz/xml.dict") ;;
+    po_import) flags+=(-dict="$source_dir/fuzz/po.dict") ;;
+    xliff*_import) flags+=(-dict="$source_dir/fuzz/xliff.dict") ;;
+  esac
+  case $name in
+    # Leaks inside Xerces-C, see fuzz/lsan.supp; matching them needs full
+    # unwinding, which the slower import targets go without.
     document | parser)
-      flags+=(-dict="$source_dir/fuzz/xml.dict")
-      # Leaks inside Xerces-C, see fuzz/lsan.supp.
       environment=(LSAN_OPTIONS=suppressions="$source_dir/fuzz/lsan.supp":print_suppressions=0
                    ASAN_OPTIONS=fast_unwind_on_malloc=0) ;;
+    *_import)
+      environment=(LSAN_OPTIONS=suppressions="$source_dir/fuzz/lsan.supp":print_suppressions=0) ;;
   esac
   mkdir -p "$fuzz_dir/corpus/$name" "$fuzz_dir/seeds/$name"
   if env "${environment[@]}" "$program" "${flags[@]}" "$@" "$fuzz_dir/corpus/$name" \
