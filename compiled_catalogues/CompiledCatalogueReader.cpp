@@ -114,19 +114,21 @@ bool CompiledCatalogueReader::checkHeader() {
 // checks of all of them read each byte of the block at most once.
 bool CompiledCatalogueReader::checkVariants(std::uint32_t index, std::uint32_t offset,
                                             std::uint64_t& nextRecord) {
-  const std::string which = "entry " + decimal(index) + "'s plural variants";
+  // Made only for a refusal: a valid record costs no string.
+  const auto which = [index] { return "entry " + decimal(index) + "'s plural variants"; };
   if (offset < nextRecord || offset > variantBlockSize || variantBlockSize - offset < kRecordSize) {
-    return refuse(which + " (offset " + decimal(offset) +
+    return refuse(which() + " (offset " + decimal(offset) +
                   ") lie outside the variant block or over another entry's");
   }
   const unsigned char* record = variantBlock + offset;
   const std::uint16_t kind = readU16(record + kRecordKind);
   const std::uint16_t forms = readU16(record + kRecordFormCount);
   if (kind > static_cast<std::uint16_t>(PluralKind::ordinal)) {
-    return refuse(which + " have kind " + decimal(kind) + " (0 and 1 exist)");
+    return refuse(which() + " have kind " + decimal(kind) + " (0 and 1 exist)");
   }
   if (forms == 0 || forms > (variantBlockSize - offset - kRecordSize) / kFormSize) {
-    return refuse(which + ": " + decimal(forms) + " forms do not fit in the variant block");
+    return refuse(which() + " number " + decimal(forms) +
+                  " forms: none, or more than the variant block holds");
   }
   unsigned categories = 0;
   for (std::uint16_t k = 0; k < forms; ++k) {
@@ -134,15 +136,15 @@ bool CompiledCatalogueReader::checkVariants(std::uint32_t index, std::uint32_t o
     const std::uint16_t selector = readU16(form + kFormSelector);
     const bool exact = selector == kExactForm;
     if (readU32(form + kFormText) >= stringsSize) {
-      return refuse(which + " point at a string outside the string block");
+      return refuse(which() + " point at a string outside the string block");
     }
     if (!exact && (selector >= static_cast<std::uint16_t>(PluralCategory::other) ||
                    (categories & (1u << selector)) != 0)) {
-      return refuse(which + " have form " + decimal(selector) +
-                    ", which is no category but other or comes twice");
+      return refuse(which() + " have form " + decimal(selector) +
+                    ", which is other, no form at all, or a category given twice");
     }
     if (readU16(form + kFormZero) != 0 || (!exact && readU64(form + kFormValue) != 0)) {
-      return refuse(which + " have bytes that should be zero");
+      return refuse(which() + " have bytes that should be zero");
     }
     categories |= exact ? 0u : 1u << selector;
   }

@@ -452,8 +452,8 @@ TEST_F(CompiledCatalogueTest, RefusesADamagedVariantBlockAndLeavesTheTable) {
       {[&](unsigned char* b) { writeU32(b + entryA + kEntryVariants, blockSize - 4); },
        "outside the variant block"},
       {[&](unsigned char* b) { writeU32(b + entryC + kEntryVariants, 0); }, "over another"},
-      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 40); }, "do not fit"},
-      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 0); }, "do not fit"},
+      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 40); }, "40 forms"},
+      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 0); }, "0 forms"},
       {[&](unsigned char* b) { writeU16(b + block + kRecordKind, 2); }, "kind 2"},
       {[&](unsigned char* b) { writeU16(b + firstForm + kFormSelector, 5); }, "form 5"},
       {[&](unsigned char* b) {
