@@ -26,7 +26,7 @@ endif()
 set(exported_classes
   "msg::LanguageList" "msg::MTE" "msg::Message" "msg::MessageHandler" "msg::MessageChannel"
   "msg::FormattingMessageChannel" "msg::MessageHandlerX"
-  "msg::JsonLinesMessageChannel" "msg::SyslogMessageChannel" "msg::Plurals"
+  "msg::JsonLinesMessageChannel" "msg::SyslogMessageChannel" "msg::Plurals" "msg::PluralMTE"
   "msg::MessageHandlerError" "msg::MessageExists" "msg::MessageNotFound"
   "msg::ErrorInMessageDocument"
   "structured_exception"
@@ -42,6 +42,7 @@ set(required_symbols
   "msg::MessageHandler::object()"
   "msg::MessageChannel::onMessage(msg::Message const&)"
   "msg::Plurals::category(msg::Language, msg::PluralKind, char const*)"
+  "msg::PluralMTE::PluralMTE(short, char const*, char const*, char const*, msg::PluralKind, unsigned int, char const*, std::initializer_list<msg::PluralMTE::Form>, msg::MessageHandler*, bool)"
   "typeinfo for msg::MessageHandler"
   "typeinfo for msg::MessageChannel"
   "typeinfo for msg::MessageHandlerError"

@@ -42,10 +42,39 @@ namespace compiled {
 //
 // The string block holds NUL-terminated strings; its last byte is NUL, so
 // every offset inside the block reaches a terminator inside it.
+//
+// Version 2.0 is written only for a catalogue with plural or ordinal texts,
+// so that a reader of 1.x refuses it instead of showing every count with
+// `other`; a catalogue without them is still written as 1.0, byte for byte.
+// Version 2.0 adds:
+//
+// Header (64 bytes)
+//  56  4  variant block    offset, at or after the end of the string block
+//  60  4  variant block size
+//
+// Entry (24 bytes)
+//  20  4  variants         offset of the entry's record in the variant
+//                          block, kNoVariants for a plain text
+//
+// Variant record, one per plural entry, in entry order, none shared or
+// overlapping, so that checking them all reads each byte once. The entry's
+// own text is its `other`.
+//   0  2  kind             0 cardinal, 1 ordinal (PluralKind)
+//   2  2  form count       1 or more
+//   4  4  count            the number of the placeholder that holds the count
+//   8     forms            form count times:
+//           0  4  text     offset in the string block
+//           4  2  form     0 to 4 a category (PluralCategory, never other),
+//                          kExactForm an exact value
+//           6  2  zero
+//           8  8  value    the exact value; 0 for a category
+//
+// Every field is read where it lies: nothing of a record needs the heap.
 
 inline constexpr unsigned char kMagic[8] = {0x89, 'M', 'S', 'G', 'C', '\r', '\n', 0x1a};
-inline constexpr std::uint16_t kMajorVersion = 1;
+inline constexpr std::uint16_t kMajorVersion = 2;  // the newest; 1 is still read
 inline constexpr std::uint16_t kMinorVersion = 0;
+inline constexpr std::uint16_t kPlainMajorVersion = 1;  // written without variants
 inline constexpr std::uint32_t kByteOrderMark = 0x01020304;
 
 inline constexpr std::size_t kMagicOffset = 0;
@@ -62,6 +91,9 @@ inline constexpr std::size_t kEntryTableOffset = 44;
 inline constexpr std::size_t kStringBlockOffset = 48;
 inline constexpr std::size_t kStringBlockSizeOffset = 52;
 inline constexpr std::size_t kHeaderSize = 56;
+inline constexpr std::size_t kVariantBlockOffset = 56;
+inline constexpr std::size_t kVariantBlockSizeOffset = 60;
+inline constexpr std::size_t kVariantHeaderSize = 64;
 
 inline constexpr std::size_t kEntryNamespace = 0;
 inline constexpr std::size_t kEntryIdentifier = 4;
@@ -70,6 +102,20 @@ inline constexpr std::size_t kEntrySeverity = 12;
 inline constexpr std::size_t kEntryLanguage = 14;
 inline constexpr std::size_t kLanguageField = 6;  // a tag of at most 5 bytes and its NUL
 inline constexpr std::size_t kEntrySize = 20;
+inline constexpr std::size_t kEntryVariants = 20;
+inline constexpr std::size_t kVariantEntrySize = 24;
+inline constexpr std::uint32_t kNoVariants = 0xffffffff;
+
+inline constexpr std::size_t kRecordKind = 0;
+inline constexpr std::size_t kRecordFormCount = 2;
+inline constexpr std::size_t kRecordCount = 4;
+inline constexpr std::size_t kRecordSize = 8;  // before the forms
+inline constexpr std::size_t kFormText = 0;
+inline constexpr std::size_t kFormSelector = 4;
+inline constexpr std::size_t kFormZero = 6;
+inline constexpr std::size_t kFormValue = 8;
+inline constexpr std::size_t kFormSize = 16;
+inline constexpr std::uint16_t kExactForm = 0x100;
 
 inline constexpr std::uint16_t kHighestSeverity = 3;
 

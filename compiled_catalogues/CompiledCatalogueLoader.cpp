@@ -16,6 +16,7 @@
 #include "compiled_catalogues/CompiledCatalogueReader.h"
 #include "message_core/KeyIndex.h"
 #include "message_core/MessageTable.h"
+#include "message_core/PluralForms.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
@@ -181,6 +182,7 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
 
   // Everything that can fail to allocate comes before the first entry is
   // linked; from then on, the storage owns the block and the mapping.
+  FormsByEntry forms = makeForms(reader, census);
   handler.messageTable->reserveKeys(census.keys);
   if (handler.compiledCatalogues == nullptr) {
     handler.compiledCatalogues = new MappedCatalogueStorage();
@@ -191,12 +193,42 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   loads.reserve(loads.size() + 1);
   MTE* entries = static_cast<MTE*>(::operator new(census.accepted * sizeof(MTE)));
   loads.push_back({file.release(), file.length(), entries, 0});
-  linkByKey(handler, reader, census, entries, loads.back().constructed);
+  linkByKey(handler, reader, census, forms, entries, loads.back().constructed);
+}
+
+CompiledCatalogueLoader::FormsByEntry CompiledCatalogueLoader::makeForms(
+    const CompiledCatalogueReader& reader, const Census& census) {
+  FormsByEntry forms;
+  if (!reader.hasVariants()) {
+    return forms;  // format 1: a catalogue without plurals pays nothing here
+  }
+  CompiledCatalogueReader::Variants variants;
+  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
+    if (!census.acceptable[i] || !reader.variantsOf(i, variants)) {
+      continue;
+    }
+    if (forms.empty()) {
+      forms.resize(reader.entryCount());
+    }
+    auto made = std::make_unique<PluralForms>(variants.kind(), variants.count(), census.tags[i],
+                                              reader.entry(i).text);
+    for (std::uint16_t k = 0; k < variants.size(); ++k) {
+      const CompiledCatalogueReader::Form form = variants.form(k);
+      if (form.exact) {
+        made->addExact(form.value, form.text);
+      } else {
+        made->setText(form.category, form.text);
+      }
+    }
+    forms[i] = std::move(made);
+  }
+  return forms;
 }
 
 void CompiledCatalogueLoader::linkByKey(MessageHandler& handler,
                                         const CompiledCatalogueReader& reader, const Census& census,
-                                        MTE* entries, std::size_t& constructed) {
+                                        FormsByEntry& forms, MTE* entries,
+                                        std::size_t& constructed) {
   // Each run of entries that share their key strings is one key: it is
   // hashed once, and the index slot of the next run is fetched while this
   // run is linked. Linking replaces an entry of the same key and language;
@@ -234,6 +266,18 @@ void CompiledCatalogueLoader::linkByKey(MessageHandler& handler,
       ++constructed;
     }
     handler.addEntries(run, static_cast<std::uint32_t>(entries + constructed - run), key);
+    if (!forms.empty()) {
+      // Attached once linked, to the table as it is after any growth.
+      MTE* made = run;
+      for (std::uint32_t i = start; i < end; ++i) {
+        if (census.acceptable[i]) {
+          if (forms[i] != nullptr) {
+            handler.messageTable->attachPluralForms(made, std::move(forms[i]));
+          }
+          ++made;
+        }
+      }
+    }
     start = following;
     key = followingKey;
   }

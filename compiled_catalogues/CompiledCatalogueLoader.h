@@ -8,6 +8,7 @@
 #define MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUELOADER_H_
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 #include "message_core/CompiledCatalogueStorage.h"
@@ -17,6 +18,7 @@ namespace msg {
 class MTE;
 class CompiledCatalogueReader;
 class MessageHandler;
+class PluralForms;
 
 // What the entries of a handler's compiled catalogues borrow: for each load,
 // the read-only mapping of the file (their strings) and one block that holds
@@ -61,10 +63,17 @@ class CompiledCatalogueLoader {
  private:
   struct Census;
 
+  // Per entry of `reader`, the variants of an accepted plural one, whose
+  // texts borrow the file's strings; empty if the file has none.
+  using FormsByEntry = std::vector<std::unique_ptr<PluralForms>>;
+  static FormsByEntry makeForms(const CompiledCatalogueReader& reader, const Census& census);
+
   // Makes one entry per accepted text of `reader` in `entries`, counting
-  // them in `constructed`, and links them into `handler`, key by key.
+  // them in `constructed`, and links them into `handler`, key by key,
+  // attaching the variants that `forms` holds for them.
   static void linkByKey(MessageHandler& handler, const CompiledCatalogueReader& reader,
-                        const Census& census, MTE* entries, std::size_t& constructed);
+                        const Census& census, FormsByEntry& forms, MTE* entries,
+                        std::size_t& constructed);
 };
 
 }  // namespace msg

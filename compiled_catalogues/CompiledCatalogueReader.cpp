@@ -36,7 +36,7 @@ bool CompiledCatalogueReader::checkHeader() {
   }
   const std::uint16_t major = readU16(bytes + kMajorOffset);
   const std::uint16_t minor = readU16(bytes + kMinorOffset);
-  if (major != kMajorVersion) {
+  if (major != kMajorVersion && major != kPlainMajorVersion) {
     const std::string version = decimal(major) + "." + decimal(minor);
     return refuse(major > kMajorVersion
                       ? "format version " + version + " is newer than this library reads (" +
@@ -67,11 +67,14 @@ bool CompiledCatalogueReader::checkHeader() {
   const std::uint64_t tableOffset = readU32(bytes + kEntryTableOffset);
   const std::uint64_t stringsOffset = readU32(bytes + kStringBlockOffset);
   stringsSize = readU32(bytes + kStringBlockSizeOffset);
-  if (headerSize < kHeaderSize || headerSize > size) {
+  const bool withVariants = major == kMajorVersion;
+  const std::size_t leastHeader = withVariants ? kVariantHeaderSize : kHeaderSize;
+  const std::size_t leastEntry = withVariants ? kVariantEntrySize : kEntrySize;
+  if (headerSize < leastHeader || headerSize > size) {
     return refuse("the header size " + decimal(headerSize) + " is out of range");
   }
-  if (entrySize < kEntrySize) {
-    return refuse("the entry size " + decimal(entrySize) + " is below " + decimal(kEntrySize));
+  if (entrySize < leastEntry) {
+    return refuse("the entry size " + decimal(entrySize) + " is below " + decimal(leastEntry));
   }
   if (tableOffset < headerSize || tableOffset > size) {
     return refuse("the entry table offset " + decimal(tableOffset) + " is out of range");
@@ -93,10 +96,64 @@ bool CompiledCatalogueReader::checkHeader() {
   }
   table = bytes + tableOffset;
   strings = reinterpret_cast<const char*>(bytes + stringsOffset);
+  if (withVariants) {
+    const std::uint64_t variantsOffset = readU32(bytes + kVariantBlockOffset);
+    variantBlockSize = readU32(bytes + kVariantBlockSizeOffset);
+    if (variantsOffset < stringsOffset + stringsSize || variantsOffset > size ||
+        variantBlockSize > size - variantsOffset) {
+      return refuse("the variant block (offset " + decimal(variantsOffset) + ", " +
+                    decimal(variantBlockSize) +
+                    " bytes) lies outside the file or over the strings");
+    }
+    variantBlock = bytes + variantsOffset;
+  }
+  return true;
+}
+
+// Records follow one another in entry order without overlapping, so the
+// checks of all of them read each byte of the block at most once.
+bool CompiledCatalogueReader::checkVariants(std::uint32_t index, std::uint32_t offset,
+                                            std::uint64_t& nextRecord) {
+  // Made only for a refusal: a valid record costs no string.
+  const auto which = [index] { return "entry " + decimal(index) + "'s plural variants"; };
+  if (offset < nextRecord || offset > variantBlockSize || variantBlockSize - offset < kRecordSize) {
+    return refuse(which() + " (offset " + decimal(offset) +
+                  ") lie outside the variant block or over another entry's");
+  }
+  const unsigned char* record = variantBlock + offset;
+  const std::uint16_t kind = readU16(record + kRecordKind);
+  const std::uint16_t forms = readU16(record + kRecordFormCount);
+  if (kind > static_cast<std::uint16_t>(PluralKind::ordinal)) {
+    return refuse(which() + " have kind " + decimal(kind) + " (0 and 1 exist)");
+  }
+  if (forms == 0 || forms > (variantBlockSize - offset - kRecordSize) / kFormSize) {
+    return refuse(which() + " number " + decimal(forms) +
+                  " forms: none, or more than the variant block holds");
+  }
+  unsigned categories = 0;
+  for (std::uint16_t k = 0; k < forms; ++k) {
+    const unsigned char* form = record + kRecordSize + std::size_t{k} * kFormSize;
+    const std::uint16_t selector = readU16(form + kFormSelector);
+    const bool exact = selector == kExactForm;
+    if (readU32(form + kFormText) >= stringsSize) {
+      return refuse(which() + " point at a string outside the string block");
+    }
+    if (!exact && (selector >= static_cast<std::uint16_t>(PluralCategory::other) ||
+                   (categories & (1u << selector)) != 0)) {
+      return refuse(which() + " have form " + decimal(selector) +
+                    ", which is other, no form at all, or a category given twice");
+    }
+    if (readU16(form + kFormZero) != 0 || (!exact && readU64(form + kFormValue) != 0)) {
+      return refuse(which() + " have bytes that should be zero");
+    }
+    categories |= exact ? 0u : 1u << selector;
+  }
+  nextRecord = std::uint64_t{offset} + kRecordSize + std::uint64_t{forms} * kFormSize;
   return true;
 }
 
 bool CompiledCatalogueReader::checkEntries() {
+  std::uint64_t nextRecord = 0;
   for (std::uint32_t i = 0; i < count; ++i) {
     const unsigned char* entry = table + std::uint64_t{i} * entrySize;
     for (std::size_t field : {kEntryNamespace, kEntryIdentifier, kEntryText}) {
@@ -124,6 +181,12 @@ bool CompiledCatalogueReader::checkEntries() {
     for (std::size_t k = length; k < kLanguageField; ++k) {
       if (tag[k] != 0) {
         return refuse("entry " + decimal(i) + " has bytes behind the end of its language tag");
+      }
+    }
+    if (variantBlock != nullptr) {
+      const std::uint32_t offset = readU32(entry + kEntryVariants);
+      if (offset != kNoVariants && !checkVariants(i, offset, nextRecord)) {
+        return false;
       }
     }
   }

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "compiled_catalogues/CompiledCatalogueFormat.h"
+#include "msg/Plural.h"
 
 namespace msg {
 
@@ -33,6 +34,38 @@ class CompiledCatalogueReader {
     std::uint16_t severity;  // a SeverityLevel
   };
 
+  // One variant of a plural or ordinal entry, read in place.
+  struct Form {
+    bool exact;
+    std::uint64_t value;      // when exact
+    PluralCategory category;  // when not exact; never other
+    const char* text;
+  };
+
+  // The variants of one entry, a view of its record in the file.
+  class Variants {
+   public:
+    PluralKind kind() const {
+      return static_cast<PluralKind>(compiled::readU16(record + compiled::kRecordKind));
+    }
+    unsigned count() const { return compiled::readU32(record + compiled::kRecordCount); }
+    std::uint16_t size() const { return compiled::readU16(record + compiled::kRecordFormCount); }
+    // REQUIRES: index < size().
+    Form form(std::uint16_t index) const {
+      using namespace compiled;
+      const unsigned char* form = record + kRecordSize + std::size_t{index} * kFormSize;
+      const std::uint16_t selector = readU16(form + kFormSelector);
+      return Form{selector == kExactForm, readU64(form + kFormValue),
+                  static_cast<PluralCategory>(selector & 0xff),
+                  strings + readU32(form + kFormText)};
+    }
+
+   private:
+    friend class CompiledCatalogueReader;
+    const unsigned char* record = nullptr;
+    const char* strings = nullptr;
+  };
+
   // Checks the `size` bytes at `bytes`. problem() then says whether they
   // make a catalogue this library reads.
   CompiledCatalogueReader(const unsigned char* bytes, std::size_t size);
@@ -40,6 +73,26 @@ class CompiledCatalogueReader {
   // Empty if the bytes are a catalogue; otherwise the first fault found, as
   // one line of words for people.
   const std::string& problem() const { return fault; }
+
+  // Whether entries may have variants (format 2). A file of format 1 has
+  // none, and its loader need not ask variantsOf() for each entry.
+  bool hasVariants() const { return variantBlock != nullptr; }
+
+  // The variants of entry `index` in `out`; false for a plain text.
+  // REQUIRES: problem() is empty; index < entryCount().
+  bool variantsOf(std::uint32_t index, Variants& out) const {
+    using namespace compiled;
+    if (variantBlock == nullptr) {
+      return false;
+    }
+    const std::uint32_t offset = readU32(table + std::uint64_t{index} * entrySize + kEntryVariants);
+    if (offset == kNoVariants) {
+      return false;
+    }
+    out.record = variantBlock + offset;
+    out.strings = strings;
+    return true;
+  }
 
   // Entries in file order. REQUIRES: problem() is empty; index < entryCount().
   std::uint32_t entryCount() const { return count; }
@@ -55,6 +108,7 @@ class CompiledCatalogueReader {
  private:
   bool checkHeader();
   bool checkEntries();
+  bool checkVariants(std::uint32_t index, std::uint32_t offset, std::uint64_t& nextRecord);
   bool refuse(std::string why);
 
   const unsigned char* bytes;
@@ -65,6 +119,8 @@ class CompiledCatalogueReader {
   const unsigned char* table = nullptr;
   const char* strings = nullptr;
   std::uint32_t stringsSize = 0;
+  const unsigned char* variantBlock = nullptr;  // null in format 1
+  std::uint32_t variantBlockSize = 0;
 };
 
 }  // namespace msg

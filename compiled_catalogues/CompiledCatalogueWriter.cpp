@@ -1,9 +1,11 @@
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -49,11 +51,37 @@ class StringBlock {
   std::unordered_map<std::string, std::uint32_t> offsets;
 };
 
+// Appends the variant record of a text to `block` and returns its offset.
+std::uint32_t appendRecord(PluralKind kind, unsigned count,
+                           const std::vector<CompiledCatalogueWriter::Form>& forms,
+                           std::vector<unsigned char>& block, StringBlock& strings) {
+  const std::size_t offset = block.size();
+  if (offset + kRecordSize + forms.size() * kFormSize > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::length_error("the plural variants exceed the 4 GiB a compiled catalogue holds");
+  }
+  block.resize(offset + kRecordSize + forms.size() * kFormSize, 0);
+  unsigned char* record = block.data() + offset;
+  writeU16(record + kRecordKind, static_cast<std::uint16_t>(kind));
+  writeU16(record + kRecordFormCount, static_cast<std::uint16_t>(forms.size()));
+  writeU32(record + kRecordCount, count);
+  unsigned char* form = record + kRecordSize;
+  for (const CompiledCatalogueWriter::Form& each : forms) {
+    writeU32(form + kFormText, strings.offsetOf(each.text));
+    writeU16(form + kFormSelector,
+             each.exact ? kExactForm : static_cast<std::uint16_t>(each.category));
+    writeU64(form + kFormValue, each.exact ? each.value : 0);
+    form += kFormSize;
+  }
+  return static_cast<std::uint32_t>(offset);
+}
+
 }  // namespace
 
-void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& language,
-                                  const std::string& nameSpace, const std::string& identifier,
-                                  const std::string& text) {
+CompiledCatalogueWriter::Key CompiledCatalogueWriter::keyOf(SeverityLevel severity,
+                                                            const std::string& language,
+                                                            const std::string& nameSpace,
+                                                            const std::string& identifier,
+                                                            const std::string& text) {
   requireNoNul(nameSpace, "namespace");
   requireNoNul(identifier, "identifier");
   requireNoNul(text, "text");
@@ -64,7 +92,41 @@ void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& lan
   if (tag.empty()) {
     throw std::invalid_argument("the language tag \"" + language + "\" names no language");
   }
-  texts[Key(nameSpace, identifier, tag)] = Value{severity, text};
+  return Key(nameSpace, identifier, tag);
+}
+
+void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& language,
+                                  const std::string& nameSpace, const std::string& identifier,
+                                  const std::string& text) {
+  texts[keyOf(severity, language, nameSpace, identifier, text)] =
+      Value{severity, text, PluralKind::cardinal, 0, {}};
+}
+
+void CompiledCatalogueWriter::add(SeverityLevel severity, const std::string& language,
+                                  const std::string& nameSpace, const std::string& identifier,
+                                  const std::string& other, PluralKind kind, unsigned count,
+                                  std::vector<Form> forms) {
+  const Key key = keyOf(severity, language, nameSpace, identifier, other);
+  if (forms.size() > std::numeric_limits<std::uint16_t>::max()) {
+    throw std::invalid_argument("a plural text holds at most 65,535 forms");
+  }
+  // Sorted, so that the bytes do not depend on the order of the forms: the
+  // choice does not either, as an exact value always wins over a category.
+  const auto order = [](const Form& a, const Form& b) {
+    return std::make_tuple(a.exact, a.category, a.value) <
+           std::make_tuple(b.exact, b.category, b.value);
+  };
+  std::sort(forms.begin(), forms.end(), order);
+  for (std::size_t i = 0; i < forms.size(); ++i) {
+    requireNoNul(forms[i].text, "text");
+    if (!forms[i].exact && forms[i].category == PluralCategory::other) {
+      throw std::invalid_argument("the text of a plural's other form is the entry's own text");
+    }
+    if (i > 0 && !order(forms[i - 1], forms[i])) {
+      throw std::invalid_argument("a plural text has the same form twice");
+    }
+  }
+  texts[key] = Value{severity, other, kind, count, std::move(forms)};
 }
 
 void CompiledCatalogueWriter::addAll(CompiledCatalogueWriter&& later) {
@@ -78,7 +140,14 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
   if (texts.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::length_error("a compiled catalogue holds at most 2^32 - 1 texts");
   }
-  std::vector<unsigned char> table(texts.size() * kEntrySize, 0);
+  bool withVariants = false;
+  for (const auto& text : texts) {
+    withVariants = withVariants || !text.second.forms.empty();
+  }
+  const std::size_t headerSize = withVariants ? kVariantHeaderSize : kHeaderSize;
+  const std::size_t entrySize = withVariants ? kVariantEntrySize : kEntrySize;
+  std::vector<unsigned char> table(texts.size() * entrySize, 0);
+  std::vector<unsigned char> variants;
   StringBlock strings;
   unsigned char* entry = table.data();
   for (const auto& [key, value] : texts) {
@@ -88,31 +157,43 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
     writeU32(entry + kEntryText, strings.offsetOf(value.text));
     writeU16(entry + kEntrySeverity, static_cast<std::uint16_t>(value.severity));
     std::memcpy(entry + kEntryLanguage, language.data(), language.size());  // <= 5, zero behind
-    entry += kEntrySize;
+    if (withVariants) {
+      writeU32(entry + kEntryVariants,
+               value.forms.empty()
+                   ? kNoVariants
+                   : appendRecord(value.kind, value.count, value.forms, variants, strings));
+    }
+    entry += entrySize;
   }
 
-  const std::uint64_t tableOffset = kHeaderSize;
+  const std::uint64_t tableOffset = headerSize;
   const std::uint64_t stringsOffset = tableOffset + table.size();
-  const std::uint64_t fileSize = stringsOffset + strings.bytes().size();
-  if (stringsOffset > std::numeric_limits<std::uint32_t>::max()) {
+  const std::uint64_t variantsOffset = stringsOffset + strings.bytes().size();
+  const std::uint64_t fileSize = variantsOffset + variants.size();
+  if (variantsOffset > std::numeric_limits<std::uint32_t>::max()) {
     throw std::length_error("the entry table exceeds the 4 GiB a compiled catalogue holds");
   }
-  std::vector<unsigned char> file(kHeaderSize, 0);
+  std::vector<unsigned char> file(headerSize, 0);
   file.reserve(fileSize);
   std::memcpy(file.data() + kMagicOffset, kMagic, sizeof kMagic);
-  writeU16(file.data() + kMajorOffset, kMajorVersion);
+  writeU16(file.data() + kMajorOffset, withVariants ? kMajorVersion : kPlainMajorVersion);
   writeU16(file.data() + kMinorOffset, kMinorVersion);
   writeU32(file.data() + kByteOrderOffset, kByteOrderMark);
   writeU64(file.data() + kFileSizeOffset, fileSize);
-  writeU32(file.data() + kHeaderSizeOffset, kHeaderSize);
+  writeU32(file.data() + kHeaderSizeOffset, static_cast<std::uint32_t>(headerSize));
   writeU32(file.data() + kEntryCountOffset, static_cast<std::uint32_t>(texts.size()));
-  writeU32(file.data() + kEntrySizeOffset, kEntrySize);
+  writeU32(file.data() + kEntrySizeOffset, static_cast<std::uint32_t>(entrySize));
   writeU32(file.data() + kEntryTableOffset, static_cast<std::uint32_t>(tableOffset));
   writeU32(file.data() + kStringBlockOffset, static_cast<std::uint32_t>(stringsOffset));
   writeU32(file.data() + kStringBlockSizeOffset,
            static_cast<std::uint32_t>(strings.bytes().size()));
+  if (withVariants) {
+    writeU32(file.data() + kVariantBlockOffset, static_cast<std::uint32_t>(variantsOffset));
+    writeU32(file.data() + kVariantBlockSizeOffset, static_cast<std::uint32_t>(variants.size()));
+  }
   file.insert(file.end(), table.begin(), table.end());
   file.insert(file.end(), strings.bytes().begin(), strings.bytes().end());
+  file.insert(file.end(), variants.begin(), variants.end());
   writeU64(file.data() + kChecksumOffset, checksumOf(file.data(), file.size()));
   return file;
 }

@@ -8,11 +8,13 @@
 #define MSG_COMPILED_CATALOGUES_COMPILEDCATALOGUEWRITER_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "msg/Plural.h"
 #include "msg/SeverityLevel.h"
 
 namespace msg {
@@ -28,12 +30,34 @@ namespace msg {
 // most five characters, "de-AT-1996" as "de-AT", "de_AT" as "de". A handler
 // that loads the file therefore sees the languages that loading the
 // documents would have given it.
+//
+// A text may carry plural or ordinal variants beside it (it is then their
+// `other`). A catalogue with variants is written in format 2.0, one without
+// in 1.0, which every reader of compiled catalogues reads.
 class CompiledCatalogueWriter {
  public:
+  // One variant of a plural or ordinal text: the text for an exact value
+  // ("=0") or for a category other than `other`.
+  struct Form {
+    bool exact = false;
+    std::uint64_t value = 0;                          // when exact
+    PluralCategory category = PluralCategory::other;  // when not exact
+    std::string text;
+  };
+
   // Adds one text. Raises std::invalid_argument, adding nothing, if a string
   // holds a NUL byte, the tag packs to nothing, or severity is not a level.
   void add(SeverityLevel severity, const std::string& language, const std::string& nameSpace,
            const std::string& identifier, const std::string& text);
+
+  // Adds one text of a plural or ordinal message, `other` being its text
+  // for every count that `forms` does not take; the count stands in
+  // placeholder `count`. Without forms it is a plain text. Raises
+  // std::invalid_argument, adding nothing, for what add() refuses, a form
+  // of category `other`, the same form twice, or more than 65,535 forms.
+  void add(SeverityLevel severity, const std::string& language, const std::string& nameSpace,
+           const std::string& identifier, const std::string& other, PluralKind kind, unsigned count,
+           std::vector<Form> forms);
 
   // Adds every text of `later` as if each were added after the texts held
   // here, so a text of `later` replaces one of the same key. `later` is left
@@ -59,7 +83,14 @@ class CompiledCatalogueWriter {
   struct Value {
     SeverityLevel severity;
     std::string text;
+    PluralKind kind = PluralKind::cardinal;
+    unsigned count = 0;
+    std::vector<Form> forms;  // empty for a plain text
   };
+  // The key of a text after its checks; raises as add() does.
+  static Key keyOf(SeverityLevel severity, const std::string& language,
+                   const std::string& nameSpace, const std::string& identifier,
+                   const std::string& text);
   std::map<Key, Value> texts;
 };
 

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,7 +44,12 @@ class PluralForms {
   PluralForms& operator=(const PluralForms&) = delete;
 
   // A copy of `text` that lives as long as this object.
-  const char* keep(const std::string& text) { return kept.emplace_back(text).c_str(); }
+  const char* keep(const std::string& text) {
+    if (kept == nullptr) {
+      kept = std::make_unique<std::deque<std::string>>();
+    }
+    return kept->emplace_back(text).c_str();
+  }
 
   // Sets the text of `category`; `other` replaces the entry's text here.
   void setText(PluralCategory category, const char* text) {
@@ -87,7 +93,10 @@ class PluralForms {
   const PluralRules* rules;
   const char* texts[kPluralCategoryCount];
   std::vector<std::pair<std::uint64_t, const char*>> exacts;
-  std::deque<std::string> kept;  // a deque: growing it moves no string
+  // A deque: growing it moves no string. Made on the first keep(), so forms
+  // that borrow all their texts (a compiled catalogue's) allocate nothing
+  // for it.
+  std::unique_ptr<std::deque<std::string>> kept;
 };
 
 }  // namespace msg

@@ -20,11 +20,13 @@
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
 #include "message_core/MessageTable.h"
 #include "message_documents/DocumentCompilation.h"
+#include "message_documents/MessageDocumentReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
+#include "msg/Typed.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/XMLSystem.h"
 
@@ -244,7 +246,7 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesAndLeavesTheTable) {
       {Bytes(good.begin(), good.begin() + 30), "inside the 56-byte header"},
       {Bytes(good.begin(), good.end() - 1), "truncated or extended"},
       {patched([](unsigned char* b) { b[1] = 'X'; }), "magic"},
-      {patched([](unsigned char* b) { writeU16(b + kMajorOffset, 2); }), "newer"},
+      {patched([](unsigned char* b) { writeU16(b + kMajorOffset, 3); }), "newer"},
       {patched([](unsigned char* b) { writeU32(b + kByteOrderOffset, 0x04030201); }), "byte-order"},
       {[&] {
          Bytes b = good;
@@ -276,6 +278,205 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesAndLeavesTheTable) {
   ASSERT_EQ(mkfifo((dir + "/fifo").c_str(), 0600), 0);
   expectRefused(dir + "/fifo", "FIFO");
   expectRefused(dir + "/missing.msgc", "cannot be opened");
+}
+
+const char kPluralMessages[] =
+    "<Message id=\"deleted\" severity=\"warning\">"
+    "<Text xml:lang=\"en\" plural=\"=0\">No files deleted.</Text>"
+    "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file deleted.</Text>"
+    "<Text xml:lang=\"en\">&amp;0 files deleted.</Text>"
+    "<Text xml:lang=\"pl\" plural=\"one\">Usunięto &amp;0 plik.</Text>"
+    "<Text xml:lang=\"pl\" plural=\"few\">Usunięto &amp;0 pliki.</Text>"
+    "<Text xml:lang=\"pl\" plural=\"many\">Usunięto &amp;0 plików.</Text>"
+    "<Text xml:lang=\"pl\">Usunięto &amp;0 pliku.</Text>"
+    "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات (&amp;0)</Text>"
+    "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد (&amp;0)</Text>"
+    "<Text xml:lang=\"ar\" plural=\"two\">ملفان (&amp;0)</Text>"
+    "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>"
+    "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>"
+    "<Text xml:lang=\"ar\">&amp;0 ملف</Text>"
+    "</Message>"
+    "<Message id=\"moved\" count=\"&amp;1\">"
+    "<Text xml:lang=\"en\" plural=\"one\">&amp;0: &amp;1 file moved</Text>"
+    "<Text xml:lang=\"en\">&amp;0: &amp;1 files moved</Text>"
+    "<Text xml:lang=\"pl\">&amp;0: przeniesiono &amp;1</Text>"
+    "</Message>"
+    "<Message id=\"place\">"
+    "<Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>"
+    "<Text xml:lang=\"en\" ordinal=\"two\">&amp;0nd</Text>"
+    "<Text xml:lang=\"en\" ordinal=\"few\">&amp;0rd</Text>"
+    "<Text xml:lang=\"en\">&amp;0th</Text>"
+    "</Message>"
+    "<Message id=\"plain\"><Text xml:lang=\"en\">plain &amp;0</Text></Message>";
+
+TEST_F(CompiledCatalogueTest, PluralAndOrdinalMessagesRenderAsFromTheDocument) {
+  const std::string source = document("plural.xml", kPluralMessages);
+  msg::CompiledCatalogueWriter writer;
+  msg::addMessageDocument(writer, source.c_str());
+  const std::string compiled = dir + "/plural.msgc";
+  writer.writeFile(compiled);
+
+  const msg::LanguageList everything = msg::LanguageList::parse("en,pl,ar");
+  Handler fromDocument(everything);
+  Handler fromCompiled(everything);
+  fromDocument.loadMessageDocument(source.c_str());
+  fromCompiled.loadCompiledCatalogue(compiled.c_str());
+  ASSERT_EQ(fromCompiled.entryCount(), fromDocument.entryCount());
+  const char* const counts[] = {"0", "1", "2", "3", "5", "11", "22", "101", "1.0", "1.5"};
+  for (const char* languages : {"en", "pl,en", "ar,en"}) {
+    fromDocument.setLanguageList(msg::LanguageList::parse(languages));
+    fromCompiled.setLanguageList(msg::LanguageList::parse(languages));
+    for (const char* count : counts) {
+      SCOPED_TRACE(std::string(languages) + " " + count);
+      for (const char* id : {"deleted", "place", "plain"}) {
+        EXPECT_EQ(msg::format(fromCompiled, "app", id, count),
+                  msg::format(fromDocument, "app", id, count))
+            << id;
+      }
+      EXPECT_EQ(msg::format(fromCompiled, "app", "moved", "/srv", count),
+                msg::format(fromDocument, "app", "moved", "/srv", count));
+      EXPECT_EQ(recordOf(fromCompiled, "app", "deleted"), recordOf(fromDocument, "app", "deleted"));
+    }
+  }
+  // The choice is really made: not every count gives `other`.
+  fromCompiled.setLanguageList(msg::LanguageList::parse("pl"));
+  EXPECT_EQ(msg::format(fromCompiled, "app", "deleted", "22"), "Usunięto 22 pliki.");
+  fromCompiled.setLanguageList(msg::LanguageList::parse("en"));
+  EXPECT_EQ(msg::format(fromCompiled, "app", "place", "22"), "22nd");
+  EXPECT_EQ(msg::format(fromCompiled, "app", "deleted", "0"), "No files deleted.");
+}
+
+TEST_F(CompiledCatalogueTest, APluralMessageThatBreaksARuleCompilesNothing) {
+  msg::CompiledCatalogueWriter writer;
+  writer.add(msg::info, "en", "app", "before", "kept");
+  const std::string broken = document(
+      "broken.xml",
+      "<Message id=\"fine\"><Text>fine</Text></Message>"
+      "<Message id=\"deleted\"><Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text></Message>");
+  try {
+    msg::addMessageDocument(writer, broken.c_str());
+    ADD_FAILURE() << "a language without other was compiled";
+  } catch (const msg::DocumentRefused& refused) {
+    ASSERT_FALSE(refused.problems.empty());
+    EXPECT_NE(refused.problems[0].message.find("no other text"), std::string::npos)
+        << refused.problems[0].message;
+  }
+  EXPECT_EQ(writer.size(), 1u);
+}
+
+// A file that today's library reads as before: written by the writer of the
+// first format, before compiled catalogues held variants.
+TEST_F(CompiledCatalogueTest, ReadsAndStillWritesTheFirstFormat) {
+  const std::string old = MSG_TEST_DATA_DIR "/compiled/format-1.0.msgc";
+  Handler handler(msg::LanguageList::parse("de-AT,de,en"));
+  handler.loadCompiledCatalogue(old.c_str());
+  EXPECT_EQ(handler.entryCount(), 5u);
+  EXPECT_EQ(recordOf(handler, "app", "greeting"), "Servus, &0!|0|de-AT");
+  EXPECT_EQ(recordOf(handler, "app", "deleted"), "&0 files deleted.|1|en");
+  EXPECT_EQ(msg::format(handler, "other", "failed", "a.txt", "gone"), "Cannot open a.txt: gone");
+
+  // A catalogue without variants is still written in the first format, so
+  // libraries that know only it keep reading it.
+  msg::CompiledCatalogueWriter writer;
+  writer.add(msg::info, "en", "app", "greeting", "Hello, &0!");
+  writer.add(msg::info, "de", "app", "greeting", "Hallo, &0!");
+  writer.add(msg::info, "de-AT", "app", "greeting", "Servus, &0!");
+  writer.add(msg::warning, "en", "app", "deleted", "&0 files deleted.");
+  writer.add(msg::error, "en", "other", "failed", "Cannot open &0: &1");
+  std::ifstream in(old, std::ios::binary);
+  const Bytes expected((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(writer.bytes(), expected);
+}
+
+TEST_F(CompiledCatalogueTest, TheWriterRefusesFormsItCannotHoldAndKeepsItsTexts) {
+  msg::CompiledCatalogueWriter writer;
+  writer.add(msg::info, "en", "app", "k", "kept");
+  const Bytes before = writer.bytes();
+  using Form = msg::CompiledCatalogueWriter::Form;
+  const Form one{false, 0, msg::PluralCategory::one, "one"};
+  const std::vector<Form> bad[] = {
+      {Form{false, 0, msg::PluralCategory::other, "other twice"}},
+      {one, one},
+      {Form{true, 3, msg::PluralCategory::other, "three"}, one,
+       Form{true, 3, msg::PluralCategory::other, "three again"}},
+      {Form{false, 0, msg::PluralCategory::few, std::string("nul\0", 4)}},
+  };
+  for (const std::vector<Form>& forms : bad) {
+    EXPECT_THROW(
+        writer.add(msg::info, "en", "app", "k", "other", msg::PluralKind::cardinal, 0, forms),
+        std::invalid_argument);
+  }
+  EXPECT_EQ(writer.bytes(), before);
+
+  // The order of the forms does not change the bytes.
+  const Form zero{true, 0, msg::PluralCategory::other, "none"};
+  msg::CompiledCatalogueWriter first;
+  msg::CompiledCatalogueWriter second;
+  first.add(msg::info, "en", "app", "k", "&0 files", msg::PluralKind::cardinal, 0, {one, zero});
+  second.add(msg::info, "en", "app", "k", "&0 files", msg::PluralKind::cardinal, 0, {zero, one});
+  EXPECT_EQ(first.bytes(), second.bytes());
+}
+
+TEST_F(CompiledCatalogueTest, RefusesADamagedVariantBlockAndLeavesTheTable) {
+  using Form = msg::CompiledCatalogueWriter::Form;
+  msg::CompiledCatalogueWriter writer;
+  writer.add(msg::info, "en", "app", "a", "&0 files", msg::PluralKind::cardinal, 0,
+             {Form{false, 0, msg::PluralCategory::one, "&0 file"},
+              Form{true, 0, msg::PluralCategory::other, "no file"}});
+  writer.add(msg::info, "en", "app", "b", "plain");
+  writer.add(msg::info, "en", "app", "c", "&0th", msg::PluralKind::ordinal, 0,
+             {Form{false, 0, msg::PluralCategory::two, "&0nd"}});
+  const Bytes good = writer.bytes();
+  using namespace msg::compiled;
+  ASSERT_EQ(readU16(good.data() + kMajorOffset), kMajorVersion);
+  const std::uint32_t block = readU32(good.data() + kVariantBlockOffset);
+  const std::uint32_t blockSize = readU32(good.data() + kVariantBlockSizeOffset);
+  const std::size_t entryA = kVariantHeaderSize;
+  const std::size_t entryC = kVariantHeaderSize + 2 * kVariantEntrySize;
+  const std::size_t firstForm = block + kRecordSize;  // "a"'s forms: one, then =0
+  const auto patched = [&](const std::function<void(unsigned char*)>& damage) {
+    Bytes bytes = good;
+    damage(bytes.data());
+    writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
+    return scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end()));
+  };
+  const struct {
+    std::function<void(unsigned char*)> damage;
+    const char* why;
+  } cases[] = {
+      {[&](unsigned char* b) { writeU32(b + kVariantBlockSizeOffset, blockSize + 1); },
+       "variant block"},
+      {[&](unsigned char* b) { writeU32(b + kVariantBlockOffset, block - 1); }, "variant block"},
+      {[&](unsigned char* b) { writeU32(b + kEntrySizeOffset, kEntrySize); }, "entry size"},
+      {[&](unsigned char* b) { writeU32(b + kHeaderSizeOffset, kHeaderSize); }, "header size"},
+      {[&](unsigned char* b) { writeU32(b + entryA + kEntryVariants, blockSize - 4); },
+       "outside the variant block"},
+      {[&](unsigned char* b) { writeU32(b + entryC + kEntryVariants, 0); }, "over another"},
+      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 40); }, "40 forms"},
+      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 0); }, "0 forms"},
+      {[&](unsigned char* b) { writeU16(b + block + kRecordKind, 2); }, "kind 2"},
+      {[&](unsigned char* b) { writeU16(b + firstForm + kFormSelector, 5); }, "form 5"},
+      {[&](unsigned char* b) {
+         writeU16(b + firstForm + kFormSize + kFormSelector, 1);
+         writeU64(b + firstForm + kFormSize + kFormValue, 0);
+       },
+       "form 1"},
+      {[&](unsigned char* b) { writeU32(b + firstForm + kFormText, 0x7fffffff); },
+       "outside the string block"},
+      {[&](unsigned char* b) { writeU16(b + firstForm + kFormZero, 1); }, "should be zero"},
+      {[&](unsigned char* b) { writeU64(b + firstForm + kFormValue, 7); }, "should be zero"},
+  };
+  for (const auto& damaged : cases) {
+    SCOPED_TRACE(damaged.why);
+    expectRefused(patched(damaged.damage), damaged.why);
+  }
+  // Cut inside the variant block, with the size in the header made to match.
+  for (std::size_t cut = 1; cut <= blockSize; ++cut) {
+    Bytes bytes(good.begin(), good.end() - static_cast<long>(cut));
+    writeU64(bytes.data() + kFileSizeOffset, bytes.size());
+    writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
+    expectRefused(scratch.write("cut.msgc", std::string(bytes.begin(), bytes.end())), "variant");
+  }
 }
 
 // In the whole library, loading into the plain process-wide handler neither

@@ -176,6 +176,7 @@ class MSG_EXPORT MessageHandler {
 
  private:
   friend class MTE;
+  friend class PluralMTE;  // attaches the variants of the entry it links
   friend class CompiledCatalogueLoader;
 
   // Links `entry` into the table, growing the table first if its chains

@@ -15,6 +15,7 @@
 #include "msg/MessageHandler.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/Plural.h"
+#include "msg/PluralMTE.h"
 #include "msg/SeverityLevel.h"
 #include "msg/SyslogMessageChannel.h"
 #include "msg/Typed.h"

@@ -16,6 +16,8 @@
 #include "Subcommand.h"
 #include "ToolError.h"
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
+#include "message_documents/DocumentCompilation.h"
+#include "message_documents/MessageDocumentReader.h"
 
 namespace msgtool {
 
@@ -50,12 +52,23 @@ int runCompile(const CompileOptions& options) {
                  "anyway.\n";
     return kExitFindings;
   }
-  // In reading order, so that a later text of a key replaces an earlier
-  // one, as the loader does.
+  // Each document read again with the loader's own rules, in the order
+  // given, so that a later text of a key replaces an earlier one and plural
+  // messages keep their variants exactly as a load would register them.
   msg::CompiledCatalogueWriter writer;
-  for (const CatalogueEntry& entry : catalogue.entries()) {
-    writer.add(entry.severity, entry.effectiveLanguage, entry.effectiveNamespace,
-               entry.effectiveIdentifier, entry.text);
+  try {
+    XmlSession session;
+    for (const std::string& file : options.files) {
+      msg::addMessageDocument(writer, file.c_str());
+    }
+  } catch (const msg::DocumentRefused& refused) {
+    for (const msg::DocumentProblem& problem : refused.problems) {
+      std::cerr << describePlace(SourcePlace{problem.file, problem.line, problem.column})
+                << ": error: " << problem.message << '\n';
+    }
+    throw ToolError("a document could not be compiled; `msgtool check` tells more");
+  } catch (const std::invalid_argument& error) {
+    throw ToolError(error.what());
   }
   try {
     writer.writeFile(options.output);
