@@ -35,19 +35,30 @@ void readDouble(double magnitude, Digits& digits) {
       digits.digit[digits.count++] = *at;
     }
   }
+  // Read by hand, as are the integers below: the templates of <charconv>
+  // for integers carry static digit tables that libmsg.so would export.
+  const bool negativeExponent = at + 1 < end.ptr && at[1] == '-';
   int exponent = 0;
-  std::from_chars(at + 1 + (at[1] == '+' ? 1 : 0), end.ptr, exponent);
-  digits.point = exponent + 1;
+  for (const char* e = at + 2; e < end.ptr; ++e) {
+    exponent = exponent * 10 + (*e - '0');
+  }
+  digits.point = (negativeExponent ? -exponent : exponent) + 1;
 }
 
 void readInteger(std::uint64_t magnitude, Digits& digits) {
   if (magnitude == 0) {
     return;
   }
-  const std::to_chars_result end =
-      std::to_chars(digits.digit, digits.digit + sizeof digits.digit, magnitude);
-  digits.count = static_cast<int>(end.ptr - digits.digit);
-  digits.point = digits.count;
+  char reversed[20];
+  int length = 0;
+  for (; magnitude != 0; magnitude /= 10) {
+    reversed[length++] = static_cast<char>('0' + magnitude % 10);
+  }
+  for (int k = 0; k < length; ++k) {
+    digits.digit[k] = reversed[length - 1 - k];
+  }
+  digits.count = length;
+  digits.point = length;
   while (digits.digit[digits.count - 1] == '0') {
     --digits.count;
   }
@@ -169,8 +180,13 @@ void formatNumber(const NumberSymbols& symbols, const NumberArgument& argument, 
   Digits digits;
   if (argument.integral) {
     readInteger(argument.magnitude, digits);
+  } else if (const double magnitude = std::fabs(argument.value);
+             magnitude < 0x1p53 && magnitude == std::floor(magnitude)) {
+    // A whole number below 2^53 is exact: its digits are the shortest ones,
+    // and reading them as an integer is quicker.
+    readInteger(static_cast<std::uint64_t>(magnitude), digits);
   } else {
-    readDouble(std::fabs(argument.value), digits);
+    readDouble(magnitude, digits);
   }
   round(digits, argument.decimals < 0 ? 3 : argument.decimals);
   if (negative) {

@@ -8,8 +8,10 @@
 #include <unicode/locid.h>
 #include <unicode/numberformatter.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <string>
