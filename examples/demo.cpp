@@ -5,11 +5,11 @@
 // It loads DIR/demo.xml (which includes demo-reports.xml) with the language
 // list given on the command line (default: en de de-AT), then shows the
 // same messages under several language lists, arguments of every type, a
-// plural message in English, Polish and Arabic (from demo-plurals.xml), a
-// formatting channel that wraps, the severity threshold, an unknown key, the
-// catalogue text of an exception, and a broken document being rejected.
-// Last, it loads the same catalogue from its compiled form (made at build
-// time by msgtool compile) and prints both load times.
+// plural message in English, Polish and Arabic (from demo-plurals.xml),
+// numbers as German and French write them, a formatting channel that wraps, the severity threshold,
+// an unknown key, the catalogue text of an exception, and a broken document being rejected. Last,
+// it loads the same catalogue from its compiled form (made at build time by msgtool compile) and
+// prints both load times.
 //
 // Headings and explanations are plain lines; every message comes out of the
 // handler's formatting channel, indented and with its key in brackets.
@@ -173,6 +173,27 @@ void showPlurals(const std::string& path) {
   }
 }
 
+// Entries made in code, in a handler of their own, so that each language
+// list below finds exactly one text. The handler's table owns them.
+void showNumbers() {
+  heading("Numbers as German and French write them");
+  std::cout << "msg::number and msg::percent are written as the language of the chosen\n"
+               "text writes numbers: German groups with \".\" and French with a narrow\n"
+               "no-break space, each with its decimal comma. A plain double keeps its C\n"
+               "form in every language.\n";
+  msg::MessageHandler numbers;
+  numbers.setMessageChannel(new ConsoleChannel(), true);
+  new msg::MTE(msg::info, "de", "demo", "usage",
+               "&0 Bytes belegt, &1 des Speichers (als double: &2).", &numbers, false, true);
+  new msg::MTE(msg::info, "fr", "demo", "usage",
+               "&0 octets occupés, &1 de la mémoire (en double : &2).", &numbers, false, true);
+  for (const char* language : {"de", "fr"}) {
+    numbers.setLanguageList(msg::LanguageList::parse(language));
+    msg::write(numbers, "demo", "usage", msg::number(1234567.891), msg::percent(87.5, 1),
+               1234567.891);
+  }
+}
+
 void showWrapping(msg::MessageHandler& handler) {
   heading("A formatting channel that wraps");
   std::cout << "Every message here went through a FormattingMessageChannel with the\n"
@@ -301,6 +322,7 @@ int main(int argc, char** argv) {
   showLanguageLists(handler, languages);
   showArguments(handler);
   showPlurals(options.documents + "/demo-plurals.xml");
+  showNumbers();
   showWrapping(handler);
   showThreshold(handler);
   showUnknownKey(handler);

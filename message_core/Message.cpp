@@ -267,6 +267,10 @@ void Message::growBuffers(std::size_t room) {
 }
 
 bool Message::substitute(unsigned int number, const char* value) {
+  return substituteValue(number, value, value);
+}
+
+bool Message::substituteValue(unsigned int number, const char* value, const char* countText) {
   if (value == nullptr) {
     return false;
   }
@@ -274,13 +278,14 @@ bool Message::substitute(unsigned int number, const char* value) {
   std::string ownValue;
   if (pointsInto(value, resultBuffer, 2 * std::size_t{bufferSize})) {
     ownValue = value;
+    countText = countText == value ? ownValue.c_str() : countText;
     value = ownValue.c_str();
   }
   // The count, filled into a record that holds nothing filled in yet,
   // chooses the variant.
   if (forms != nullptr && number == forms->countPlaceholder() &&
       (resultBuffer == nullptr || resultBuffer[0] == '\0')) {
-    const char* chosen = forms->choose(value);
+    const char* chosen = forms->choose(countText);
     if (chosen != text) {
       useText(chosen);
     }

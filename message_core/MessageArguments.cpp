@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <memory>
 
+#include "message_core/NumberFormat.h"
 #include "msg/MessageHandler.h"
+#include "msg/Number.h"
 
 namespace msg {
 namespace {
@@ -41,6 +43,13 @@ bool Message::substitute(unsigned int number, double value, int precision) {
     }
   }
   return substitute(number, static_cast<const char*>(formatted));
+}
+
+bool Message::substitute(unsigned int number, const NumberArgument& value) {
+  // The record's language is that of the text the table chose for it.
+  NumberText written;
+  formatNumber(numberSymbolsFor(language), value, written);
+  return substituteValue(number, written.shown, written.plain);
 }
 
 bool Message::substitute(unsigned int number, bool value, BoolOption option) {

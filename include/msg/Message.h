@@ -15,6 +15,7 @@ namespace msg {
 
 class MessageHandler;
 class PluralForms;
+struct NumberArgument;
 
 // A record of one message: its key (namespace, identifier), severity,
 // language, the catalogue text with its placeholders, and the text as far as
@@ -149,6 +150,12 @@ class MSG_EXPORT Message {
   // none, a built-in English or German word by this record's language.
   bool substitute(unsigned int number, bool value, BoolOption option);
 
+  // The number as the record's language writes it (see msg/Number.h): the
+  // language of the text chosen for the message, not that of the handler.
+  // As the count of a plural record it chooses the variant by its digits as
+  // shown, so French 1,5 is "one" and English 1.0 "other".
+  bool substitute(unsigned int number, const NumberArgument& value);
+
   // Capacity in bytes of each working buffer; 0 when there are none.
   unsigned int getBufferSize() const { return bufferSize; }
 
@@ -167,6 +174,10 @@ class MSG_EXPORT Message {
 
   // Makes `chosen` the text and empties the working text, as clear() does.
   void useText(const char* chosen);
+
+  // substitute(number, value), with the variant of a plural record chosen
+  // by `countText` ("[-]digits[.digits]") instead of by `value`.
+  bool substituteValue(unsigned int number, const char* value, const char* countText);
 
   // Finds the leftmost placeholder `number` in workBuffer; on success `first`
   // is the index of its "&" and `last` that of its last digit.

@@ -14,6 +14,7 @@
 
 #include "msg/Message.h"
 #include "msg/MessageHandler.h"
+#include "msg/Number.h"
 
 namespace msg {
 
@@ -36,7 +37,7 @@ struct Key {
 // and the one numbered `CountPlaceholder` holds the count that chooses the
 // variant (see docs/message-documents.md). write() and format() with it take
 // exactly that many arguments, and the count must be a number: an integer,
-// a float or double, or msg::fixed(); a string, bool or character there
+// a float or double, msg::fixed() or msg::number(); a string, bool or character there
 // does not compile. `msgtool header` generates keys like
 //
 //   inline constexpr ::msg::PluralKey<2, 0> deleted{"app", "deleted"};
@@ -103,6 +104,8 @@ bool substituteArgument(Message& message, unsigned int number, const T& argument
     return message.substitute(number, argument.value, argument.words);
   } else if constexpr (std::is_same_v<Argument, FixedArgument>) {
     return message.substitute(number, argument.value, argument.decimals);
+  } else if constexpr (std::is_same_v<Argument, NumberArgument>) {
+    return message.substitute(number, argument);
   } else if constexpr (std::is_floating_point_v<Argument>) {
     return message.substitute(number, static_cast<double>(argument), 6);
   } else if constexpr (isCharacter<Argument>) {
@@ -131,7 +134,8 @@ bool substituteArgument(Message& message, unsigned int number, const T& argument
   } else {
     static_assert(alwaysFalse<Argument>,
                   "msg: unsupported message argument type; pass an integer, a float or double "
-                  "(or msg::fixed(value, decimals)), a bool (or msg::yesNo/msg::trueFalse), "
+                  "(or msg::fixed(value, decimals), msg::number(value), msg::percent(value)), a "
+                  "bool (or msg::yesNo/msg::trueFalse), "
                   "a const char*, std::string or std::string_view");
     return false;
   }
@@ -179,9 +183,11 @@ void fillFound([[maybe_unused]] Message& message, [[maybe_unused]] const char* n
 
 // Whether an argument of type T is a number that can be a plural count:
 // an integer or floating-point type other than bool and the character
-// types, or msg::fixed(). Strings, booleans and characters are not.
+// types, msg::fixed(), msg::number() or msg::percent(). Strings, booleans
+// and characters are not.
 template <typename T>
 inline constexpr bool isCountArgument = std::is_same_v<std::decay_t<T>, FixedArgument> ||
+                                        std::is_same_v<std::decay_t<T>, NumberArgument> ||
                                         (std::is_arithmetic_v<std::decay_t<T>> &&
                                          !std::is_same_v<std::decay_t<T>, bool> &&
                                          !isCharacter<std::decay_t<T>>);
@@ -210,9 +216,10 @@ void fill(Message& message, const Args&... arguments) {
 // through handler.writeMessage(), so the threshold and channels apply.
 //
 // Arguments: integers (as "%d" gives them), float and double (6 decimals, or
-// msg::fixed(value, decimals)), bool ("true"/"false", or msg::yesNo(value)),
-// const char*, std::string and std::string_view. A null const char* leaves
-// its placeholder as it is. Anything else does not compile.
+// msg::fixed(value, decimals)), msg::number() and msg::percent() (as the
+// language of the message's text writes numbers, see msg/Number.h), bool ("true"/"false", or
+// msg::yesNo(value)), const char*, std::string and std::string_view. A null const char* leaves its
+// placeholder as it is. Anything else does not compile.
 //
 // A key that is not found is no failure: the library's not-found message
 // ("System error: Message with key app:diskfull not found.") is written
@@ -283,7 +290,7 @@ void write(Handler&& handler, const PluralKey<Placeholders, Count>& key, const A
                 "msg::write: the number of arguments differs from the key's placeholders");
   static_assert(typed_detail::isCountArgument<std::tuple_element_t<Count, std::tuple<Args...>>>,
                 "msg: the count of a plural key must be a number (an integer, a float or "
-                "double, or msg::fixed(value, decimals))");
+                "double, msg::fixed(value, decimals) or msg::number(value))");
   ::msg::write(handler, key.nameSpace, key.identifier, arguments...);
 }
 
@@ -294,7 +301,7 @@ std::string format(Handler&& handler, const PluralKey<Placeholders, Count>& key,
                 "msg::format: the number of arguments differs from the key's placeholders");
   static_assert(typed_detail::isCountArgument<std::tuple_element_t<Count, std::tuple<Args...>>>,
                 "msg: the count of a plural key must be a number (an integer, a float or "
-                "double, or msg::fixed(value, decimals))");
+                "double, msg::fixed(value, decimals) or msg::number(value))");
   return ::msg::format(handler, key.nameSpace, key.identifier, arguments...);
 }
 

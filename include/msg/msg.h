@@ -14,6 +14,7 @@
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
 #include "msg/MessageHandlerX.h"
+#include "msg/Number.h"
 #include "msg/Plural.h"
 #include "msg/PluralMTE.h"
 #include "msg/SeverityLevel.h"

@@ -1,0 +1,271 @@
+// msg::number() and msg::percent(): the text equals ICU's
+// LocalizedNumberFormatter for every language of the table and a range of
+// values; the language is that of the text chosen for the message; a plural
+// count given as a number chooses its form by the digits shown; plain
+// numbers keep their C form.
+
+#include <gtest/gtest.h>
+#include <unicode/locid.h>
+#include <unicode/numberformatter.h>
+
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "message_core/MessageTable.h"
+#include "message_core/PluralForms.h"
+#include "msg/LanguageList.h"
+#include "msg/MTE.h"
+#include "msg/Message.h"
+#include "msg/MessageHandler.h"
+#include "msg/Number.h"
+#include "msg/Typed.h"
+
+namespace msg {
+namespace {
+
+std::string shown(const char* tag, const NumberArgument& argument) {
+  Message message("t", "t", info, Language(tag), "&0");
+  EXPECT_TRUE(message.substitute(0, argument));
+  return message.getMessage();
+}
+
+// The tags a msg language can hold that ICU has data for: a two-letter
+// language, optionally with a two-letter region, as the symbol table is made.
+std::vector<icu::Locale> tableLocales() {
+  std::vector<icu::Locale> locales;
+  int32_t count = 0;
+  const icu::Locale* available = icu::Locale::getAvailableLocales(count);
+  for (int32_t k = 0; k < count; ++k) {
+    const icu::Locale& locale = available[k];
+    const std::string region = locale.getCountry();
+    if (std::string(locale.getLanguage()).size() == 2 && locale.getScript()[0] == '\0' &&
+        locale.getVariant()[0] == '\0' && (region.empty() || region.size() == 2) &&
+        (region.empty() || std::isupper(static_cast<unsigned char>(region[0])))) {
+      locales.push_back(locale);
+    }
+  }
+  return locales;
+}
+
+std::string tagOf(const icu::Locale& locale) {
+  std::string tag = locale.getLanguage();
+  if (locale.getCountry()[0] != '\0') {
+    tag += std::string("-") + locale.getCountry();
+  }
+  return tag;
+}
+
+struct Style {
+  const char16_t* skeleton;
+  NumberArgument (*make)(double);
+  NumberArgument (*makeInteger)(std::int64_t);
+};
+
+const Style kStyles[] = {
+    {u".###", [](double v) { return number(v); }, [](std::int64_t v) { return number(v); }},
+    {u"precision-integer", [](double v) { return number(v, 0); },
+     [](std::int64_t v) { return number(v, 0); }},
+    {u".00", [](double v) { return number(v, 2); }, [](std::int64_t v) { return number(v, 2); }},
+    {u".0000000000000000", [](double v) { return number(v, 16); },
+     [](std::int64_t v) { return number(v, 16); }},
+    {u"percent .###", [](double v) { return percent(v); },
+     [](std::int64_t v) { return percent(v); }},
+    {u"percent .0", [](double v) { return percent(v, 1); },
+     [](std::int64_t v) { return percent(v, 1); }},
+};
+
+const double kDoubles[] = {0.0,
+                           1.0,
+                           -1.0,
+                           0.5,
+                           1234.5,
+                           -1234.5,
+                           1e6,
+                           12345678.9,
+                           1000.0,
+                           10000.0,
+                           123456.0,
+                           0.125,  // ties round to even
+                           0.375,
+                           2.5,
+                           1.005,  // shortest digits 1.005, though the double is below
+                           999.9995,
+                           9.99999,
+                           0.0005,
+                           0.0015,
+                           0.1 + 0.2,
+                           -0.0004,  // rounds to a negative zero
+                           -0.0,
+                           1e21,
+                           123456789012345678.0,
+                           1e300,
+                           std::numeric_limits<double>::max(),
+                           std::numeric_limits<double>::lowest(),
+                           1e-300,
+                           std::numeric_limits<double>::min(),
+                           std::numeric_limits<double>::denorm_min(),
+                           std::numeric_limits<double>::infinity(),
+                           -std::numeric_limits<double>::infinity(),
+                           std::numeric_limits<double>::quiet_NaN(),
+                           -std::numeric_limits<double>::quiet_NaN()};
+
+const std::int64_t kIntegers[] = {0,
+                                  1,
+                                  -1,
+                                  7,
+                                  1234,
+                                  -12345,
+                                  1234567890,
+                                  std::numeric_limits<std::int64_t>::max(),
+                                  std::numeric_limits<std::int64_t>::min()};
+
+TEST(NumberFormatTest, EqualsIcuForEveryLanguageStyleAndValue) {
+  const std::vector<icu::Locale> locales = tableLocales();
+  ASSERT_GT(locales.size(), 150u) << "ICU lists too few locales for a proof";
+  int compared = 0;
+  std::vector<std::string> differences;
+  for (const icu::Locale& locale : locales) {
+    const std::string tag = tagOf(locale);
+    for (const Style& style : kStyles) {
+      UErrorCode status = U_ZERO_ERROR;
+      const icu::number::LocalizedNumberFormatter icu =
+          icu::number::NumberFormatter::forSkeleton(style.skeleton, status).locale(locale);
+      ASSERT_TRUE(U_SUCCESS(status)) << u_errorName(status);
+      const auto check = [&](const icu::number::FormattedNumber& formatted,
+                             const NumberArgument& argument, const std::string& value) {
+        std::string expected;
+        formatted.toString(status).toUTF8String(expected);
+        ASSERT_TRUE(U_SUCCESS(status)) << u_errorName(status);
+        const std::string got = shown(tag.c_str(), argument);
+        ++compared;
+        if (got != expected && differences.size() < 20) {
+          std::string skeleton;
+          icu::UnicodeString(style.skeleton).toUTF8String(skeleton);
+          differences.push_back(tag + " " + skeleton + " " + value + ": msg \"" + got +
+                                "\", ICU \"" + expected + "\"");
+        }
+      };
+      for (const double value : kDoubles) {
+        check(icu.formatDouble(value, status), style.make(value), std::to_string(value));
+      }
+      for (const std::int64_t value : kIntegers) {
+        check(icu.formatInt(value, status), style.makeInteger(value), std::to_string(value));
+      }
+    }
+  }
+  EXPECT_EQ(compared, static_cast<int>(locales.size() * std::size(kStyles) *
+                                       (std::size(kDoubles) + std::size(kIntegers))));
+  for (const std::string& difference : differences) {
+    ADD_FAILURE() << difference;
+  }
+}
+
+TEST(NumberFormatTest, WideIntegersKeepEveryDigit) {
+  EXPECT_EQ(shown("en", number(std::numeric_limits<std::uint64_t>::max())),
+            "18,446,744,073,709,551,615");
+  EXPECT_EQ(shown("de", number(std::numeric_limits<std::int64_t>::min())),
+            "-9.223.372.036.854.775.808");
+  EXPECT_EQ(shown("hi", number(std::int16_t{-32768})), "-32,768");
+  EXPECT_EQ(shown("hi", number(1234567u)), "12,34,567");
+}
+
+TEST(NumberFormatTest, RegionsFallBackToTheirLanguageAndUnknownLanguagesToTheRoot) {
+  EXPECT_EQ(shown("de-CH", number(1234.5)), "1\u2019234.5");  // a row of its own
+  EXPECT_EQ(shown("de-DE", number(1234.5)), "1.234,5");       // no row: de
+  EXPECT_EQ(shown("xx", number(-1234.5)), "-1,234.5");        // the root
+  EXPECT_EQ(shown("xx-YY", percent(12.5)), "12.5%");
+}
+
+// A handler with entries made in code, the way a program's built-in
+// catalogue is. The handler's table owns the entries.
+class CodeHandler : public MessageHandler {
+ public:
+  void add(const char* language, const char* identifier, const char* text) {
+    last = new MTE(info, language, "app", identifier, text, this, false, true);
+  }
+  void addPlural(const char* language, const char* identifier, const char* other,
+                 std::initializer_list<std::pair<PluralCategory, const char*>> forms) {
+    add(language, identifier, other);
+    auto plural =
+        std::make_unique<PluralForms>(PluralKind::cardinal, 0, Language(language), last->getText());
+    for (const auto& form : forms) {
+      plural->setText(form.first, plural->keep(form.second));
+    }
+    messageTableOf(*this)->attachPluralForms(last, std::move(plural));
+  }
+
+ private:
+  const MTE* last = nullptr;
+};
+
+TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenText) {
+  CodeHandler handler;
+  handler.add("de-AT", "size", "Größe: &0 (&1)");
+  handler.add("en", "size", "Size: &0 (&1)");
+  handler.setLanguageList(LanguageList::parse("fr, de-AT, en"));
+  // No French text: the de-AT text is chosen, and its numbers are de-AT's,
+  // not those of French, the first language asked for.
+  EXPECT_EQ(format(handler, "app", "size", number(1234.5), percent(50)),
+            "Größe: 1\u00a0234,5 (50\u00a0%)");
+  handler.setLanguageList(LanguageList::parse("en"));
+  EXPECT_EQ(format(handler, "app", "size", number(1234.5), percent(50)), "Size: 1,234.5 (50%)");
+}
+
+TEST(NumberFormatTest, PlainNumbersKeepTheirCForm) {
+  CodeHandler handler;
+  handler.add("de", "n", "&0 &1 &2 &3");
+  handler.setLanguageList(LanguageList::parse("de"));
+  EXPECT_EQ(format(handler, "app", "n", 1234567, 1234.5, fixed(1234.5, 2), number(1234.5)),
+            "1234567 1234.500000 1234.50 1.234,5");
+}
+
+TEST(NumberFormatTest, APluralCountChoosesItsFormByTheDigitsShown) {
+  CodeHandler handler;
+  handler.addPlural("fr", "files", "&0 fichiers", {{PluralCategory::one, "&0 fichier"}});
+  handler.addPlural("en", "files", "&0 files", {{PluralCategory::one, "&0 file"}});
+  handler.addPlural("ar", "files", "&0 ملف",
+                    {{PluralCategory::two, "ملفان (&0)"}, {PluralCategory::few, "&0 ملفات"}});
+  const PluralKey<1, 0> files{"app", "files"};
+
+  handler.setLanguageList(LanguageList::parse("fr"));
+  EXPECT_EQ(format(handler, files, number(1.5)), "1,5 fichier");
+  EXPECT_EQ(format(handler, files, number(1.9999)), "2 fichiers");  // rounded to 2 as shown
+  EXPECT_EQ(format(handler, files, number(0.0004)), "0 fichier");
+
+  handler.setLanguageList(LanguageList::parse("en"));
+  EXPECT_EQ(format(handler, files, number(1)), "1 file");
+  EXPECT_EQ(format(handler, files, number(1, 1)), "1.0 files");
+  EXPECT_EQ(format(handler, files, number(1.0004)), "1 file");
+  EXPECT_EQ(format(handler, files, number(-1)), "-1 file");
+  // No digits to read: `other`.
+  EXPECT_EQ(format(handler, files, number(std::nan(""))), "NaN files");
+  EXPECT_EQ(format(handler, files, number(-HUGE_VAL)), "-\u221e files");
+
+  // Arabic-Indic digits are shown; the rule reads the number itself.
+  handler.setLanguageList(LanguageList::parse("ar"));
+  EXPECT_EQ(format(handler, files, number(2)), "ملفان (\u0662)");
+  EXPECT_EQ(format(handler, files, number(1003)), "\u0661\u066c\u0660\u0660\u0663 ملفات");
+}
+
+TEST(NumberFormatTest, NotANumberAndInfinityAreWrittenAsTheLanguageWritesThem) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double infinity = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(shown("de", number(nan)), "NaN");
+  EXPECT_EQ(shown("ar", number(nan)), "\u0644\u064a\u0633\u00a0\u0631\u0642\u0645");
+  EXPECT_EQ(shown("tr", percent(-infinity)), "-%\u221e");
+  // The rest of the message is filled in as usual.
+  Message message("t", "t", info, Language("fr"), "&0 / &1 / &2");
+  EXPECT_TRUE(message.substitute(0, number(infinity)));
+  EXPECT_TRUE(message.substitute(1, number(nan, 2)));
+  EXPECT_TRUE(message.substitute(2, number(0.5, 2)));
+  EXPECT_STREQ(message.getMessage(), "\u221e / NaN / 0,50");
+}
+
+}  // namespace
+}  // namespace msg
