@@ -78,6 +78,7 @@ void addMessageDocument(CompiledCatalogueWriter& writer, const char* path) {
   finishMessage();
   if (!problems.empty()) {
     std::vector<DocumentProblem> refused;
+    refused.reserve(problems.size());
     for (PluralProblem& problem : problems) {
       refused.push_back(DocumentProblem{path, 0, 0, std::move(problem.message)});
     }
