@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "GettextPlurals.h"
+#include "PluralNeeds.h"
 #include "Tool.h"
 #include "msg/LanguageList.h"
 #include "msg/MessageHandlerX.h"
@@ -54,13 +55,6 @@ TEST(GettextPluralsTest, FormsFollowTheOrderTranslatorsToolsUse) {
   }
   EXPECT_EQ(msgtool::GettextPlurals::of(msg::Language("ja")).header(), "nplurals=1; plural=0;");
   EXPECT_EQ(msgtool::GettextPlurals::of(msg::Language("en")).indexOf(msg::PluralCategory::few), -1);
-  // English `one` and Arabic `two` are one number each; Polish `few` is not.
-  EXPECT_TRUE(msgtool::coversOneInteger(msg::Language("en"), msg::PluralKind::cardinal,
-                                        msg::PluralCategory::one));
-  EXPECT_TRUE(msgtool::coversOneInteger(msg::Language("ar"), msg::PluralKind::cardinal,
-                                        msg::PluralCategory::two));
-  EXPECT_FALSE(msgtool::coversOneInteger(msg::Language("pl"), msg::PluralKind::cardinal,
-                                         msg::PluralCategory::few));
 }
 
 class GettextTest : public ::testing::TestWithParam<const char*> {
@@ -76,7 +70,8 @@ TEST_P(GettextTest, NgettextChoosesTheTextMsgChooses) {
       "<Text xml:lang=\"eo\" plural=\"one\">&amp;0 file</Text><Text xml:lang=\"eo\">&amp;0 "
       "files</Text>";
   for (msg::PluralCategory category :
-       msgtool::integerCategories(msg::Language(language.c_str()), msg::PluralKind::cardinal)) {
+       msgtool::LanguagePlurals::of(msg::Language(language.c_str()), msg::PluralKind::cardinal)
+           .wholeNumberCategories()) {
     if (category != msg::PluralCategory::other) {
       const std::string name = msg::Plurals::categoryName(category);
       texts += "<Text xml:lang=\"" + language + "\" plural=\"" + name + "\">" + language + " " +

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Tool.h"
@@ -70,12 +71,14 @@ struct Result {
   std::string document;
 };
 
-// Imports `file` (named in.po or in.xlf after `format`) into kDocument.
-Result import(const std::string& format, const std::string& file,
-              const std::vector<const char*>& options = {}) {
+// Imports `file` (named in.po or in.xlf after `format`) into `start`, or
+// into a new document if `start` is empty.
+Result importInto(const std::string& start, const std::string& format, const std::string& file,
+                  const std::vector<const char*>& options = {}) {
   const test_support::ScratchFolder scratch;
   fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", scratch / "messages.xsd");
-  const std::string document = scratch.write("messages.xml", kDocument);
+  const std::string document =
+      start.empty() ? (scratch / "messages.xml").string() : scratch.write("messages.xml", start);
   const std::string input = format == "po" ? "in.po" : "in.xlf";
   scratch.write(input, file);
   const fs::path previous = fs::current_path();
@@ -89,7 +92,13 @@ Result import(const std::string& format, const std::string& file,
   testing::internal::GetCapturedStdout();
   const std::string errors = testing::internal::GetCapturedStderr();
   fs::current_path(previous);
-  return {code, errors, test_support::readFile(document)};
+  return {code, errors, fs::exists(document) ? test_support::readFile(document) : std::string()};
+}
+
+// Imports `file` into kDocument.
+Result import(const std::string& format, const std::string& file,
+              const std::vector<const char*>& options = {}) {
+  return importInto(kDocument, format, file, options);
 }
 
 struct Refusal {
@@ -256,6 +265,174 @@ TEST(ImportTest, KeysInAPartAreWrittenIntoThePart) {
     fs::permissions(scratch / "part.xml", fs::perms::owner_all);
   }
   fs::current_path(previous);
+}
+
+}  // namespace
+
+namespace {
+
+// A plural message whose count is &1, with an exact value, and an ordinal
+// message.
+const char kPluralDocument[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
+    "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
+    "  <MessageNamespace name=\"app\">\n"
+    "    <Message id=\"deleted\" severity=\"info\" count=\"&amp;1\">\n"
+    "      <Text xml:lang=\"en\" plural=\"one\">&amp;0: deleted &amp;1 file.</Text>\n"
+    "      <Text xml:lang=\"en\" plural=\"=0\">&amp;0: no files deleted.</Text>\n"
+    "      <Text xml:lang=\"en\">&amp;0: deleted &amp;1 files.</Text>\n"
+    "    </Message>\n"
+    "    <Message id=\"place\" severity=\"info\">\n"
+    "      <Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
+    "      <Text xml:lang=\"en\">&amp;0th</Text>\n"
+    "    </Message>\n"
+    "  </MessageNamespace>\n"
+    "</MessageCollection>\n";
+
+// A PO file in `language` whose entries follow the header; the first starts
+// on line 6.
+std::string pluralPo(const std::string& language, const std::string& entries) {
+  return "msgid \"\"\nmsgstr \"\"\n\"Language: " + language +
+         "\\n\"\n\"Content-Type: text/plain; charset=UTF-8\\n\"\n\n" + entries;
+}
+
+// The entry of app:deleted with `forms` as msgstr[0], msgstr[1] ...
+std::string deletedEntry(const std::vector<std::string>& forms, const std::string& count = "&1") {
+  std::string entry = count.empty() ? "" : "#. count: " + count + "\n";
+  entry +=
+      "msgctxt \"app:deleted\"\nmsgid \"&0: deleted &1 file.\"\n"
+      "msgid_plural \"&0: deleted &1 files.\"\n";
+  for (std::size_t form = 0; form < forms.size(); ++form) {
+    entry += "msgstr[" + std::to_string(form) + "] \"" + forms[form] + "\"\n";
+  }
+  return entry;
+}
+
+struct PluralImport {
+  const char* name;
+  std::string language;
+  std::string entries;
+  int code;
+  std::vector<std::string> written;  // each in the document afterwards
+  std::string message;               // on standard error, "" for none
+};
+
+TEST(ImportTest, PluralFormsArriveAsTheirVariants) {
+  const std::vector<PluralImport> cases = {
+      {"Polish forms; the last is both many and other",
+       "pl",
+       deletedEntry({"&0: usunięto &1 plik.", "&0: usunięto &1 pliki.", "&0: usunięto &1 plików."}),
+       0,
+       {"plural=\"one\">&amp;0: usunięto &amp;1 plik.<",
+        "plural=\"few\">&amp;0: usunięto &amp;1 pliki.<",
+        "plural=\"many\">&amp;0: usunięto &amp;1 plików.<",
+        "xml:lang=\"pl\">&amp;0: usunięto &amp;1 plików.<"},
+       ""},
+      {"Russian `one` takes 1, 21, 31: it must show the count",
+       "ru",
+       deletedEntry({"&0: удалён один файл.", "&0: удалено &1 файла.", "&0: удалено &1 файлов."}),
+       1,
+       {},
+       "in.po:7: error: app:deleted: the form one has the placeholders &0, its source &0 &1; not "
+       "imported"},
+      {"Polish `one` is 1 alone: the count may be said in words",
+       "pl",
+       deletedEntry(
+           {"&0: usunięto jeden plik.", "&0: usunięto &1 pliki.", "&0: usunięto &1 plików."}),
+       0,
+       {"plural=\"one\">&amp;0: usunięto jeden plik.<"},
+       ""},
+      {"a form for one number leaves out the count, not another placeholder",
+       "pl",
+       deletedEntry({"usunięto &1 plik.", "&0: usunięto &1 pliki.", "&0: usunięto &1 plików."}),
+       1,
+       {},
+       "the form one has the placeholders &1, its source &0 &1; not imported"},
+      {"the count the file names is the one that may be left out",
+       "pl",
+       deletedEntry({"usunięto &1 plik.", "&0: usunięto &1 pliki.", "&0: usunięto &1 plików."},
+                    "&0"),
+       0,
+       {"plural=\"one\">usunięto &amp;1 plik.<"},
+       ""},
+      {"an entry with an empty form waits for the others",
+       "pl",
+       deletedEntry({"&0: usunięto &1 plik.", "", "&0: usunięto &1 plików."}),
+       0,
+       {},
+       "in.po:7: note: app:deleted: the form few is empty; not imported until every form is "
+       "translated"},
+      {"exact values and ordinals travel in the msgctxt",
+       "fr",
+       "msgctxt \"app:deleted[plural =0]\"\nmsgid \"&0: no files deleted.\"\n"
+       "msgstr \"&0 : aucun fichier supprimé.\"\n\n"
+       "msgctxt \"app:place[ordinal one]\"\nmsgid \"&0st\"\nmsgstr \"premier\"\n\n"
+       "msgctxt \"app:place[ordinal other]\"\nmsgid \"&0th\"\nmsgstr \"&0e\"\n",
+       0,
+       {"xml:lang=\"fr\" plural=\"=0\"", ">&amp;0 : aucun fichier supprimé.<",
+        "xml:lang=\"fr\" ordinal=\"one\"", ">premier<", "xml:lang=\"fr\">&amp;0e<"},
+       ""},
+      {"an ordinal category of many numbers must show the count",
+       "en-GB",
+       "msgctxt \"app:place[ordinal few]\"\nmsgid \"&0th\"\nmsgstr \"third\"\n",
+       1,
+       {},
+       "in.po:6: error: app:place[ordinal few]: the translation has the placeholders none, its "
+       "source &0; not imported"},
+  };
+  for (const PluralImport& test : cases) {
+    SCOPED_TRACE(test.name);
+    const Result result = importInto(kPluralDocument, "po", pluralPo(test.language, test.entries));
+    EXPECT_EQ(result.code, test.code) << result.errors;
+    for (const std::string& text : test.written) {
+      EXPECT_THAT(result.document, HasSubstr(text));
+    }
+    if (test.written.empty()) {
+      EXPECT_EQ(result.document, kPluralDocument);
+    }
+    if (!test.message.empty()) {
+      EXPECT_THAT(result.errors, HasSubstr(test.message + "\n"));
+    }
+  }
+}
+
+// A plural entry with a form too many or too few refuses the whole file,
+// also the good entries before it.
+TEST(ImportTest, WrongNumberOfFormsRefusesTheFile) {
+  const std::string good =
+      "msgctxt \"app:place[ordinal other]\"\nmsgid \"&0th\"\nmsgstr \"&0.\"\n\n";
+  for (const auto& [language, forms, nplurals] :
+       std::vector<std::tuple<std::string, std::size_t, std::size_t>>{
+           {"pl", 2, 3}, {"pl", 4, 3}, {"ja", 2, 1}, {"ar", 3, 6}}) {
+    SCOPED_TRACE(language + " " + std::to_string(forms));
+    const Result result = importInto(
+        kPluralDocument, "po",
+        pluralPo(language, good + deletedEntry(std::vector<std::string>(forms, "&0 &1"))));
+    EXPECT_EQ(result.code, 2);
+    EXPECT_THAT(result.errors, HasSubstr("in.po:11: error: the plural entry \"app:deleted\" has " +
+                                         std::to_string(forms) + " forms, but \"" + language +
+                                         "\" has " + std::to_string(nplurals) + " (nplurals="));
+    EXPECT_EQ(result.document, kPluralDocument);
+  }
+}
+
+// A new document takes the Message's count from the file, so that the
+// texts load with the count the source has.
+TEST(ImportTest, ANewDocumentCarriesTheCount) {
+  const std::string forms =
+      deletedEntry({"&0: usunięto &1 plik.", "&0: usunięto &1 pliki.", "&0: usunięto &1 plików."});
+  const Result counted = importInto("", "po", pluralPo("pl", forms));
+  EXPECT_EQ(counted.code, 0) << counted.errors;
+  EXPECT_THAT(counted.document, HasSubstr("<Message id=\"deleted\" count=\"&amp;1\">"));
+  const Result plain =
+      importInto("", "po", pluralPo("pl", deletedEntry({"&0 &1", "&0 &1", "&0 &1"}, "")));
+  EXPECT_EQ(plain.code, 0) << plain.errors;
+  EXPECT_THAT(plain.document, HasSubstr("<Message id=\"deleted\">"));
+  const Result wrong =
+      importInto("", "po", pluralPo("pl", deletedEntry({"&0 &1", "&0 &1", "&0 &1"}, "one")));
+  EXPECT_EQ(wrong.code, 1);
+  EXPECT_THAT(wrong.errors, HasSubstr("the count \"one\" is no placeholder"));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "Catalogue.h"
 #include "Findings.h"
 #include "PluralNeeds.h"
+#include "SourceStamp.h"
 #include "tests/scratch_folder.h"
 
 namespace {
@@ -47,6 +48,8 @@ TEST(PluralNeedsTest, WholeNumbersAndSingleNumbersFollowTheRules) {
        maskOf({C::zero, C::one, C::two, C::few, C::many, C::other}),
        {{C::zero, 0}, {C::one, 1}, {C::two, 2}}},
       // French `one` takes 0 and 1 (and 1.5); `many` only millions.
+      // Hebrew `one` takes 1 but also 0.5: no single number.
+      {"he", PluralKind::cardinal, maskOf({C::one, C::two, C::other}), {{C::two, 2}}},
       {"fr", PluralKind::cardinal, maskOf({C::one, C::many, C::other}), {}},
       {"ru", PluralKind::cardinal, maskOf({C::one, C::few, C::many}), {}},
       // Lithuanian `many` is for decimals alone.
@@ -58,11 +61,11 @@ TEST(PluralNeedsTest, WholeNumbersAndSingleNumbersFollowTheRules) {
        maskOf({C::zero, C::one, C::two, C::few, C::many, C::other}),
        {{C::zero, 0}, {C::one, 1}, {C::two, 2}, {C::few, 3}, {C::many, 6}}},
   };
-  msgtool::PluralNeeds needs;
   for (const NeedsCase& row : cases) {
     SCOPED_TRACE(std::string(row.language) +
                  (row.kind == PluralKind::ordinal ? " ordinal" : " cardinal"));
-    const msgtool::LanguagePlurals& plurals = needs.of(row.language, row.kind);
+    const msgtool::LanguagePlurals& plurals =
+        msgtool::LanguagePlurals::of(msg::Language(row.language), row.kind);
     EXPECT_EQ(msgtool::describeCategories(plurals.wholeNumbers),
               msgtool::describeCategories(row.wholeNumbers));
     for (int c = 0; c < msg::kPluralCategoryCount; ++c) {
@@ -85,6 +88,7 @@ struct CheckCase {
 std::string documentOf(const std::string& messages) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
          "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
+         "    xmlns:msgtool=\"urn:x-msg:msgtool:1\""
          "    xsi:noNamespaceSchemaLocation=\"" +
          std::string(MSG_SOURCE_DIR) +
          "/schema/messages.xsd\">\n"
@@ -228,6 +232,39 @@ TEST_F(PluralCheckTest, ASecondMessageOfAPluralKeyIsOneDuplicate) {
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].code, "duplicate-text");
   EXPECT_EQ(findings[0].place.file, again);
+}
+
+}  // namespace
+
+namespace {
+
+// Every form of a plural message is exported with the source's `other` and
+// stamped with it; an exact value travels with its own source text. A form
+// is stale only when the text it was made from changed.
+TEST_F(PluralCheckTest, FormsAreStaleOnlyWhenTheirSourceTextChanged) {
+  const std::string other = msgtool::SourceStamp::of("en", "&0 files").toString();
+  const std::string none = msgtool::SourceStamp::of("en", "No files").toString();
+  const std::string old = msgtool::SourceStamp::of("en", "&0 file(s)").toString();
+  const auto message = [](const std::string& fewStamp, const std::string& exactStamp) {
+    return "<Message id=\"m\">\n"
+           "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
+           "<Text xml:lang=\"en\" plural=\"=0\">No files</Text>\n"
+           "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
+           "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
+           "<Text xml:lang=\"pl\" plural=\"few\" msgtool:translated-from=\"" +
+           fewStamp +
+           "\">&amp;0 pliki</Text>\n"
+           "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
+           "<Text xml:lang=\"pl\" plural=\"=0\" msgtool:translated-from=\"" +
+           exactStamp +
+           "\">Brak plików</Text>\n"
+           "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
+           "</Message>\n";
+  };
+  using Found = std::set<std::pair<int, std::string>>;
+  EXPECT_EQ(findingsOf(message(other, none)), Found{});
+  EXPECT_EQ(findingsOf(message(old, none)), (Found{{10, "stale-translation"}}));
+  EXPECT_EQ(findingsOf(message(other, old)), (Found{{12, "stale-translation"}}));
 }
 
 }  // namespace

@@ -27,6 +27,10 @@ struct SourcePlace {
   std::string file;
   int line = 0;
   int column = 0;
+
+  bool operator==(const SourcePlace& other) const {
+    return line == other.line && column == other.column && file == other.file;
+  }
 };
 
 // One Text element of a Message of a MessageNamespace.

@@ -17,12 +17,14 @@
 #include "CommandSupport.h"
 #include "FileReplacement.h"
 #include "GettextPlurals.h"
+#include "PluralNeeds.h"
 #include "PoFile.h"
 #include "SourceStamp.h"
 #include "Subcommand.h"
 #include "ToolError.h"
 #include "TranslationFormat.h"
 #include "XliffFile.h"
+#include "XliffSupport.h"
 #include "message_core/SeverityWords.h"
 #include "msg/Language.h"
 #include "msg/Plural.h"
@@ -47,6 +49,7 @@ struct ExportOptions {
 struct OutgoingUnit {
   std::string key;  // "namespace:identifier", with a variant "[plural =0]"
   std::string severity;
+  std::string count;  // the source Message's count placeholder as written, "" if it names none
   std::string source;
   const CatalogueEntry* sourceEntry = nullptr;
   std::optional<std::string> target;
@@ -106,7 +109,8 @@ void addPluralUnits(const OutgoingUnit& base, const LanguageTexts& source,
   }
   if (ordinal) {
     for (msg::PluralCategory category :
-         integerCategories(msg::Language(targetTag.c_str()), msg::PluralKind::ordinal)) {
+         LanguagePlurals::of(msg::Language(targetTag.c_str()), msg::PluralKind::ordinal)
+             .wholeNumberCategories()) {
       separate.insert(msg::Plurals::categoryName(category));
     }
   } else {
@@ -156,6 +160,7 @@ std::vector<OutgoingUnit> collectUnits(const Catalogue& catalogue, const std::st
     }
     unit.source = unit.sourceEntry->text;
     unit.severity = msg::severityText(unit.sourceEntry->severity);
+    unit.count = unit.sourceEntry->count;
     const LanguageTexts targetTexts(entries, targetPacked);
     if (!sourceTexts.variants.empty() || !targetTexts.variants.empty() || sourceTexts.ordinal) {
       addPluralUnits(unit, sourceTexts, targetTexts, target, entries, units);
@@ -185,7 +190,10 @@ std::string poText(const std::vector<OutgoingUnit>& units, const ExportOptions& 
                  {"X-Generator", std::string("msgtool ") + MSG_VERSION_STRING}};
   for (const OutgoingUnit& unit : units) {
     PoEntry entry;
-    entry.extractedComments.push_back("severity: " + unit.severity);
+    entry.extractedComments.push_back(kSeverityNote + unit.severity);
+    if (!unit.count.empty()) {
+      entry.extractedComments.push_back(kCountNote + unit.count);
+    }
     entry.references.push_back(
         describePlace(SourcePlace{unit.sourceEntry->place.file, unit.sourceEntry->place.line, 0}));
     if (unit.stale) {
@@ -220,6 +228,7 @@ std::string xliffText(const std::vector<OutgoingUnit>& units, const ExportOption
     out.key = unit.key;
     out.source = unit.source;
     out.severity = unit.severity;
+    out.count = unit.count;
     out.sourceFile = unit.sourceEntry->place.file;
     out.sourceLine = unit.sourceEntry->place.line;
     if (unit.target) {

@@ -46,10 +46,6 @@ bool isUsualTag(const std::string& tag) {
   return languageTagOf(tag) == tag;
 }
 
-bool samePlace(const SourcePlace& a, const SourcePlace& b) {
-  return a.line == b.line && a.column == b.column && a.file == b.file;
-}
-
 // The form a text gives a plural message: "other" for a text without one.
 std::string formOf(const CatalogueEntry& entry) {
   return isOtherText(entry) ? "other" : entry.plural.empty() ? entry.ordinal : entry.plural;
@@ -62,10 +58,10 @@ std::string formText(const CatalogueEntry& entry) {
 
 // Whether `entry` is a plural variant chosen for exactly one number, which
 // may leave out the count.
-bool choosesOneNumber(const CatalogueEntry& entry, msg::PluralKind kind, PluralNeeds& needs) {
+bool isForOneNumber(const CatalogueEntry& entry, msg::PluralKind kind) {
   msg::PluralVariant variant;
   return !isOtherText(entry) && msg::PluralMessage::readVariant(formOf(entry), variant) &&
-         needs.choosesOneNumber(variant, entry.packedLanguage, kind);
+         choosesOneNumber(variant, msg::Language(entry.packedLanguage.c_str()), kind);
 }
 
 class Collector {
@@ -204,10 +200,10 @@ const CatalogueEntry* referenceOf(const std::vector<const CatalogueEntry*>& entr
 // count. `checked` are the texts whose placeholders match the reference;
 // the others have been reported already.
 void findPluralFaults(const PluralKey& key, const std::set<const CatalogueEntry*>& checked,
-                      PluralNeeds& needs, Collector& out) {
+                      Collector& out) {
   for (const PluralTexts& texts : key.languages) {
     const CatalogueEntry& first = texts.other != nullptr ? *texts.other : *texts.variants[0].first;
-    const unsigned lacking = needs.missing(texts, key.kind);
+    const unsigned lacking = missingForms(texts, key.kind);
     if (lacking != 0) {
       out.add(first.place, FindingSeverity::error, code::kPluralFormMissing,
               keyName(first) + " in " + quoted(texts.language) + " has no form " +
@@ -216,7 +212,8 @@ void findPluralFaults(const PluralKey& key, const std::set<const CatalogueEntry*
                   "\"other\" text for them",
               &first);
     }
-    const LanguagePlurals& plurals = needs.of(texts.language, key.kind);
+    const LanguagePlurals& plurals =
+        LanguagePlurals::of(msg::Language(texts.language.c_str()), key.kind);
     for (const auto& variant : texts.variants) {
       if (!variant.second.exact && !plurals.names(variant.second.category)) {
         out.add(variant.first->place, FindingSeverity::warning, code::kPluralFormUnused,
@@ -229,8 +226,7 @@ void findPluralFaults(const PluralKey& key, const std::set<const CatalogueEntry*
   }
   for (const CatalogueEntry* entry : checked) {
     const unsigned count = countPlaceholderOf(*entry);
-    if (!choosesOneNumber(*entry, key.kind, needs) &&
-        placeholderNumbers(entry->text).count(count) == 0) {
+    if (!isForOneNumber(*entry, key.kind) && placeholderNumbers(entry->text).count(count) == 0) {
       out.add(entry->place, FindingSeverity::error, code::kPluralCountMissing,
               keyName(*entry) + " in " + quoted(entry->packedLanguage) + formText(*entry) +
                   " does not show its count &" + std::to_string(count) +
@@ -243,7 +239,7 @@ void findPluralFaults(const PluralKey& key, const std::set<const CatalogueEntry*
 // Faults between the texts of one key.
 void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
                    const std::vector<std::string>& required, const CheckSettings& settings,
-                   PluralNeeds& needs, Collector& out) {
+                   Collector& out) {
   // The variants of one Message are no duplicates; a later Message with
   // texts in the language is, once.
   std::map<std::string, const CatalogueEntry*> firstOfLanguage;
@@ -254,7 +250,7 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
         firstOfLanguage.emplace(entry->packedLanguage, entry).first->second;
     const SourcePlace& message = entry->messagePlace;
     const bool duplicate =
-        samePlace(first->messagePlace, message)
+        first->messagePlace == message
             ? !formsOfFirst.emplace(entry->packedLanguage, formOf(*entry)).second
             : laterMessages
                   .emplace(message.file, message.line, message.column, entry->packedLanguage)
@@ -299,11 +295,8 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
       continue;
     }
     const std::set<unsigned> numbers = placeholderNumbers(entry->text);
-    // A form for one number may say the number in words ("No files").
-    std::set<unsigned> withoutCount = expected;
-    withoutCount.erase(countPlaceholderOf(*entry));
-    if (numbers == expected ||
-        (isPlural && numbers == withoutCount && choosesOneNumber(*entry, plural.kind, needs))) {
+    if (placeholdersFit(numbers, expected, countPlaceholderOf(*entry),
+                        isPlural && isForOneNumber(*entry, plural.kind))) {
       matching.insert(entry);
     } else {
       out.add(entry->place, FindingSeverity::error, code::kPlaceholderMismatch,
@@ -325,7 +318,7 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
   }
 
   if (isPlural) {
-    findPluralFaults(plural, matching, needs, out);
+    findPluralFaults(plural, matching, out);
   }
 
   // A regional language is served by its bare language when it has no text
@@ -357,9 +350,8 @@ std::vector<Finding> findFindings(const Catalogue& catalogue, const CheckSetting
   }
   const std::vector<std::string> required =
       settings.languages.empty() ? catalogue.languages() : settings.languages;
-  PluralNeeds needs;
   for (const auto& key : catalogue.byKey()) {
-    findKeyFaults(key.second, required, settings, needs, out);
+    findKeyFaults(key.second, required, settings, out);
   }
   std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
     return std::tie(a.place.file, a.place.line, a.place.column, a.code) <

@@ -1,51 +1,13 @@
 #include "GettextPlurals.h"
 
-#include <array>
-#include <cstdint>
-
+#include "PluralNeeds.h"
 #include "message_core/PluralRules.h"
 
 namespace msgtool {
 
-namespace {
-
-// How many of the sampled whole numbers fall in each category.
-std::array<std::uint64_t, msg::kPluralCategoryCount> sampleCounts(msg::Language language,
-                                                                  msg::PluralKind kind) {
-  std::array<std::uint64_t, msg::kPluralCategoryCount> counts{};
-  const auto count = [&](std::uint64_t n) {
-    ++counts[static_cast<std::size_t>(
-        msg::Plurals::category(language, kind, std::to_string(n).c_str()))];
-  };
-  for (std::uint64_t n = 0; n <= 10000; ++n) {
-    count(n);
-  }
-  for (std::uint64_t power = 100000; power <= 1000000000000000000ULL; power *= 10) {
-    count(power);
-  }
-  return counts;
-}
-
-}  // namespace
-
-std::vector<msg::PluralCategory> integerCategories(msg::Language language, msg::PluralKind kind) {
-  const auto counts = sampleCounts(language, kind);
-  std::vector<msg::PluralCategory> reached;
-  for (int category = 0; category < msg::kPluralCategoryCount; ++category) {
-    if (counts[static_cast<std::size_t>(category)] > 0) {
-      reached.push_back(static_cast<msg::PluralCategory>(category));
-    }
-  }
-  return reached;
-}
-
-bool coversOneInteger(msg::Language language, msg::PluralKind kind, msg::PluralCategory category) {
-  return sampleCounts(language, kind)[static_cast<std::size_t>(category)] == 1;
-}
-
 GettextPlurals GettextPlurals::of(msg::Language language) {
   GettextPlurals plurals;
-  plurals.forms = integerCategories(language, msg::PluralKind::cardinal);
+  plurals.forms = LanguagePlurals::of(language, msg::PluralKind::cardinal).wholeNumberCategories();
   plurals.lastStandsForOther = plurals.forms.back() != msg::PluralCategory::other;
   const msg::PluralRules& rules =
       msg::PluralRules::forLanguage(language, msg::PluralKind::cardinal);

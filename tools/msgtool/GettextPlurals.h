@@ -8,10 +8,9 @@
 // `other` is reached by decimals alone (Polish, Russian), the last form
 // stands for it: its text is the language's `other` too.
 //
-// Which categories whole numbers reach is found by sampling the rules (0 to
-// 10,000 and every power of ten up to 10^18, which reaches each modulus that
-// CLDR uses); the expression is a chain of the rules' own conditions, so
-// ngettext and msg choose alike.
+// Which categories whole numbers reach is what check finds too
+// (LanguagePlurals in PluralNeeds.h); the expression is a chain of the
+// rules' own conditions, so ngettext and msg choose alike.
 
 #ifndef MSGTOOL_GETTEXTPLURALS_H_
 #define MSGTOOL_GETTEXTPLURALS_H_
@@ -23,14 +22,6 @@
 #include "msg/Plural.h"
 
 namespace msgtool {
-
-// The categories that whole numbers reach under the `kind` rules of
-// `language`, in the order zero one two few many other. Never empty.
-std::vector<msg::PluralCategory> integerCategories(msg::Language language, msg::PluralKind kind);
-
-// True if exactly one whole number falls in `category` (English `one`,
-// Arabic `zero`): a text for it may leave out the count, as msgfmt allows.
-bool coversOneInteger(msg::Language language, msg::PluralKind kind, msg::PluralCategory category);
 
 struct GettextPlurals {
   // forms[i] is the category whose text goes into msgstr[i].

@@ -19,12 +19,14 @@
 #include "LanguageTags.h"
 #include "MessageDocumentEditor.h"
 #include "Placeholders.h"
+#include "PluralNeeds.h"
 #include "PoFile.h"
 #include "SourceStamp.h"
 #include "Subcommand.h"
 #include "ToolError.h"
 #include "TranslationFormat.h"
 #include "XliffFile.h"
+#include "XliffSupport.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/Plural.h"
 
@@ -51,6 +53,7 @@ struct IncomingUnit {
   bool untranslated = false;
   bool fuzzy = false;
   std::string severity;
+  std::string count;  // the Message's count placeholder as exported ("&1"), "" if none
   int line = 0;
   std::string sourceLanguage;  // the unit's own xml:lang, "" if it names none
   std::string targetLanguage;
@@ -86,10 +89,11 @@ void refuseDuplicates(const std::string& path, const std::vector<IncomingUnit>& 
   }
 }
 
-std::string severityFrom(const std::vector<std::string>& comments) {
+// The value of the extracted comment "severity: info" for `label` "severity: ".
+std::string commentValue(const std::vector<std::string>& comments, const std::string& label) {
   for (const std::string& comment : comments) {
-    if (comment.rfind("severity: ", 0) == 0) {
-      return comment.substr(10);
+    if (comment.rfind(label, 0) == 0) {
+      return comment.substr(label.size());
     }
   }
   return std::string();
@@ -113,7 +117,8 @@ IncomingFile readPo(const std::string& path) {
                       entry.str,
                       entry.str.empty(),
                       entry.hasFlag("fuzzy"),
-                      severityFrom(entry.extractedComments),
+                      commentValue(entry.extractedComments, kSeverityNote),
+                      commentValue(entry.extractedComments, kCountNote),
                       entry.line,
                       "",
                       "",
@@ -154,6 +159,7 @@ IncomingFile readXliff(const std::string& path) {
     unit.untranslated = unit.target.empty() || in.state == "new" || in.state == "needs-translation";
     unit.fuzzy = in.state.rfind("needs-review", 0) == 0;
     unit.severity = in.severity;
+    unit.count = in.count;
     unit.line = in.line;
     unit.sourceLanguage = in.sourceLanguage;
     unit.targetLanguage = in.targetLanguage;
@@ -337,10 +343,12 @@ class Importer {
       const std::string& language) {
     const msg::Language tag(language.c_str());
     if (variant) {
-      msg::PluralCategory category;
-      const bool single = variant->value.rfind('=', 0) == 0 ||
-                          (msg::Plurals::categoryFromName(variant->value.c_str(), category) &&
-                           coversOneInteger(tag, msg::PluralKind::ordinal, category));
+      const msg::PluralKind kind =
+          variant->attribute == "ordinal" ? msg::PluralKind::ordinal : msg::PluralKind::cardinal;
+      msg::PluralVariant read;
+      const bool single = !variant->value.empty() &&
+                          msg::PluralMessage::readVariant(variant->value, read) &&
+                          choosesOneNumber(read, tag, kind);
       return {TextWrite{*variant, unit.target, single}};
     }
     if (!unit.sourcePlural) {
@@ -349,10 +357,11 @@ class Importer {
     // Each form as its category; where the last form stands for `other`,
     // which whole numbers never reach, it is written as both.
     const GettextPlurals plurals = GettextPlurals::of(tag);
+    const LanguagePlurals& rules = LanguagePlurals::of(tag, msg::PluralKind::cardinal);
     std::vector<TextWrite> writes;
     for (std::size_t form = 0; form < unit.forms.size(); ++form) {
       const msg::PluralCategory category = plurals.forms[form];
-      const bool single = coversOneInteger(tag, msg::PluralKind::cardinal, category);
+      const bool single = rules.forOneNumber(category);
       if (category != msg::PluralCategory::other) {
         writes.push_back(
             TextWrite{{"plural", msg::Plurals::categoryName(category)}, unit.forms[form], single});
@@ -365,9 +374,10 @@ class Importer {
     return writes;
   }
 
-  // Why `write` cannot be imported, "" if it can.
+  // Why `write` cannot be imported, "" if it can. `count`: the message's
+  // count placeholder.
   static std::string faultOf(const TextWrite& write, const std::set<unsigned>& expected,
-                             const std::string& which) {
+                             unsigned count, const std::string& which) {
     if (write.text.empty()) {
       return which + " is empty";
     }
@@ -376,14 +386,7 @@ class Importer {
       return which + " holds " + unwritable;
     }
     const std::set<unsigned> found = placeholderNumbers(write.text);
-    std::set<unsigned> missing;
-    std::set_difference(expected.begin(), expected.end(), found.begin(), found.end(),
-                        std::inserter(missing, missing.end()));
-    // A text for one number may leave out one placeholder: the count.
-    const bool countLeftOut =
-        write.single && missing.size() == 1 &&
-        std::includes(expected.begin(), expected.end(), found.begin(), found.end());
-    if (found != expected && !countLeftOut) {
+    if (!placeholdersFit(found, expected, count, write.single)) {
       return which + " has the placeholders " + describePlaceholders(found) + ", its source " +
              describePlaceholders(expected);
     }
@@ -426,6 +429,13 @@ class Importer {
     }
     const std::string& sourceText = unit.sourcePlural ? *unit.sourcePlural : unit.source;
     const std::set<unsigned> expected = placeholderNumbers(sourceText);
+    unsigned count = 0;  // "&0" unless the file names another
+    if (!msg::PluralMessage::readCount(unit.count, count)) {
+      ++skipped, ++refused;
+      report(unit, "error",
+             "the count \"" + unit.count + "\" is no placeholder \"&N\"; not imported");
+      return;
+    }
     const std::vector<TextWrite> writes = writesOf(unit, variant, language);
     for (std::size_t form = 0; form < writes.size(); ++form) {
       const std::string which = unit.sourcePlural
@@ -433,7 +443,7 @@ class Importer {
                                                                     ? "other"
                                                                     : writes[form].variant.value)
                                     : std::string("the translation");
-      const std::string fault = faultOf(writes[form], expected, which);
+      const std::string fault = faultOf(writes[form], expected, count, which);
       if (!fault.empty() && writes[form].text.empty() && unit.sourcePlural) {
         ++skipped, ++untranslated;
         report(unit, "note", fault + "; not imported until every form is translated");
@@ -469,7 +479,7 @@ class Importer {
     for (const TextWrite& write : writes) {
       editor.setText(key->first, key->second,
                      msg::DocumentText::isSeverityWord(unit.severity) ? unit.severity : "",
-                     language, write.text, stamp, write.variant);
+                     language, write.text, stamp, write.variant, unit.count);
     }
     ++(existed ? updated : added);
   }

@@ -248,7 +248,7 @@ bool MessageDocumentEditor::isOutOfReach(const std::string& nameSpace,
 void MessageDocumentEditor::setText(const std::string& nameSpace, const std::string& identifier,
                                     const std::string& severityWord, const std::string& language,
                                     const std::string& text, const std::string& stampValue,
-                                    const Variant& variant) {
+                                    const Variant& variant, const std::string& count) {
   MessagePlace& place = messages[keyOf(nameSpace, identifier)];
   if (place.element < 0) {
     auto space = namespaces.find(nameSpace);
@@ -271,6 +271,9 @@ void MessageDocumentEditor::setText(const std::string& nameSpace, const std::str
     markup.setAttribute(place.element, "id", identifier);
     if (!severityWord.empty()) {
       markup.setAttribute(place.element, "severity", severityWord);
+    }
+    if (!count.empty()) {
+      markup.setAttribute(place.element, "count", count);
     }
     space->second.lastMessage = place.element;
   }

@@ -71,13 +71,15 @@ class MessageDocumentEditor {
   // in the expanded document. Adds the Text (with the variant's attribute)
   // after the key's last Text, the Message (with `severityWord`) after the
   // namespace's last Message, and the MessageNamespace after the document's
-  // last one, where they are missing.
+  // last one, where they are missing. A Message it adds names `count` as its
+  // count placeholder ("&1") unless that is empty; an existing Message keeps
+  // its own.
   // Raises ToolError for a namespace that a part given directly cannot hold.
   // REQUIRES: !isOutOfReach(nameSpace, identifier).
   void setText(const std::string& nameSpace, const std::string& identifier,
                const std::string& severityWord, const std::string& language,
                const std::string& text, const std::string& stamp,
-               const Variant& variant = Variant());
+               const Variant& variant = Variant(), const std::string& count = std::string());
 
   bool isNew() const { return created; }
 

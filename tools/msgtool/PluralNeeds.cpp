@@ -1,8 +1,8 @@
 #include "PluralNeeds.h"
 
+#include <map>
+#include <mutex>
 #include <set>
-
-#include "msg/Language.h"
 
 namespace msgtool {
 
@@ -10,19 +10,15 @@ namespace {
 
 using msg::PluralCategory;
 
-// Whole numbers up to this, and the powers of ten above it, show every
-// category the rules give to whole numbers: the rules look at the last two
-// or three digits, and a few (French `many`) at millions.
-constexpr std::int64_t kWholeNumbersSampled = 1100;
-constexpr std::int64_t kLargeNumbers[] = {10000, 100000, 1000000, 2000000, 10000000, 1000000000};
+// Whole numbers up to this, and every power of ten above it up to 10^18,
+// show every category the rules give to whole numbers: the rules look at
+// the last two or three digits, and a few (French `many`) at millions.
+constexpr std::uint64_t kWholeNumbersSampled = 10000;
+constexpr std::uint64_t kLargestPowerSampled = 1000000000000000000ULL;
 // Decimals k.0, k.5, ... for k below this show whether a category is given
 // to more than one number.
 constexpr std::int64_t kDecimalsSampled = 110;
 constexpr const char* kFractions[] = {".0", ".00", ".1", ".5", ".25", ".05"};
-
-bool samePlace(const SourcePlace& a, const SourcePlace& b) {
-  return a.line == b.line && a.column == b.column && a.file == b.file;
-}
 
 struct Reach {
   std::set<std::int64_t> values;  // at most two kept
@@ -30,14 +26,7 @@ struct Reach {
   bool byFraction = false;        // reached by a number with a fraction
 };
 
-}  // namespace
-
-const LanguagePlurals& PluralNeeds::of(const std::string& packedLanguage, msg::PluralKind kind) {
-  const auto known = known_.find({packedLanguage, kind});
-  if (known != known_.end()) {
-    return known->second;
-  }
-  const msg::Language language(packedLanguage.c_str());
+LanguagePlurals sample(const msg::Language& language, msg::PluralKind kind) {
   LanguagePlurals plurals;
   plurals.named = msg::Plurals::categories(language, kind);
   std::array<Reach, msg::kPluralCategoryCount> reach;
@@ -51,11 +40,15 @@ const LanguagePlurals& PluralNeeds::of(const std::string& packedLanguage, msg::P
     category.byFraction |= fraction;
     plurals.wholeNumbers |= wholeText ? LanguagePlurals::bit(found) : 0;
   };
-  for (std::int64_t number = 0; number < kWholeNumbersSampled; ++number) {
-    note(std::to_string(number), number, true, false);
+  const auto whole = [&](std::uint64_t number) {
+    note(std::to_string(number), static_cast<std::int64_t>(number), true, false);
+  };
+  for (std::uint64_t number = 0; number <= kWholeNumbersSampled; ++number) {
+    whole(number);
   }
-  for (const std::int64_t number : kLargeNumbers) {
-    note(std::to_string(number), number, true, false);
+  for (std::uint64_t power = kWholeNumbersSampled * 10; power <= kLargestPowerSampled;
+       power *= 10) {
+    whole(power);
   }
   for (std::int64_t number = 0; number < kDecimalsSampled; ++number) {
     for (const std::string fraction : kFractions) {
@@ -69,11 +62,38 @@ const LanguagePlurals& PluralNeeds::of(const std::string& packedLanguage, msg::P
         category.values.size() == 1 && !category.byFraction ? *category.values.begin() : -1;
     plurals.onlyAsWhole[c] = !category.byDecimalText;
   }
-  return known_.emplace(std::make_pair(packedLanguage, kind), plurals).first->second;
+  return plurals;
 }
 
-unsigned PluralNeeds::missing(const PluralTexts& texts, msg::PluralKind kind) {
-  const LanguagePlurals& plurals = of(texts.language, kind);
+}  // namespace
+
+std::vector<PluralCategory> LanguagePlurals::wholeNumberCategories() const {
+  std::vector<PluralCategory> categories;
+  for (int c = 0; c < msg::kPluralCategoryCount; ++c) {
+    if ((wholeNumbers & (1u << c)) != 0) {
+      categories.push_back(static_cast<PluralCategory>(c));
+    }
+  }
+  return categories;
+}
+
+const LanguagePlurals& LanguagePlurals::of(const msg::Language& language, msg::PluralKind kind) {
+  // Sampling takes some ten thousand choices; export and import ask once
+  // per entry. Entries of a std::map stay where they are, so the reference
+  // outlives the lock.
+  static std::mutex mutex;
+  static std::map<std::pair<std::string, msg::PluralKind>, LanguagePlurals> known;
+  const std::lock_guard<std::mutex> lock(mutex);
+  const std::pair<std::string, msg::PluralKind> key(language.toString(), kind);
+  const auto found = known.find(key);
+  if (found != known.end()) {
+    return found->second;
+  }
+  return known.emplace(key, sample(language, kind)).first->second;
+}
+
+unsigned missingForms(const PluralTexts& texts, msg::PluralKind kind) {
+  const LanguagePlurals& plurals = LanguagePlurals::of(msg::Language(texts.language.c_str()), kind);
   const unsigned other = LanguagePlurals::bit(PluralCategory::other);
   unsigned present = texts.other != nullptr ? other : 0;
   std::set<std::uint64_t> exact;
@@ -94,10 +114,18 @@ unsigned PluralNeeds::missing(const PluralTexts& texts, msg::PluralKind kind) {
   return lacking;
 }
 
-bool PluralNeeds::choosesOneNumber(const msg::PluralVariant& variant, const std::string& language,
-                                   msg::PluralKind kind) {
-  return variant.exact ||
-         of(language, kind).onlyNumber[static_cast<std::size_t>(variant.category)] >= 0;
+bool choosesOneNumber(const msg::PluralVariant& variant, const msg::Language& language,
+                      msg::PluralKind kind) {
+  return variant.exact || LanguagePlurals::of(language, kind).forOneNumber(variant.category);
+}
+
+bool placeholdersFit(const std::set<unsigned>& found, const std::set<unsigned>& expected,
+                     unsigned count, bool forOneNumber) {
+  if (found == expected) {
+    return true;
+  }
+  std::set<unsigned> withoutCount = expected;
+  return forOneNumber && withoutCount.erase(count) == 1 && found == withoutCount;
 }
 
 bool isOtherText(const CatalogueEntry& entry) {
@@ -138,7 +166,7 @@ bool readPluralKey(const std::vector<const CatalogueEntry*>& entries, PluralKey&
     if (index == key.languages.size()) {
       key.languages.push_back(PluralTexts{entry->packedLanguage, nullptr, {}});
       messageOf.push_back(&entry->messagePlace);
-    } else if (!samePlace(*messageOf[index], entry->messagePlace)) {
+    } else if (!(*messageOf[index] == entry->messagePlace)) {
       key.languages[index] = PluralTexts{entry->packedLanguage, nullptr, {}};
       messageOf[index] = &entry->messagePlace;
     }

@@ -1,5 +1,7 @@
-// PluralNeeds: which forms a plural message needs in a language, and which
-// of a key's texts it has, for check and stats.
+// PluralNeeds: what the plural rules of a language give to numbers, which
+// forms a plural message needs there, and which of a key's texts it has.
+// The one place msgtool asks these questions: check, stats, the gettext
+// forms of export and import all read LanguagePlurals.
 //
 // The forms come from the library's own rules (msg::Plurals): a language
 // needs `other` and every category that some whole number reaches, since
@@ -7,19 +9,27 @@
 // decimals reach (Lithuanian `many`) is welcome but not needed, and is the
 // form a PO file cannot carry either. An exact value stands in for a
 // category that exactly that one number reaches (=1 for English `one`).
+//
+// The rules are sampled: whole numbers 0 to 10,000 and every power of ten
+// up to 10^18 (the rules look at the last digits, and a few, French `many`,
+// at millions), and decimals k.0, k.5, ... for k below 110. A category is
+// "for one number" when one number alone reaches it, however it is shown
+// ("0" and "0.0"), and no number with a fraction does: Hebrew `one` takes 1
+// but also 0.5, so its text must show the count.
 
 #ifndef MSGTOOL_PLURALNEEDS_H_
 #define MSGTOOL_PLURALNEEDS_H_
 
 #include <array>
 #include <cstdint>
-#include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Catalogue.h"
 #include "message_documents/PluralMessage.h"
+#include "msg/Language.h"
 #include "msg/Plural.h"
 
 namespace msgtool {
@@ -40,6 +50,20 @@ struct LanguagePlurals {
   static unsigned bit(msg::PluralCategory category) {
     return 1u << static_cast<unsigned>(category);
   }
+
+  // Whether exactly one number reaches `category`, so that its text may
+  // leave out the count ("No files deleted.").
+  bool forOneNumber(msg::PluralCategory category) const {
+    return onlyNumber[static_cast<std::size_t>(category)] >= 0;
+  }
+
+  // The categories of wholeNumbers in the order zero one two few many
+  // other. Never empty.
+  std::vector<msg::PluralCategory> wholeNumberCategories() const;
+
+  // The rules of `language` and `kind`, read once per process and kept.
+  // Safe to call from several threads.
+  static const LanguagePlurals& of(const msg::Language& language, msg::PluralKind kind);
 };
 
 // The texts of one language of a plural key, as the loader keeps them: those
@@ -58,22 +82,21 @@ struct PluralKey {
   std::vector<PluralTexts> languages;  // in the order of their first text
 };
 
-// Reads the rules of a language once and keeps what they give.
-class PluralNeeds {
- public:
-  const LanguagePlurals& of(const std::string& packedLanguage, msg::PluralKind kind);
+// The categories that `texts` needs and lacks, as a mask.
+unsigned missingForms(const PluralTexts& texts, msg::PluralKind kind);
 
-  // The categories that `texts` needs and lacks, as a mask.
-  unsigned missing(const PluralTexts& texts, msg::PluralKind kind);
+// Whether `variant` of `language` is chosen for exactly one number: an exact
+// value, or a category that one number alone reaches.
+bool choosesOneNumber(const msg::PluralVariant& variant, const msg::Language& language,
+                      msg::PluralKind kind);
 
-  // Whether `variant` of `language` is chosen for exactly one number, so
-  // that its text may leave out the count ("No files deleted.").
-  bool choosesOneNumber(const msg::PluralVariant& variant, const std::string& language,
-                        msg::PluralKind kind);
-
- private:
-  std::map<std::pair<std::string, msg::PluralKind>, LanguagePlurals> known_;
-};
+// Whether a text with the placeholders `found` may stand for one with
+// `expected`: the same ones, or, for a variant chosen for one number
+// (`forOneNumber`), the same without the count placeholder `count`, which
+// the text may say in words ("No files deleted."). Check and import judge
+// plural texts by this alone.
+bool placeholdersFit(const std::set<unsigned>& found, const std::set<unsigned>& expected,
+                     unsigned count, bool forOneNumber);
 
 // Whether `entry` is a plural message's `other` text, or a plain text:
 // one without a plural or ordinal variant.

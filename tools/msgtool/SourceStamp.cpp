@@ -7,6 +7,7 @@
 #include <xxhash.h>
 
 #include "Catalogue.h"
+#include "PluralNeeds.h"
 #include "msg/Language.h"
 
 namespace msgtool {
@@ -49,12 +50,24 @@ bool isStaleTranslation(const CatalogueEntry& translation,
     return false;
   }
   const std::string sourceLanguage = msg::Language(stamp->language.c_str()).toString();
-  const CatalogueEntry* source = nullptr;
+  // The forms of a plural message travel together and are all stamped with
+  // the source's `other`; an exact value and an ordinal category travel on
+  // their own, with the source's text of the same variant where it has one.
+  const bool ownVariant =
+      !isOtherText(translation) && (!translation.ordinal.empty() || translation.plural[0] == '=');
+  const CatalogueEntry* other = nullptr;
+  const CatalogueEntry* same = nullptr;
   for (const CatalogueEntry* entry : entriesOfKey) {
-    if (entry->packedLanguage == sourceLanguage) {
-      source = entry;
+    if (entry->packedLanguage != sourceLanguage) {
+      continue;
     }
+    other = isOtherText(*entry) ? entry : other;
+    same =
+        ownVariant && entry->plural == translation.plural && entry->ordinal == translation.ordinal
+            ? entry
+            : same;
   }
+  const CatalogueEntry* source = same != nullptr ? same : other;
   return source == nullptr || stamp->isStaleFor(source->text);
 }
 

@@ -45,9 +45,12 @@ struct SourceStamp {
   bool isStaleFor(const std::string& sourceText) const;
 };
 
-// True if `translation` is stamped and its key's text in the stamp's
-// language (the last of `entriesOfKey`, as the loader keeps it) is no longer
-// the one the stamp was made from, or is gone.
+// True if `translation` is stamped and the source text it was made from is
+// no longer the one the stamp was made from, or is gone. That text is the
+// key's text in the stamp's language, the last of `entriesOfKey` as the
+// loader keeps it: the `other` text (a plain message's only text), or for
+// an exact value or an ordinal category, which are exported one by one, the
+// source's text of the same variant where there is one.
 bool isStaleTranslation(const CatalogueEntry& translation,
                         const std::vector<const CatalogueEntry*>& entriesOfKey);
 

@@ -57,15 +57,14 @@ int runStats(const StatsOptions& options) {
       plurals.emplace(key.first, std::move(plural));
     }
   }
-  PluralNeeds needs;
-  auto complete = [&](const MessageKey& key, const std::string& language) {
+  auto complete = [&plurals](const MessageKey& key, const std::string& language) {
     const auto plural = plurals.find(key);
     if (plural == plurals.end()) {
       return true;
     }
     for (const PluralTexts& texts : plural->second.languages) {
       if (texts.language == language) {
-        return needs.missing(texts, plural->second.kind) == 0;
+        return missingForms(texts, plural->second.kind) == 0;
       }
     }
     return false;
@@ -75,12 +74,18 @@ int runStats(const StatsOptions& options) {
   for (const std::string& language : languages) {
     LanguageCount count{language};
     for (const auto& key : keys) {
-      const CatalogueEntry* found = nullptr;
+      // A key is stale in a language if any of its texts there is: each
+      // form of a plural message is judged on its own, as check judges it.
+      bool found = false;
+      bool stale = false;
       for (const CatalogueEntry* entry : key.second) {
-        found = entry->packedLanguage == language ? entry : found;
+        if (entry->packedLanguage == language) {
+          found = true;
+          stale = stale || isStaleTranslation(*entry, key.second);
+        }
       }
-      ++(found != nullptr && complete(key.first, language) ? count.translated : count.missing);
-      count.stale += found != nullptr && isStaleTranslation(*found, key.second) ? 1 : 0;
+      ++(found && complete(key.first, language) ? count.translated : count.missing);
+      count.stale += stale ? 1 : 0;
     }
     count.share = keys.empty() ? 0.0 : static_cast<double>(count.translated) / keys.size();
     counts.push_back(count);

@@ -57,6 +57,8 @@ void readSeverity(const DOMNode& notes, XliffUnit& unit) {
        note = note.getNextElementSibling()) {
     if (note.getAttributeByName("category") == "severity") {
       unit.severity = note.getTextContent();
+    } else if (note.getAttributeByName("category") == "count") {
+      unit.count = note.getTextContent();
     }
   }
 }
@@ -194,6 +196,11 @@ std::string writeXliff2(const XliffFile& file) {
     DOMNode severity = writer.add(notes, "note", depth + 2);
     XliffBuilder::set(severity, "category", "severity");
     writer.addText(severity, unit.severity);
+    if (!unit.count.empty()) {
+      DOMNode count = writer.add(notes, "note", depth + 2);
+      XliffBuilder::set(count, "category", "count");
+      writer.addText(count, unit.count);
+    }
     if (!unit.sourceFile.empty()) {
       DOMNode note = writer.add(notes, "note", depth + 2);
       XliffBuilder::set(note, "category", "location");

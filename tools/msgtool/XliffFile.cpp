@@ -91,6 +91,8 @@ void readUnit(const XliffReader& reader, const DOMNode& element, XliffUnit& unit
       const std::string note = child.getTextContent();
       if (note.rfind(kSeverityNote, 0) == 0) {
         unit.severity = note.substr(sizeof kSeverityNote - 1);
+      } else if (note.rfind(kCountNote, 0) == 0) {
+        unit.count = note.substr(sizeof kCountNote - 1);
       }
     }
   }
@@ -174,6 +176,9 @@ std::string XliffFile::write() const {
     }
     if (!unit.severity.empty()) {
       writer.addText(writer.add(element, "note", depth + 1), kSeverityNote + unit.severity);
+    }
+    if (!unit.count.empty()) {
+      writer.addText(writer.add(element, "note", depth + 1), kCountNote + unit.count);
     }
     if (!unit.sourceFile.empty()) {
       DOMNode contextGroup = writer.add(element, "context-group", depth + 1);

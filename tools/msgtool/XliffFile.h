@@ -31,6 +31,7 @@ struct XliffUnit {
   std::string state;                  // the target's state ("" if none)
   bool approved = false;              // approved="yes" on the unit
   std::string severity;               // from the note "severity: ..."
+  std::string count;                  // from the note "count: &1", "" if none
   std::string sourceLanguage;         // xml:lang of the source, "" if none
   std::string targetLanguage;         // xml:lang of the target, "" if none
   std::string sourceFile;             // location context, for the writer

@@ -11,7 +11,10 @@
 namespace msgtool {
 
 inline constexpr char kXmlNamespace[] = "http://www.w3.org/XML/1998/namespace";
+// The notes of a unit (XLIFF 1.2) and the extracted comments of a PO entry
+// that carry the Message's severity and count placeholder.
 inline constexpr char kSeverityNote[] = "severity: ";
+inline constexpr char kCountNote[] = "count: ";
 
 // A text cut into plain runs and placeholder-like runs: "&" and every digit
 // behind it. All of them are protected, also runs too long for substitution
