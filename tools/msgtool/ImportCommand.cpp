@@ -429,11 +429,15 @@ class Importer {
     }
     const std::string& sourceText = unit.sourcePlural ? *unit.sourcePlural : unit.source;
     const std::set<unsigned> expected = placeholderNumbers(sourceText);
-    unsigned count = 0;  // "&0" unless the file names another
-    if (!msg::PluralMessage::readCount(unit.count, count)) {
+    // Files exported before the count note travelled name none: the
+    // document's Message still knows its count. "&0" where neither names one.
+    const std::string countText =
+        unit.count.empty() ? editor.countOf(key->first, key->second) : unit.count;
+    unsigned count = 0;
+    if (!msg::PluralMessage::readCount(countText, count)) {
       ++skipped, ++refused;
       report(unit, "error",
-             "the count \"" + unit.count + "\" is no placeholder \"&N\"; not imported");
+             "the count \"" + countText + "\" is no placeholder \"&N\"; not imported");
       return;
     }
     const std::vector<TextWrite> writes = writesOf(unit, variant, language);
