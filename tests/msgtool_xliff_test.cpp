@@ -2,6 +2,7 @@
 // as it was, files of other tools read as their translators meant, and bad
 // files are refused with their file and line.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "Catalogue.h"
+#include "Tool.h"
 #include "ToolError.h"
 #include "XliffFile.h"
 #include "tests/scratch_folder.h"
@@ -18,6 +20,9 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 class XliffTest : public ::testing::Test {
  protected:
@@ -184,6 +189,211 @@ TEST_F(XliffTest, BadFilesAreRefusedWithFileAndLine) {
     } catch (const msgtool::ToolError& error) {
       EXPECT_EQ(error.describe(), path + ":" + bad.expected);
     }
+  }
+}
+
+// The forms of one plural message, as export writes them.
+std::vector<msgtool::XliffUnit> pluralForms(const std::string& key,
+                                            const std::vector<std::string>& targets) {
+  std::vector<msgtool::XliffUnit> forms;
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    msgtool::XliffUnit form = unit(key, i == 0 ? "&1 file" : "&1 files", targets[i], "translated");
+    form.form = static_cast<int>(i);
+    form.count = "&1";
+    forms.push_back(form);
+  }
+  return forms;
+}
+
+// A plural group and the unit after it read back in both versions: each
+// form with its index, its target and the count note; the 1.2 file is of
+// gettext's datatype only while it holds a plural group.
+TEST_F(XliffTest, PluralGroupsReadBackWithTheirCount) {
+  for (const bool version2 : {false, true}) {
+    SCOPED_TRACE(version2 ? "XLIFF 2.0" : "XLIFF 1.2");
+    msgtool::XliffFile file;
+    file.original = "app.xml";
+    file.sourceLanguage = "en";
+    file.targetLanguage = "pl";
+    file.version2 = version2;
+    file.units = pluralForms("app:deleted", {"&1 plik", "&1 pliki", "&1 plików"});
+    file.units.push_back(unit("app:plain", "Plain", "Zwykły", "translated"));
+    const std::string written = file.write();
+    const msgtool::XliffFile read = msgtool::XliffFile::read(write("plural.xlf", written));
+    ASSERT_EQ(read.units.size(), 4u);
+    for (std::size_t i = 0; i < 3; ++i) {
+      expectUnit(read.units[i], file.units[i]);
+      EXPECT_EQ(read.units[i].form, static_cast<int>(i));
+      EXPECT_EQ(read.units[i].count, "&1");
+    }
+    EXPECT_EQ(read.units[3].key, "app:plain");
+    EXPECT_EQ(read.units[3].form, -1);
+    EXPECT_EQ(read.units[3].count, "");
+    if (!version2) {
+      EXPECT_THAT(written, HasSubstr("datatype=\"po\""));
+      file.units = {unit("app:plain", "Plain", "Zwykły", "translated")};
+      EXPECT_THAT(file.write(), Not(HasSubstr("datatype=\"po\"")));
+      EXPECT_THAT(file.write(), HasSubstr("datatype=\"plaintext\""));
+    }
+  }
+}
+
+// XLIFF 1.2 and 2.0 text around plural groups written by hand.
+std::string pluralFile(bool version2, const std::string& groupBody) {
+  if (version2) {
+    return "<?xml version=\"1.0\"?>\n<xliff version=\"2.0\" srcLang=\"en\" trgLang=\"pl\" "
+           "xmlns=\"urn:oasis:names:tc:xliff:document:2.0\"><file id=\"f\">\n"
+           "<group id=\"app:deleted\" type=\"msgtool:plurals\">\n" +
+           groupBody + "</group></file></xliff>\n";
+  }
+  return "<?xml version=\"1.0\"?>\n<xliff version=\"1.2\" "
+         "xmlns=\"urn:oasis:names:tc:xliff:document:1.2\"><file source-language=\"en\" "
+         "target-language=\"pl\"><body>\n"
+         "<group id=\"app:deleted\" restype=\"x-gettext-plurals\">\n" +
+         groupBody + "</group></body></file></xliff>\n";
+}
+
+// One form on a line of its own, its id "app:deleted`index`".
+std::string formUnit(bool version2, const std::string& index, const std::string& target) {
+  const std::string id = "app:deleted" + index;
+  if (version2) {
+    return "<unit id=\"" + id +
+           "\"><notes><note category=\"count\">&amp;1</note></notes><segment "
+           "state=\"translated\"><source>&amp;1 files</source><target>" +
+           target + "</target></segment></unit>\n";
+  }
+  return "<trans-unit id=\"" + id + "\"><source>&amp;1 files</source><target>" + target +
+         "</target><note>count: &amp;1</note></trans-unit>\n";
+}
+
+// Tools may reorder the units of a group: each form is read by the index in
+// its id, and comes back in the order of the index with the count note.
+TEST_F(XliffTest, PluralFormsAreReadByTheirIndex) {
+  for (const bool version2 : {false, true}) {
+    SCOPED_TRACE(version2 ? "XLIFF 2.0" : "XLIFF 1.2");
+    const std::string path =
+        write("order.xlf", pluralFile(version2, formUnit(version2, "[2]", "&amp;1 plików") +
+                                                    formUnit(version2, "[0]", "&amp;1 plik") +
+                                                    formUnit(version2, "[1]", "&amp;1 pliki")));
+    const msgtool::XliffFile read = msgtool::XliffFile::read(path);
+    EXPECT_EQ(read.version2, version2);
+    ASSERT_EQ(read.units.size(), 3u);
+    const std::vector<std::string> targets = {"&1 plik", "&1 pliki", "&1 plików"};
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+      EXPECT_EQ(read.units[i].key, "app:deleted");
+      EXPECT_EQ(read.units[i].form, static_cast<int>(i));
+      EXPECT_EQ(read.units[i].target, targets[i]);
+      EXPECT_EQ(read.units[i].count, "&1");
+      EXPECT_EQ(read.units[i].line, 4 + (i + 1) % 3) << "the line of the unit";
+    }
+  }
+}
+
+// A plural group that names no form, or a form twice or out of its range,
+// is refused at the line of the fault.
+TEST_F(XliffTest, BadPluralGroupsAreRefused) {
+  struct Case {
+    const char* name;
+    std::vector<std::string> indexes;  // of the units in the group, in order
+    std::string expected;              // after "<file>:"
+  };
+  const std::string wanted =
+      "\" where \"app:deleted[0]\" to \"app:deleted[1]\", each once, "
+      "were expected";
+  const std::vector<Case> cases = {
+      {"empty", {}, "3: error: the group of plural forms of \"app:deleted\" holds no form"},
+      {"twice",
+       {"[0]", "[0]"},
+       "5: error: the form of \"app:deleted\" has the id "
+       "\"app:deleted[0]" +
+           wanted},
+      {"past the end",
+       {"[0]", "[2]"},
+       "5: error: the form of \"app:deleted\" has the id "
+       "\"app:deleted[2]" +
+           wanted},
+      {"no index",
+       {"[0]", ""},
+       "5: error: the form of \"app:deleted\" has the id "
+       "\"app:deleted" +
+           wanted},
+      {"no number",
+       {"[0]", "[x]"},
+       "5: error: the form of \"app:deleted\" has the id "
+       "\"app:deleted[x]" +
+           wanted},
+  };
+  for (const bool version2 : {false, true}) {
+    for (const Case& bad : cases) {
+      SCOPED_TRACE(std::string(bad.name) + (version2 ? " XLIFF 2.0" : " XLIFF 1.2"));
+      std::string body;
+      for (const std::string& index : bad.indexes) {
+        body += formUnit(version2, index, "x");
+      }
+      const std::string path = write("bad.xlf", pluralFile(version2, body));
+      try {
+        msgtool::XliffFile::read(path);
+        ADD_FAILURE() << "accepted";
+      } catch (const msgtool::ToolError& error) {
+        EXPECT_EQ(error.describe(), path + ":" + bad.expected);
+      }
+    }
+  }
+}
+
+const char kOrdinalDocument[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
+    "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
+    "  <MessageNamespace name=\"app\">\n"
+    "    <Message id=\"place\" severity=\"info\">\n"
+    "      <Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
+    "      <Text xml:lang=\"en\">&amp;0th</Text>\n"
+    "    </Message>\n"
+    "  </MessageNamespace>\n"
+    "</MessageCollection>\n";
+
+// Runs msgtool with `arguments` in the scratch folder; its exit code.
+int runIn(const test_support::ScratchFolder& folder, std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "msgtool");
+  const fs::path previous = fs::current_path();
+  fs::current_path(folder.path());
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int code = msgtool::runTool(static_cast<int>(arguments.size()), arguments.data());
+  testing::internal::GetCapturedStdout();
+  const std::string errors = testing::internal::GetCapturedStderr();
+  fs::current_path(previous);
+  EXPECT_EQ(code, 0) << errors;
+  return code;
+}
+
+// An ordinal message goes out as one unit per category of the target
+// language and comes back as the ordinal texts of that language.
+TEST_F(XliffTest, OrdinalMessagesTravelThroughExportAndImport) {
+  for (const char* format : {"xliff", "xliff2"}) {
+    SCOPED_TRACE(format);
+    fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", scratch / "messages.xsd",
+                  fs::copy_options::overwrite_existing);
+    write("messages.xml", kOrdinalDocument);
+    ASSERT_EQ(runIn(scratch, {"export", "--format", format, "--target", "fr", "-o", "fr.xlf",
+                              "messages.xml"}),
+              0);
+    msgtool::XliffFile exported = msgtool::XliffFile::read((scratch / "fr.xlf").string());
+    std::vector<std::string> keys;
+    for (msgtool::XliffUnit& out : exported.units) {
+      keys.push_back(out.key);
+      out.target = out.key == "app:place[ordinal one]" ? "premier" : "&0e";
+      out.state = "translated";
+    }
+    EXPECT_EQ(keys,
+              (std::vector<std::string>{"app:place[ordinal one]", "app:place[ordinal other]"}));
+    write("fr.xlf", exported.write());
+    ASSERT_EQ(runIn(scratch, {"import", "--format", format, "fr.xlf", "--into", "messages.xml"}),
+              0);
+    const std::string document = test_support::readFile(scratch / "messages.xml");
+    EXPECT_THAT(document, HasSubstr("xml:lang=\"fr\" ordinal=\"one\">premier</Text>"));
+    EXPECT_THAT(document, HasSubstr("xml:lang=\"fr\">&amp;0e</Text>"));
   }
 }
 

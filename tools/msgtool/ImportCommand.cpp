@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,18 +15,17 @@
 #include "Catalogue.h"
 #include "DocumentCharacters.h"
 #include "GettextPlurals.h"
+#include "IncomingFile.h"
 #include "LanguageTags.h"
 #include "MessageDocumentEditor.h"
 #include "Placeholders.h"
-#include "PluralNeeds.h"
-#include "PoFile.h"
 #include "SourceStamp.h"
 #include "Subcommand.h"
+#include "TextWrite.h"
 #include "ToolError.h"
 #include "TranslationFormat.h"
-#include "XliffFile.h"
-#include "XliffSupport.h"
 #include "message_documents/MessageDocumentReader.h"
+#include "message_documents/PluralMessage.h"
 #include "msg/Plural.h"
 
 namespace msgtool {
@@ -45,134 +43,11 @@ struct ImportOptions {
   bool addNewKeys = false;
 };
 
-// One unit of the file, whatever its format.
-struct IncomingUnit {
-  std::string key;  // "namespace:identifier"
-  std::string source;
-  std::string target;  // "" when there is none
-  bool untranslated = false;
-  bool fuzzy = false;
-  std::string severity;
-  std::string count;  // the Message's count placeholder as exported ("&1"), "" if none
-  int line = 0;
-  std::string sourceLanguage;  // the unit's own xml:lang, "" if it names none
-  std::string targetLanguage;
-  // A plural message's cardinal forms (msgid_plural, msgstr[N]): the source's
-  // `other`, and the translation of each form as gettext numbers them.
-  std::optional<std::string> sourcePlural;
-  std::vector<std::string> forms;
-};
-
-struct IncomingFile {
-  std::string sourceLanguage;  // "" when the file does not say
-  std::string targetLanguage;
-  const char* targetField;  // where the file names its target language
-  std::vector<IncomingUnit> units;
-};
-
 // The languages an import works in, as tags.
 struct Languages {
   std::string source;
   std::string target;
 };
-
-// Two units of one key would leave the result to chance: the file is refused.
-void refuseDuplicates(const std::string& path, const std::vector<IncomingUnit>& units) {
-  std::map<std::string, int> firstLine;
-  for (const IncomingUnit& unit : units) {
-    auto [known, isNew] = firstLine.emplace(unit.key, unit.line);
-    if (!isNew) {
-      throw ToolError(path, unit.line,
-                      "the key \"" + unit.key + "\" appears again (first on line " +
-                          std::to_string(known->second) + ")");
-    }
-  }
-}
-
-// The value of the extracted comment "severity: info" for `label` "severity: ".
-std::string commentValue(const std::vector<std::string>& comments, const std::string& label) {
-  for (const std::string& comment : comments) {
-    if (comment.rfind(label, 0) == 0) {
-      return comment.substr(label.size());
-    }
-  }
-  return std::string();
-}
-
-IncomingFile readPo(const std::string& path) {
-  PoFile po = PoFile::read(path);
-  if (po.header.empty() && po.entries.empty()) {
-    throw ToolError(path, 0, "is empty: no header and no entries; nothing to import");
-  }
-  IncomingFile file{
-      po.headerField("X-Source-Language"), po.headerField("Language"), "Language header", {}};
-  for (const PoEntry& entry : po.entries) {
-    if (!entry.context || entry.context->empty()) {
-      throw ToolError(path, entry.line,
-                      "the entry has no msgctxt; msgtool finds the message by its msgctxt "
-                      "\"namespace:identifier\" (export the file with msgtool export)");
-    }
-    IncomingUnit unit{*entry.context,
-                      entry.id,
-                      entry.str,
-                      entry.str.empty(),
-                      entry.hasFlag("fuzzy"),
-                      commentValue(entry.extractedComments, kSeverityNote),
-                      commentValue(entry.extractedComments, kCountNote),
-                      entry.line,
-                      "",
-                      "",
-                      entry.idPlural,
-                      entry.forms};
-    if (unit.sourcePlural) {
-      unit.untranslated = std::all_of(unit.forms.begin(), unit.forms.end(),
-                                      [](const std::string& form) { return form.empty(); });
-    }
-    file.units.push_back(std::move(unit));
-  }
-  refuseDuplicates(path, file.units);
-  return file;
-}
-
-IncomingFile readXliff(const std::string& path) {
-  XliffFile xliff = XliffFile::read(path);
-  IncomingFile file{xliff.sourceLanguage,
-                    xliff.targetLanguage,
-                    xliff.version2 ? "trgLang" : "target-language",
-                    {}};
-  for (const XliffUnit& in : xliff.units) {
-    if (in.form > 0) {
-      // A later form of the plural message that the unit before began.
-      IncomingUnit& forms = file.units.back();
-      if (in.form == 1) {
-        forms.sourcePlural = in.source;
-      }
-      forms.forms.push_back(in.target.value_or(std::string()));
-      forms.untranslated = forms.untranslated && !in.target;
-      forms.fuzzy = forms.fuzzy || in.state.rfind("needs-review", 0) == 0;
-      continue;
-    }
-    IncomingUnit unit;
-    unit.key = in.key;
-    unit.source = in.source;
-    unit.target = in.target.value_or(std::string());
-    unit.untranslated = unit.target.empty() || in.state == "new" || in.state == "needs-translation";
-    unit.fuzzy = in.state.rfind("needs-review", 0) == 0;
-    unit.severity = in.severity;
-    unit.count = in.count;
-    unit.line = in.line;
-    unit.sourceLanguage = in.sourceLanguage;
-    unit.targetLanguage = in.targetLanguage;
-    if (in.form == 0) {
-      unit.sourcePlural = in.source;
-      unit.forms.push_back(unit.target);
-      unit.untranslated = !in.target;
-    }
-    file.units.push_back(std::move(unit));
-  }
-  refuseDuplicates(path, file.units);
-  return file;
-}
 
 // The tag of a language the file or an option names. Raises ToolError
 // (naming the file if `file` is not empty) for a name that is no tag.
@@ -255,31 +130,6 @@ void refuseWrongFormCounts(const std::string& path, const IncomingFile& file,
   }
 }
 
-// The variant "[plural =0]" or "[ordinal few]" at the end of a unit's key,
-// for the texts of a plural message that gettext cannot number. Removes it
-// from `key`; nullopt (and `key` as it was) if the key ends in none.
-std::optional<MessageDocumentEditor::Variant> takeVariant(std::string& key) {
-  const std::size_t open = key.rfind('[');
-  const std::size_t space = key.find(' ', open == std::string::npos ? 0 : open);
-  if (open == std::string::npos || key.back() != ']' || space == std::string::npos) {
-    return std::nullopt;
-  }
-  MessageDocumentEditor::Variant variant{key.substr(open + 1, space - open - 1),
-                                         key.substr(space + 1, key.size() - space - 2)};
-  msg::PluralCategory category;
-  const bool exact = variant.value.size() > 1 && variant.value[0] == '=' &&
-                     variant.value.find_first_not_of("0123456789", 1) == std::string::npos;
-  if ((variant.attribute != "plural" && variant.attribute != "ordinal") ||
-      (!exact && !msg::Plurals::categoryFromName(variant.value.c_str(), category))) {
-    return std::nullopt;
-  }
-  if (variant.value == "other") {
-    variant = MessageDocumentEditor::Variant();  // the text without the attribute
-  }
-  key.erase(open);
-  return variant;
-}
-
 class Importer {
  public:
   Importer(const ImportOptions& options, const IncomingFile& file, MessageDocumentEditor& editor)
@@ -328,71 +178,6 @@ class Importer {
     return first;
   }
 
-  // One text that a unit writes: a plain message's, or one variant of a
-  // plural message's. `single`: the variant is chosen for one number only,
-  // so its text may leave out the count.
-  struct TextWrite {
-    MessageDocumentEditor::Variant variant;
-    std::string text;
-    bool single = false;
-  };
-
-  // The texts that `unit` writes in `language`.
-  static std::vector<TextWrite> writesOf(
-      const IncomingUnit& unit, const std::optional<MessageDocumentEditor::Variant>& variant,
-      const std::string& language) {
-    const msg::Language tag(language.c_str());
-    if (variant) {
-      const msg::PluralKind kind =
-          variant->attribute == "ordinal" ? msg::PluralKind::ordinal : msg::PluralKind::cardinal;
-      msg::PluralVariant read;
-      const bool single = !variant->value.empty() &&
-                          msg::PluralMessage::readVariant(variant->value, read) &&
-                          choosesOneNumber(read, tag, kind);
-      return {TextWrite{*variant, unit.target, single}};
-    }
-    if (!unit.sourcePlural) {
-      return {TextWrite{MessageDocumentEditor::Variant(), unit.target, false}};
-    }
-    // Each form as its category; where the last form stands for `other`,
-    // which whole numbers never reach, it is written as both.
-    const GettextPlurals plurals = GettextPlurals::of(tag);
-    const LanguagePlurals& rules = LanguagePlurals::of(tag, msg::PluralKind::cardinal);
-    std::vector<TextWrite> writes;
-    for (std::size_t form = 0; form < unit.forms.size(); ++form) {
-      const msg::PluralCategory category = plurals.forms[form];
-      const bool single = rules.forOneNumber(category);
-      if (category != msg::PluralCategory::other) {
-        writes.push_back(
-            TextWrite{{"plural", msg::Plurals::categoryName(category)}, unit.forms[form], single});
-      }
-      if (category == msg::PluralCategory::other ||
-          (form + 1 == unit.forms.size() && plurals.lastStandsForOther)) {
-        writes.push_back(TextWrite{MessageDocumentEditor::Variant(), unit.forms[form], false});
-      }
-    }
-    return writes;
-  }
-
-  // Why `write` cannot be imported, "" if it can. `count`: the message's
-  // count placeholder.
-  static std::string faultOf(const TextWrite& write, const std::set<unsigned>& expected,
-                             unsigned count, const std::string& which) {
-    if (write.text.empty()) {
-      return which + " is empty";
-    }
-    const std::string unwritable = whyDocumentCannotHold(write.text);
-    if (!unwritable.empty()) {
-      return which + " holds " + unwritable;
-    }
-    const std::set<unsigned> found = placeholderNumbers(write.text);
-    if (!placeholdersFit(found, expected, count, write.single)) {
-      return which + " has the placeholders " + describePlaceholders(found) + ", its source " +
-             describePlaceholders(expected);
-    }
-    return std::string();
-  }
-
   void apply(const IncomingUnit& unit, const std::string& source, const std::string& language) {
     const std::string unwritableKey = whyDocumentCannotHold(unit.key);
     if (!unwritableKey.empty()) {
@@ -402,7 +187,7 @@ class Importer {
     }
     std::string keyText = unit.key;
     const std::optional<MessageDocumentEditor::Variant> variant =
-        unit.sourcePlural ? std::nullopt : takeVariant(keyText);
+        unit.sourcePlural ? std::nullopt : TextWrite::takeVariant(keyText);
     std::optional<MessageKey> key = keyOf(keyText);
     if (!key || key->first.empty() || key->second.empty()) {
       ++skipped, ++refused;
@@ -429,21 +214,25 @@ class Importer {
     }
     const std::string& sourceText = unit.sourcePlural ? *unit.sourcePlural : unit.source;
     const std::set<unsigned> expected = placeholderNumbers(sourceText);
-    unsigned count = 0;  // "&0" unless the file names another
-    if (!msg::PluralMessage::readCount(unit.count, count)) {
+    // Files exported before the count note travelled name none: the
+    // document's Message still knows its count. "&0" where neither names one.
+    const std::string countText =
+        unit.count.empty() ? editor.countOf(key->first, key->second) : unit.count;
+    unsigned count = 0;
+    if (!msg::PluralMessage::readCount(countText, count)) {
       ++skipped, ++refused;
       report(unit, "error",
-             "the count \"" + unit.count + "\" is no placeholder \"&N\"; not imported");
+             "the count \"" + countText + "\" is no placeholder \"&N\"; not imported");
       return;
     }
-    const std::vector<TextWrite> writes = writesOf(unit, variant, language);
+    const std::vector<TextWrite> writes = TextWrite::writesOf(unit, variant, language);
     for (std::size_t form = 0; form < writes.size(); ++form) {
       const std::string which = unit.sourcePlural
                                     ? "the form " + std::string(writes[form].variant.value.empty()
                                                                     ? "other"
                                                                     : writes[form].variant.value)
                                     : std::string("the translation");
-      const std::string fault = faultOf(writes[form], expected, count, which);
+      const std::string fault = writes[form].fault(expected, count, which);
       if (!fault.empty() && writes[form].text.empty() && unit.sourcePlural) {
         ++skipped, ++untranslated;
         report(unit, "note", fault + "; not imported until every form is translated");
@@ -494,8 +283,7 @@ class Importer {
 int runImport(const ImportOptions& options) {
   XmlSession session;
   try {
-    const IncomingFile file =
-        options.format == TranslationFormat::po ? readPo(options.input) : readXliff(options.input);
+    const IncomingFile file = IncomingFile::read(options.input, options.format);
     if (file.targetLanguage.empty() && options.target.empty()) {
       throw ToolError(options.input + ": names no target language; give --target");
     }

@@ -110,6 +110,7 @@ void MessageDocumentEditor::readLoadedTexts() {
         msg::findMessageCollection(expanded), [this](const msg::DocumentText& text) {
           const std::string key = keyOf(text.effectiveNamespace(), text.effectiveIdentifier());
           loadedKeys.insert(key);
+          loadedCounts[key] = text.count;
           loadedTexts[key + '\n' + textKey(text.effectiveLanguage(), text.plural, text.ordinal)] =
               ExistingText{text.readText(), text.textElement.getAttributeByName(
                                                 kTranslatedFromAttribute, kMsgtoolNamespace)};
@@ -231,6 +232,12 @@ std::optional<MessageDocumentEditor::ExistingText> MessageDocumentEditor::find(
   }
   auto loaded = loadedTexts.find(keyOf(nameSpace, identifier) + '\n' + textKey(language, variant));
   return loaded == loadedTexts.end() ? std::nullopt : std::optional<ExistingText>(loaded->second);
+}
+
+std::string MessageDocumentEditor::countOf(const std::string& nameSpace,
+                                           const std::string& identifier) const {
+  const auto found = loadedCounts.find(keyOf(nameSpace, identifier));
+  return found == loadedCounts.end() ? std::string() : found->second;
 }
 
 bool MessageDocumentEditor::hasMessage(const std::string& nameSpace,

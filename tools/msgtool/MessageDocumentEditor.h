@@ -61,6 +61,10 @@ class MessageDocumentEditor {
   // True if the key has a Message in the document or an included part.
   bool hasMessage(const std::string& nameSpace, const std::string& identifier) const;
 
+  // The count placeholder ("&1") that the key's Message names, as the loader
+  // reads it; "" if it names none or the key has no Message.
+  std::string countOf(const std::string& nameSpace, const std::string& identifier) const;
+
   // True if the key's Message stands where the editor cannot write: in a
   // part included only in part (xpointer) or as text, or whose root is a
   // Message.
@@ -135,6 +139,7 @@ class MessageDocumentEditor {
   std::map<std::string, MessagePlace> messages;      // keyOf -> place
   std::map<std::string, NamespacePlace> namespaces;  // name -> the last one
   std::set<std::string> loadedKeys;                  // keyOf, as the loader reads them
+  std::map<std::string, std::string> loadedCounts;   // keyOf -> the Message's count
   std::map<std::string, ExistingText> loadedTexts;   // keyOf + '\n' + textKey, as loaded
 };
 

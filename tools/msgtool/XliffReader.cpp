@@ -1,6 +1,7 @@
 #include "XliffReader.h"
 
 #include <utility>
+#include <vector>
 
 #include "OutsideFiles.h"
 #include "ToolError.h"
@@ -9,6 +10,24 @@
 namespace msgtool {
 
 using XercesXML::DOMNode;
+
+namespace {
+
+// The index N of the form id "KEY[N]", npos unless N is below `forms`.
+std::size_t formIndex(const std::string& id, const std::string& key, std::size_t forms) {
+  if (id.size() < key.size() + 3 || id.compare(0, key.size(), key) != 0 || id[key.size()] != '[' ||
+      id.back() != ']') {
+    return std::string::npos;
+  }
+  const std::string digits = id.substr(key.size() + 1, id.size() - key.size() - 2);
+  if (digits.size() > 2 || digits.find_first_not_of("0123456789") != std::string::npos) {
+    return std::string::npos;
+  }
+  const std::size_t index = std::stoul(digits);
+  return index < forms ? index : std::string::npos;
+}
+
+}  // namespace
 
 XliffFile XliffReader::read(const std::string& path) {
   const DOMNode document = readOutsideFile(path, msg::limits::kMaxTranslatorsFileBytes, false);
@@ -84,24 +103,35 @@ void XliffReader::readForms(const DOMNode& group, XliffFile& file) const {
   if (key.empty()) {
     fail(group, "a group of plural forms has no id");
   }
-  int form = 0;
+  // Tools may reorder the units of a group; each form is known by the index
+  // in its id, and the indexes must be 0 .. n-1, each once.
+  std::vector<XliffUnit> forms;
+  std::vector<DOMNode> elements;
   for (DOMNode child = group.getFirstElementChild(); child.isValid();
        child = child.getNextElementSibling()) {
-    if (child.getNodeName() != dialect->unitName) {
-      continue;
+    if (child.getNodeName() == dialect->unitName) {
+      elements.push_back(child);
     }
-    const std::string expected = key + "[" + std::to_string(form) + "]";
-    if (child.getAttributeByName("id") != expected) {
-      fail(child, "the form of \"" + key + "\" has the id \"" + child.getAttributeByName("id") +
-                      "\" where \"" + expected + "\" was expected");
-    }
-    XliffUnit unit = readUnit(child);
-    unit.key = key;
-    unit.form = form++;
-    file.units.push_back(std::move(unit));
   }
-  if (form == 0) {
+  if (elements.empty()) {
     fail(group, "the group of plural forms of \"" + key + "\" holds no form");
+  }
+  forms.resize(elements.size());
+  for (const DOMNode& element : elements) {
+    const std::string id = element.getAttributeByName("id");
+    const std::size_t form = formIndex(id, key, elements.size());
+    if (form == std::string::npos || forms[form].form >= 0) {
+      fail(element, "the form of \"" + key + "\" has the id \"" + id + "\" where \"" + key +
+                        "[0]\" to \"" + key + "[" + std::to_string(elements.size() - 1) +
+                        "]\", each once, were expected");
+    }
+    XliffUnit unit = readUnit(element);
+    unit.key = key;
+    unit.form = static_cast<int>(form);
+    forms[form] = std::move(unit);
+  }
+  for (XliffUnit& unit : forms) {
+    file.units.push_back(std::move(unit));
   }
 }
 

@@ -70,7 +70,9 @@ class XliffReader {
   // Reads the units below `parent`, descending into groups.
   void readUnits(const XercesXML::DOMNode& parent, int depth, XliffFile& file) const;
   XliffUnit readUnit(const XercesXML::DOMNode& element) const;
-  // Reads the forms of a plural group: units "KEY[0]", "KEY[1]" ... in order.
+  // Reads the forms of a plural group: units "KEY[0]", "KEY[1]" ... in any
+  // order, appended in the order of their index. Raises ToolError for an
+  // empty group or a unit whose id is no index of the group or repeats one.
   void readForms(const XercesXML::DOMNode& group, XliffFile& file) const;
   void readInlineAt(const XercesXML::DOMNode& element, std::string& out,
                     const std::function<std::string(const XercesXML::DOMNode&)>& placeholderOf,
