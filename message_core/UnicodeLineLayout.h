@@ -1,0 +1,82 @@
+// UnicodeLineLayout: the Unicode model of FormattingMessageChannel. Breaks
+// a message's output, valid UTF-8, into lines by display columns, at the
+// places the Unicode line breaking rules allow and never inside a grapheme
+// cluster.
+//
+// Private to the library: not installed, nothing here is exported.
+
+#ifndef MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
+#define MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace msg {
+
+class FormattingMessageChannel;
+
+// Lays out one message and hands its lines to the channel's
+// onMessageLine(). Lives on the stack of one FormattingMessageChannel::
+// onMessage() call; ICU's break iterators it uses are kept per thread, so
+// several threads lay out at the same time without sharing state.
+class UnicodeLineLayout {
+ public:
+  // The columns of one message, clamped by the caller: the first line starts
+  // in `firstColumn`, every further one in `leftMargin`, and no line goes
+  // beyond column `rightMargin` (0 <= leftMargin, firstColumn <=
+  // rightMargin). The channel must outlive the layout.
+  UnicodeLineLayout(FormattingMessageChannel& channel, int firstColumn, int leftMargin,
+                    int rightMargin);
+
+  UnicodeLineLayout(const UnicodeLineLayout&) = delete;
+  UnicodeLineLayout& operator=(const UnicodeLineLayout&) = delete;
+
+  // Lays out `text` and calls onMessageLine() for each line, at least once.
+  // Returns false, having called nothing, if ICU cannot give its break
+  // iterators (no data); the caller then lays the text out by bytes.
+  // REQUIRES: `text` is valid UTF-8.
+  bool layOut(const std::string& text);
+
+ private:
+  struct Cluster {
+    std::size_t begin;  // byte offsets in the text; both kBlank: a blank
+    std::size_t end;
+    int width;  // display columns
+  };
+
+  // Places the clusters between two break opportunities. `mandatory`: the
+  // segment ends in a line feed or another mandatory break.
+  void placeSegment(const std::string& text, bool mandatory);
+
+  // Appends `cluster` to the line, after the pending blanks.
+  void append(const std::string& text, const Cluster& cluster);
+
+  // Hands the line on as not the last one and starts the next at the left
+  // margin. Pending blanks are dropped.
+  void breakLine();
+
+  FormattingMessageChannel& channel_;
+  const int leftMargin_;
+  const int width_;  // columns a line may fill: rightMargin + 1
+  std::string line_;
+  int column_;        // display columns on line_
+  bool lineHasText_;  // anything but margin fill on line_
+  bool firstLine_;
+  int pendingBlanks_;             // blanks behind the text so far, not yet placed
+  std::vector<Cluster> segment_;  // clusters since the last break opportunity
+};
+
+// True if the `size` bytes at `text` are well-formed UTF-8.
+bool isValidUtf8(const char* text, std::size_t size);
+
+// Display columns of the grapheme cluster of `size` bytes at `text`: its
+// widest code point (East Asian Wide and Fullwidth 2; combining marks,
+// format and other zero-width characters 0; anything else 1), and 2 for a
+// flag (a pair of regional indicators).
+// REQUIRES: the bytes are well-formed UTF-8 and hold one cluster.
+int clusterWidth(const char* text, std::size_t size);
+
+}  // namespace msg
+
+#endif  // MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
