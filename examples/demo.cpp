@@ -184,8 +184,11 @@ void showWrapping(msg::MessageHandler& handler) {
   // A Japanese text, 24 columns wide: an ideograph takes two columns, lines
   // break between characters but never before a full stop, and the line
   // feed in the text ends a line.
-  std::cout << "\nA Japanese text through the same channel, 24 columns wide:\n";
+  std::cout << "\nA Japanese text, only the text, from column 2, 24 columns wide:\n";
   ConsoleChannel narrow;
+  narrow.setTextHeaderFormat("&t");
+  narrow.setLeftMargin(2);
+  narrow.setIndent(0);
   narrow.setRightMargin(23);
   const msg::Message japanese(
       "demo", "maintenance", msg::info, msg::Language("ja"),
