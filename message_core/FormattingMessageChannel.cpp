@@ -49,27 +49,6 @@ Columns clampColumns(int leftMargin, int rightMargin, int indent) {
   return columns;
 }
 
-// What the format gives for `message`, before any layout.
-std::string expandFormat(const char* format, const Message& message) {
-  std::string out;
-  for (const char* p = format; *p != '\0'; ++p) {
-    const char* value = nullptr;
-    if (*p == '&' && p[1] == 'n') {
-      value = message.getNamespace();
-    } else if (*p == '&' && p[1] == 'i') {
-      value = message.getIdentifier();
-    } else if (*p == '&' && p[1] == 't') {
-      value = message.getMessage();
-    } else {
-      out += *p;
-      continue;
-    }
-    out += value != nullptr ? value : "";
-    ++p;
-  }
-  return out;
-}
-
 }  // namespace
 
 // The working state of one onMessage() call. It lives on that call's stack,
@@ -110,13 +89,10 @@ void FormattingMessageChannel::onMessage(const Message& message) {
        (hasNonAscii(format) || hasNonAscii(message.getNamespace()) ||
         hasNonAscii(message.getIdentifier()) || hasNonAscii(message.getMessage())));
   if (mayBeUnicode) {
-    const std::string output = expandFormat(format, message);
-    if (isValidUtf8(output.data(), output.size())) {
-      const Columns columns = clampColumns(leftMargin, rightMargin, indent);
-      UnicodeLineLayout layout(*this, columns.first, columns.left, columns.right);
-      if (layout.layOut(output)) {
-        return;
-      }
+    const Columns columns = clampColumns(leftMargin, rightMargin, indent);
+    UnicodeLineLayout layout(*this, columns.first, columns.left, columns.right);
+    if (layout.layOut(format, message)) {
+      return;
     }
   }
   layOutBytes(message, format);

@@ -10,16 +10,17 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace msg {
 
 class FormattingMessageChannel;
+class Message;
 
 // Lays out one message and hands its lines to the channel's
 // onMessageLine(). Lives on the stack of one FormattingMessageChannel::
-// onMessage() call; ICU's break iterators it uses are kept per thread, so
-// several threads lay out at the same time without sharing state.
+// onMessage() call; its buffers and ICU's break iterators are kept per
+// thread, so several threads lay out at the same time without sharing
+// state, and a warm thread lays out without allocating.
 class UnicodeLineLayout {
  public:
   // The columns of one message, clamped by the caller: the first line starts
@@ -32,11 +33,12 @@ class UnicodeLineLayout {
   UnicodeLineLayout(const UnicodeLineLayout&) = delete;
   UnicodeLineLayout& operator=(const UnicodeLineLayout&) = delete;
 
-  // Lays out `text` and calls onMessageLine() for each line, at least once.
-  // Returns false, having called nothing, if ICU cannot give its break
-  // iterators (no data); the caller then lays the text out by bytes.
-  // REQUIRES: `text` is valid UTF-8.
-  bool layOut(const std::string& text);
+  // Expands `format` for `message` (as the channel's header format) and
+  // calls onMessageLine() for each line, at least once. Returns false,
+  // having called nothing, if the output is not valid UTF-8 or ICU cannot
+  // give its break iterators (no data); the caller then lays the message
+  // out by bytes.
+  bool layOut(const char* format, const Message& message);
 
  private:
   struct Cluster {
@@ -44,6 +46,7 @@ class UnicodeLineLayout {
     std::size_t end;
     int width;  // display columns
   };
+  struct Workspace;
 
   // Places the clusters between two break opportunities. `mandatory`: the
   // segment ends in a line feed or another mandatory break.
@@ -57,25 +60,18 @@ class UnicodeLineLayout {
   void breakLine();
 
   FormattingMessageChannel& channel_;
+  const int firstColumn_;
   const int leftMargin_;
-  const int width_;  // columns a line may fill: rightMargin + 1
-  std::string line_;
-  int column_;        // display columns on line_
-  bool lineHasText_;  // anything but margin fill on line_
+  const int width_;   // columns a line may fill: rightMargin + 1
+  Workspace* work_;   // while layOut() runs
+  int column_;        // display columns on the line
+  bool lineHasText_;  // anything but margin fill on the line
   bool firstLine_;
-  int pendingBlanks_;             // blanks behind the text so far, not yet placed
-  std::vector<Cluster> segment_;  // clusters since the last break opportunity
+  int pendingBlanks_;  // blanks behind the text so far, not yet placed
 };
 
 // True if the `size` bytes at `text` are well-formed UTF-8.
 bool isValidUtf8(const char* text, std::size_t size);
-
-// Display columns of the grapheme cluster of `size` bytes at `text`: its
-// widest code point (East Asian Wide and Fullwidth 2; combining marks,
-// format and other zero-width characters 0; anything else 1), and 2 for a
-// flag (a pair of regional indicators).
-// REQUIRES: the bytes are well-formed UTF-8 and hold one cluster.
-int clusterWidth(const char* text, std::size_t size);
 
 }  // namespace msg
 
