@@ -91,7 +91,7 @@ void FormattingMessageChannel::onMessage(const Message& message) {
   if (mayBeUnicode) {
     const Columns columns = clampColumns(leftMargin, rightMargin, indent);
     UnicodeLineLayout layout(*this, columns.first, columns.left, columns.right);
-    if (layout.layOut(format, message)) {
+    if (layout.layOut(format, message, textModel == TextModel::kChosenByText)) {
       return;
     }
   }

@@ -243,7 +243,7 @@ UnicodeLineLayout::UnicodeLineLayout(FormattingMessageChannel& channel, int firs
       firstLine_(true),
       pendingBlanks_(0) {}
 
-bool UnicodeLineLayout::layOut(const char* format, const Message& message) {
+bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool onlyBeyondAscii) {
   thread_local Workspace threadWorkspace;
   std::unique_ptr<Workspace> nested;
   Workspace* work = &threadWorkspace;
@@ -257,6 +257,13 @@ bool UnicodeLineLayout::layOut(const char* format, const Message& message) {
   std::string& text = work->output;
   expandFormat(format, message, text);
   if (!isValidUtf8(text.data(), text.size())) {
+    return false;
+  }
+  // A namespace or identifier beyond ASCII that the format does not show
+  // leaves ASCII output, which keeps the byte model.
+  if (onlyBeyondAscii && std::none_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) >= 0x80;
+      })) {
     return false;
   }
   struct BusyWhileHere {

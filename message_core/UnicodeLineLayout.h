@@ -35,10 +35,11 @@ class UnicodeLineLayout {
 
   // Expands `format` for `message` (as the channel's header format) and
   // calls onMessageLine() for each line, at least once. Returns false,
-  // having called nothing, if the output is not valid UTF-8 or ICU cannot
-  // give its break iterators (no data); the caller then lays the message
-  // out by bytes.
-  bool layOut(const char* format, const Message& message);
+  // having called nothing, if the output is not valid UTF-8, if
+  // `onlyBeyondAscii` and the output is pure ASCII, or if ICU cannot give
+  // its break iterator (no data); the caller then lays the message out by
+  // bytes.
+  bool layOut(const char* format, const Message& message, bool onlyBeyondAscii);
 
  private:
   struct Cluster {

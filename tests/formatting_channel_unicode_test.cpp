@@ -375,6 +375,13 @@ TEST(FormattingChannelUnicodeTest, HeaderAndCopyKeepTheModel) {
   RecordingChannel copy(channel);
   EXPECT_EQ(copy.getTextModel(), TextModel::kBytes);
 
+  // A namespace beyond ASCII that the format does not show leaves ASCII
+  // output: the byte model, where a line feed is a letter.
+  RecordingChannel hidden;
+  hidden.setTextHeaderFormat("&t");
+  hidden.onMessage(Message("\xC3\xA4pp", "x", error, "en", "yes\nno"));
+  EXPECT_EQ(hidden.lines, std::vector<std::string>{"yes\nno"});
+
   // The default header wraps with the text, counted in columns; the blank
   // behind the text stays where it fits.
   RecordingChannel header;
