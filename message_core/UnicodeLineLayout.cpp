@@ -60,9 +60,6 @@ int codePointWidth(UChar32 c) {
   return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
 }
 
-// Marks a cluster that is a blank taken from the pending ones.
-constexpr std::size_t kBlank = static_cast<std::size_t>(-1);
-
 // What the layout needs to know of a code point, packed in a byte: display
 // width (bits 0-1), grapheme cluster break property (bits 2-6) and
 // Extended_Pictographic (bit 7).
@@ -78,26 +75,32 @@ std::uint8_t packedProperties(UChar32 c) {
 // changed after: threads that race to make one keep the first and drop
 // theirs. Code points beyond the plane (emoji, rare ideographs) are looked
 // up each time.
+using PropertyBlock = std::atomic<const std::uint8_t*>;
+
+// Makes the block of the 256 code points from `first` on. Out of line and
+// cold: kept in the lookup below, it makes the compiler keep the code point
+// on the stack on every call.
+[[gnu::cold, gnu::noinline]] const std::uint8_t* makeBlock(PropertyBlock& slot, UChar32 first) {
+  std::unique_ptr<std::uint8_t[]> made(new std::uint8_t[256]);
+  for (int k = 0; k < 256; ++k) {
+    made[static_cast<std::size_t>(k)] = packedProperties(first + k);
+  }
+  const std::uint8_t* expected = nullptr;
+  if (slot.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) {
+    return made.release();  // kept for the life of the process
+  }
+  return expected;
+}
+
 std::uint8_t propertiesOf(UChar32 c) {
-  constexpr int kBlocks = 256;
-  static std::atomic<const std::uint8_t*> blocks[kBlocks] = {};
+  static PropertyBlock blocks[256] = {};
   if (c > 0xFFFF) {
     return packedProperties(c);
   }
-  std::atomic<const std::uint8_t*>& slot = blocks[c >> 8];
+  PropertyBlock& slot = blocks[c >> 8];
   const std::uint8_t* block = slot.load(std::memory_order_acquire);
   if (block == nullptr) {
-    std::unique_ptr<std::uint8_t[]> made(new std::uint8_t[256]);
-    const UChar32 first = c & ~0xFF;
-    for (int k = 0; k < 256; ++k) {
-      made[static_cast<std::size_t>(k)] = packedProperties(first + k);
-    }
-    const std::uint8_t* expected = nullptr;
-    if (slot.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) {
-      block = made.release();  // kept for the life of the process
-    } else {
-      block = expected;
-    }
+    block = makeBlock(slot, c & ~0xFF);
   }
   return block[c & 0xFF];
 }
@@ -110,21 +113,34 @@ bool isRegionalIndicator(UChar32 c) {
   return c >= 0x1F1E6 && c <= 0x1F1FF;
 }
 
-// The cluster is a line feed, a carriage return (with its line feed) or
-// another character that forces a break.
-bool isMandatoryBreak(const std::string& text, std::size_t begin) {
-  std::size_t at = begin;
-  UChar32 c = 0;
-  U8_NEXT_UNSAFE(text.data(), at, c);
-  switch (u_getIntPropertyValue(c, UCHAR_LINE_BREAK)) {
-    case U_LB_MANDATORY_BREAK:
-    case U_LB_CARRIAGE_RETURN:
-    case U_LB_LINE_FEED:
-    case U_LB_NEXT_LINE:
-      return true;
-    default:
-      return false;
+// The code point at `at` of well-formed UTF-8; moves `at` behind it.
+UChar32 decodeValidUtf8(const unsigned char* bytes, std::size_t& at) {
+  const UChar32 lead = bytes[at];
+  if (lead < 0x80) {
+    ++at;
+    return lead;
   }
+  if (lead < 0xE0) {
+    const UChar32 c = ((lead & 0x1F) << 6) | (bytes[at + 1] & 0x3F);
+    at += 2;
+    return c;
+  }
+  if (lead < 0xF0) {
+    const UChar32 c =
+        ((lead & 0x0F) << 12) | ((bytes[at + 1] & 0x3F) << 6) | (bytes[at + 2] & 0x3F);
+    at += 3;
+    return c;
+  }
+  const UChar32 c = ((lead & 0x07) << 18) | ((bytes[at + 1] & 0x3F) << 12) |
+                    ((bytes[at + 2] & 0x3F) << 6) | (bytes[at + 3] & 0x3F);
+  at += 4;
+  return c;
+}
+
+// A line feed, a carriage return (with its line feed: one cluster) or
+// another character after which a line must end.
+bool endsLine(UChar32 c) {
+  return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
 // The grapheme cluster boundaries of Unicode text segmentation (UAX #29,
@@ -214,7 +230,6 @@ struct UnicodeLineLayout::Workspace {
   std::vector<std::size_t> byteAt;  // byte offset in output of each unit
   std::string line;
   std::vector<Cluster> clusters;  // every grapheme cluster of output
-  std::vector<Cluster> segment;
   bool busy = false;
 
   // False if ICU cannot give the break iterators (no data).
@@ -238,10 +253,8 @@ UnicodeLineLayout::UnicodeLineLayout(FormattingMessageChannel& channel, int firs
       leftMargin_(leftMargin),
       width_(rightMargin + 1),
       work_(nullptr),
-      column_(firstColumn),
-      lineHasText_(false),
-      firstLine_(true),
-      pendingBlanks_(0) {}
+      text_(nullptr),
+      firstLine_(true) {}
 
 bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool onlyBeyondAscii) {
   thread_local Workspace threadWorkspace;
@@ -276,42 +289,43 @@ bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool 
   // its boundaries back to the UTF-8 bytes. The same pass finds the grapheme
   // clusters and their widths.
   work->units.clear();
-  work->byteAt.clear();
   work->clusters.clear();
   ClusterScanner scanner;
-  int widest = 0;
-  int regional = 0;
-  const auto closeCluster = [&](std::size_t end) {
-    if (!work->clusters.empty()) {
-      work->clusters.back().end = end;
-      work->clusters.back().width = regional == 2 ? 2 : widest;  // a flag takes 2
-    }
-    widest = 0;
-    regional = 0;
-  };
+  std::vector<Cluster>& clusters = work->clusters;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  int regional = 0;  // regional indicators in the cluster: two make a flag
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t begin = at;
-    UChar32 c = 0;
-    U8_NEXT_UNSAFE(text.data(), at, c);
+    const UChar32 c = decodeValidUtf8(bytes, at);
     const std::uint8_t properties = propertiesOf(c);
     if (scanner.startsCluster(properties)) {
-      closeCluster(begin);
-      work->clusters.push_back({begin, text.size(), 0});
+      clusters.emplace_back();
+      Cluster& added = clusters.back();
+      added.begin = begin;
+      added.unit = static_cast<int32_t>(work->units.size());
+      added.width = 0;
+      added.kind = c == ' ' ? Kind::kBlank : (endsLine(c) ? Kind::kLineEnd : Kind::kText);
+      regional = 0;
     }
-    widest = std::max(widest, widthOf(properties));
-    regional += isRegionalIndicator(c) ? 1 : 0;
+    Cluster& current = clusters.back();
+    current.width = std::max(current.width, widthOf(properties));
+    if (isRegionalIndicator(c) && ++regional == 2) {
+      current.width = 2;
+    }
     if (c <= 0xFFFF) {
       work->units.push_back(static_cast<UChar>(c));
-      work->byteAt.push_back(begin);
     } else {
       work->units.push_back(U16_LEAD(c));
       work->units.push_back(U16_TRAIL(c));
-      work->byteAt.push_back(begin);
-      work->byteAt.push_back(begin);
     }
   }
-  closeCluster(text.size());
-  work->byteAt.push_back(text.size());
+  for (std::size_t k = 0; k < clusters.size(); ++k) {
+    Cluster& cluster = clusters[k];
+    cluster.end = k + 1 < clusters.size() ? clusters[k + 1].begin : text.size();
+    if (cluster.kind == Kind::kBlank && cluster.end - cluster.begin != 1) {
+      cluster.kind = Kind::kText;  // a blank that carries a mark
+    }
+  }
   UErrorCode status = U_ZERO_ERROR;
   UText utf16 = UTEXT_INITIALIZER;
   utext_openUChars(&utf16, work->units.data(), static_cast<int64_t>(work->units.size()), &status);
@@ -321,110 +335,114 @@ bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool 
     return false;
   }
   work_ = work;
+  text_ = &text;
   work->line.assign(static_cast<std::size_t>(firstColumn_), ' ');
-  work->segment.clear();
 
-  icu::BreakIterator& lineBreaks = *work->lineBreaks;
-  const std::vector<std::size_t>& byteAt = work->byteAt;
-  std::size_t nextCluster = 0;
-  std::size_t clusterEnd = 0;
-  for (int32_t at = lineBreaks.next(); at != icu::BreakIterator::DONE; at = lineBreaks.next()) {
-    const std::size_t opportunity = byteAt[static_cast<std::size_t>(at)];
-    while (clusterEnd < opportunity && nextCluster < work->clusters.size()) {
-      work->segment.push_back(work->clusters[nextCluster]);
-      clusterEnd = work->clusters[nextCluster].end;
-      ++nextCluster;
-    }
-    // The line breaking rules allow a few breaks inside a cluster (after a
-    // blank that carries a combining mark, say); the cluster wins.
-    if (clusterEnd != opportunity) {
+  // Greedy filling, cluster by cluster. Only where a cluster overflows the
+  // line is the line break iterator asked for the last break opportunity:
+  // walking every opportunity of the text costs more than the rest of the
+  // layout.
+
+  const std::size_t count = clusters.size();
+  std::size_t lineStart = 0;  // first cluster of the line
+  std::size_t firstText = 0;  // first cluster on it that is not a blank
+  bool lineHasText = false;
+  int column = firstColumn_;
+  std::size_t k = 0;
+  while (k < count) {
+    const Cluster& cluster = clusters[k];
+    if (cluster.kind == Kind::kLineEnd) {
+      emitLine(lineStart, k, false);  // the line feed itself is not shown
+      lineStart = ++k;
+      lineHasText = false;
+      column = leftMargin_;
       continue;
     }
-    placeSegment(text, lineBreaks.getRuleStatus() >= UBRK_LINE_HARD);
-    work->segment.clear();
+    if (cluster.kind == Kind::kBlank) {
+      ++column;  // may pass the width: blanks at a break are dropped
+      ++k;
+      continue;
+    }
+    if (column + cluster.width <= width_ || k == lineStart) {
+      // Fits, or stands first on its line, where it goes even if too wide.
+      if (!lineHasText) {
+        lineHasText = true;
+        firstText = k;
+      }
+      column += cluster.width;
+      ++k;
+      continue;
+    }
+    // The cluster does not fit. After text, break at the last opportunity
+    // behind its first cluster (cut before this one if there is none);
+    // blanks that open a line are the text's own and go out as they are.
+    const std::size_t at = lineHasText ? lastBreakBefore(firstText, k) : k;
+    emitLine(lineStart, at, false);
+    lineStart = at;
+    k = at;
+    lineHasText = false;
+    column = leftMargin_;
   }
-  placeSegment(text, false);
-
-  // Blanks at the end of the output (the default format ends in one) stay
-  // as far as the line has room.
-  while (pendingBlanks_ > 0 && column_ < width_) {
-    work_->line += ' ';
-    ++column_;
-    --pendingBlanks_;
-  }
-  channel_.onMessageLine(firstLine_, true, work_->line.c_str());
+  emitLine(lineStart, count, true);
   return true;
 }
 
-void UnicodeLineLayout::placeSegment(const std::string& text, bool mandatory) {
-  std::size_t count = work_->segment.size();
-  const bool endsLine =
-      mandatory && count > 0 && isMandatoryBreak(text, work_->segment[count - 1].begin);
-  if (endsLine) {
-    --count;  // the line feed itself is not shown
+std::size_t UnicodeLineLayout::lastBreakBefore(std::size_t after, std::size_t at) {
+  const std::vector<Cluster>& clusters = work_->clusters;
+  icu::BreakIterator& lineBreaks = *work_->lineBreaks;
+  const int32_t floor = clusters[after].unit;
+  int32_t unit = clusters[at].unit;
+  if (!lineBreaks.isBoundary(unit)) {
+    unit = lineBreaks.preceding(unit);
   }
-  std::size_t textEnd = count;
-  while (textEnd > 0 && work_->segment[textEnd - 1].end - work_->segment[textEnd - 1].begin == 1 &&
-         text[work_->segment[textEnd - 1].begin] == ' ') {
+  while (unit != icu::BreakIterator::DONE && unit > floor) {
+    // The line breaking rules allow a few breaks inside a cluster (after a
+    // blank that carries a combining mark, say); the cluster wins.
+    const auto found = std::lower_bound(
+        clusters.begin() + static_cast<std::ptrdiff_t>(after),
+        clusters.begin() + static_cast<std::ptrdiff_t>(at) + 1, unit,
+        [](const Cluster& cluster, int32_t value) { return cluster.unit < value; });
+    if (found->unit == unit) {
+      return static_cast<std::size_t>(found - clusters.begin());
+    }
+    unit = lineBreaks.preceding(unit);
+  }
+  return at;
+}
+
+void UnicodeLineLayout::emitLine(std::size_t from, std::size_t to, bool last) {
+  const std::vector<Cluster>& clusters = work_->clusters;
+  std::string& line = work_->line;
+  int column = static_cast<int>(line.size());  // the margin fill
+  std::size_t text = from;
+  while (text < to && clusters[text].kind == Kind::kBlank) {
+    ++text;
+  }
+  std::size_t textEnd = to;
+  while (textEnd > text && clusters[textEnd - 1].kind == Kind::kBlank) {
     --textEnd;
   }
-  if (!lineHasText_ && pendingBlanks_ > 0 && textEnd > 0) {
-    // Blanks that open a line (of the text, or behind a line feed) are the
-    // text's own, not blanks at a break: they lead its first word.
-    const Cluster blank = {kBlank, kBlank, 1};
-    work_->segment.insert(work_->segment.begin(), static_cast<std::size_t>(pendingBlanks_), blank);
-    count += static_cast<std::size_t>(pendingBlanks_);
-    textEnd += static_cast<std::size_t>(pendingBlanks_);
-    pendingBlanks_ = 0;
-  }
-  int width = 0;
-  for (std::size_t k = 0; k < textEnd; ++k) {
-    width += work_->segment[k].width;
-  }
-  if (textEnd > 0) {
-    if (lineHasText_ && column_ + pendingBlanks_ + width > width_) {
-      breakLine();
-    }
-    // What does not fit on a line of its own is cut between clusters.
-    const bool fits = column_ + pendingBlanks_ + width <= width_;
-    for (std::size_t k = 0; k < textEnd; ++k) {
-      if (!fits && lineHasText_ && column_ + pendingBlanks_ + work_->segment[k].width > width_) {
-        breakLine();
-      }
-      append(text, work_->segment[k]);
-    }
-  }
-  pendingBlanks_ += static_cast<int>(count - textEnd);
-  if (endsLine) {
-    breakLine();
-  }
-}
-
-void UnicodeLineLayout::append(const std::string& text, const Cluster& cluster) {
-  // Blanks that would push the cluster off the line are dropped, like the
-  // blanks at a break.
-  const int room = std::max(width_ - column_ - cluster.width, 0);
-  const int blanks = std::min(pendingBlanks_, room);
-  if (blanks > 0) {
-    work_->line.append(static_cast<std::size_t>(blanks), ' ');
-  }
-  if (cluster.begin == kBlank) {
-    work_->line += ' ';
+  if (text == to) {
+    // Blanks alone (they opened the line): as many as fit.
+    const std::size_t fit = static_cast<std::size_t>(std::max(width_ - column, 0));
+    line.append(std::min(to - from, fit), ' ');
   } else {
-    work_->line.append(text, cluster.begin, cluster.end - cluster.begin);
+    // Leading blanks and text; blanks at a break are dropped.
+    line.append(*text_, clusters[from].begin, clusters[textEnd - 1].end - clusters[from].begin);
+    for (std::size_t k = from; k < textEnd; ++k) {
+      column += clusters[k].width;
+    }
+    if (last) {
+      // Blanks at the end of the output (the default format ends in one)
+      // stay as far as the line has room.
+      for (std::size_t k = textEnd; k < to && column < width_; ++k, ++column) {
+        line += ' ';
+      }
+    }
   }
-  column_ += blanks + cluster.width;
-  pendingBlanks_ = 0;
-  lineHasText_ = true;
-}
-
-void UnicodeLineLayout::breakLine() {
-  channel_.onMessageLine(firstLine_, false, work_->line.c_str());
+  channel_.onMessageLine(firstLine_, last, line.c_str());
   firstLine_ = false;
-  work_->line.assign(static_cast<std::size_t>(leftMargin_), ' ');
-  column_ = leftMargin_;
-  lineHasText_ = false;
-  pendingBlanks_ = 0;
+  line.assign(static_cast<std::size_t>(leftMargin_), ' ');
 }
 
 }  // namespace msg

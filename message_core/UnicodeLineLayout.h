@@ -9,6 +9,7 @@
 #define MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace msg {
@@ -42,33 +43,32 @@ class UnicodeLineLayout {
   bool layOut(const char* format, const Message& message, bool onlyBeyondAscii);
 
  private:
+  enum class Kind : unsigned char { kText, kBlank, kLineEnd };
   struct Cluster {
-    std::size_t begin;  // byte offsets in the text; both kBlank: a blank
+    std::size_t begin;  // byte offsets in the text
     std::size_t end;
-    int width;  // display columns
+    int32_t unit;  // UTF-16 offset of begin, for ICU
+    int width;     // display columns
+    Kind kind;     // a blank (U+0020), a line feed or other forced line end
   };
   struct Workspace;
 
-  // Places the clusters between two break opportunities. `mandatory`: the
-  // segment ends in a line feed or another mandatory break.
-  void placeSegment(const std::string& text, bool mandatory);
+  // The last cluster after `after` and up to `at` before which the line
+  // breaking rules allow a break; `at` if there is none.
+  std::size_t lastBreakBefore(std::size_t after, std::size_t at);
 
-  // Appends `cluster` to the line, after the pending blanks.
-  void append(const std::string& text, const Cluster& cluster);
-
-  // Hands the line on as not the last one and starts the next at the left
-  // margin. Pending blanks are dropped.
-  void breakLine();
+  // Hands clusters [from, to) on as a line behind its margin fill and
+  // starts the next line's fill. Blanks at its end are dropped, except on
+  // the `last` line as far as they fit.
+  void emitLine(std::size_t from, std::size_t to, bool last);
 
   FormattingMessageChannel& channel_;
   const int firstColumn_;
   const int leftMargin_;
-  const int width_;   // columns a line may fill: rightMargin + 1
-  Workspace* work_;   // while layOut() runs
-  int column_;        // display columns on the line
-  bool lineHasText_;  // anything but margin fill on the line
+  const int width_;          // columns a line may fill: rightMargin + 1
+  Workspace* work_;          // while layOut() runs
+  const std::string* text_;  // the expanded format, while layOut() runs
   bool firstLine_;
-  int pendingBlanks_;  // blanks behind the text so far, not yet placed
 };
 
 // True if the `size` bytes at `text` are well-formed UTF-8.
