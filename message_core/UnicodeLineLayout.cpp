@@ -4,14 +4,14 @@
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/utext.h>
-#include <unicode/utf8.h>
+#include <unicode/utf16.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
+#include "message_core/ClusterScanner.h"
 #include "message_core/Utf8.h"
 #include "msg/FormattingMessageChannel.h"
 #include "msg/Message.h"
@@ -40,77 +40,6 @@ void expandFormat(const char* format, const Message& message, std::string& out) 
     }
     ++p;
   }
-}
-
-int codePointWidth(UChar32 c) {
-  switch (u_charType(c)) {
-    case U_NON_SPACING_MARK:
-    case U_ENCLOSING_MARK:
-    case U_COMBINING_SPACING_MARK:
-    case U_FORMAT_CHAR:  // zero width space and joiners, soft hyphen, ...
-      return 0;
-    default:
-      break;
-  }
-  const int syllable = u_getIntPropertyValue(c, UCHAR_HANGUL_SYLLABLE_TYPE);
-  if (syllable == U_HST_VOWEL_JAMO || syllable == U_HST_TRAILING_JAMO) {
-    return 0;  // joins the leading consonant before it into one syllable
-  }
-  const int width = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
-  return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
-}
-
-// What the layout needs to know of a code point, packed in a byte: display
-// width (bits 0-1), grapheme cluster break property (bits 2-6) and
-// Extended_Pictographic (bit 7).
-std::uint8_t packedProperties(UChar32 c) {
-  const int kind = u_getIntPropertyValue(c, UCHAR_GRAPHEME_CLUSTER_BREAK);
-  const bool pictographic = u_hasBinaryProperty(c, UCHAR_EXTENDED_PICTOGRAPHIC) != 0;
-  return static_cast<std::uint8_t>(codePointWidth(c) | (kind << 2) | (pictographic ? 0x80 : 0));
-}
-
-// ICU's property lookups cost more than the rest of the layout, so the
-// packed properties of the Basic Multilingual Plane are kept in blocks of
-// 256 code points, each made the first time a text needs it and never
-// changed after: threads that race to make one keep the first and drop
-// theirs. Code points beyond the plane (emoji, rare ideographs) are looked
-// up each time.
-using PropertyBlock = std::atomic<const std::uint8_t*>;
-
-// Makes the block of the 256 code points from `first` on. Out of line and
-// cold: kept in the lookup below, it makes the compiler keep the code point
-// on the stack on every call.
-[[gnu::cold, gnu::noinline]] const std::uint8_t* makeBlock(PropertyBlock& slot, UChar32 first) {
-  std::unique_ptr<std::uint8_t[]> made(new std::uint8_t[256]);
-  for (int k = 0; k < 256; ++k) {
-    made[static_cast<std::size_t>(k)] = packedProperties(first + k);
-  }
-  const std::uint8_t* expected = nullptr;
-  if (slot.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) {
-    return made.release();  // kept for the life of the process
-  }
-  return expected;
-}
-
-std::uint8_t propertiesOf(UChar32 c) {
-  static PropertyBlock blocks[256] = {};
-  if (c > 0xFFFF) {
-    return packedProperties(c);
-  }
-  PropertyBlock& slot = blocks[c >> 8];
-  const std::uint8_t* block = slot.load(std::memory_order_acquire);
-  if (block == nullptr) {
-    block = makeBlock(slot, c & ~0xFF);
-  }
-  return block[c & 0xFF];
-}
-
-int widthOf(std::uint8_t properties) {
-  return properties & 0x3;
-}
-
-bool isRegionalIndicator(UChar32 c) {
-  return c >= 0x1F1E6 && c <= 0x1F1FF;
 }
 
 // The code point at `at` of well-formed UTF-8; moves `at` behind it.
@@ -142,61 +71,6 @@ UChar32 decodeValidUtf8(const unsigned char* bytes, std::size_t& at) {
 bool endsLine(UChar32 c) {
   return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
-
-// The grapheme cluster boundaries of Unicode text segmentation (UAX #29,
-// as of Unicode 15.0), read one code point at a time.
-class ClusterScanner {
- public:
-  // Takes the next code point, by its propertiesOf(); true if a cluster
-  // starts with it.
-  bool startsCluster(std::uint8_t properties) {
-    const int kind = (properties >> 2) & 0x1F;
-    const bool pictographic = (properties & 0x80) != 0;
-    const bool starts = first_ || breaksBetween(kind, pictographic);
-    first_ = false;
-    // State for the emoji and flag rules, now including `c`.
-    zwjAfterPictographic_ = kind == U_GCB_ZWJ && inPictographic_;
-    inPictographic_ = pictographic || (inPictographic_ && kind == U_GCB_EXTEND);
-    regionalRun_ = kind == U_GCB_REGIONAL_INDICATOR ? regionalRun_ + 1 : 0;
-    previous_ = kind;
-    return starts;
-  }
-
- private:
-  bool breaksBetween(int next, bool pictographic) const {
-    const int prev = previous_;
-    if (prev == U_GCB_CR && next == U_GCB_LF) {
-      return false;
-    }
-    if (prev == U_GCB_CONTROL || prev == U_GCB_CR || prev == U_GCB_LF || next == U_GCB_CONTROL ||
-        next == U_GCB_CR || next == U_GCB_LF) {
-      return true;
-    }
-    if ((prev == U_GCB_L &&
-         (next == U_GCB_L || next == U_GCB_V || next == U_GCB_LV || next == U_GCB_LVT)) ||
-        ((prev == U_GCB_LV || prev == U_GCB_V) && (next == U_GCB_V || next == U_GCB_T)) ||
-        ((prev == U_GCB_LVT || prev == U_GCB_T) && next == U_GCB_T)) {
-      return false;  // a Hangul syllable
-    }
-    if (next == U_GCB_EXTEND || next == U_GCB_ZWJ || next == U_GCB_SPACING_MARK ||
-        prev == U_GCB_PREPEND) {
-      return false;
-    }
-    if (zwjAfterPictographic_ && pictographic) {
-      return false;  // an emoji ZWJ sequence
-    }
-    if (next == U_GCB_REGIONAL_INDICATOR && regionalRun_ % 2 == 1) {
-      return false;  // the second half of a flag
-    }
-    return true;
-  }
-
-  bool first_ = true;
-  int previous_ = U_GCB_OTHER;
-  bool inPictographic_ = false;        // an Extended_Pictographic, then Extend*
-  bool zwjAfterPictographic_ = false;  // the last code point: a ZWJ behind one
-  int regionalRun_ = 0;                // regional indicators right before
-};
 
 }  // namespace
 
@@ -297,7 +171,7 @@ bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool 
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t begin = at;
     const UChar32 c = decodeValidUtf8(bytes, at);
-    const std::uint8_t properties = propertiesOf(c);
+    const std::uint8_t properties = codePointProperties(c);
     if (scanner.startsCluster(properties)) {
       clusters.emplace_back();
       Cluster& added = clusters.back();
@@ -308,7 +182,7 @@ bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool 
       regional = 0;
     }
     Cluster& current = clusters.back();
-    current.width = std::max(current.width, widthOf(properties));
+    current.width = std::max(current.width, displayWidth(properties));
     if (isRegionalIndicator(c) && ++regional == 2) {
       current.width = 2;
     }

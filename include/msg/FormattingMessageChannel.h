@@ -66,8 +66,9 @@ namespace msg {
 // cluster wider than the line goes on a line of its own. No line ends inside
 // a UTF-8 sequence. Output that is not valid UTF-8 has no characters to
 // count, so it takes the byte model even when the Unicode model is forced.
-// This model allocates a few times per message, and uses ICU's break
-// iterators (one of each kind per thread, kept for the thread's life).
+// This model uses ICU's line break iterator. Each thread keeps one, and its
+// buffers, for its life: the first message on a thread allocates them, the
+// messages after it allocate nothing.
 //
 // Settings outside their limits (a negative rightMargin; a leftMargin that
 // is negative or greater than rightMargin) are not rejected by the setters;
