@@ -58,12 +58,14 @@ inline bool isRegionalIndicator(UChar32 c) {
 // as of Unicode 15.0), read one code point at a time. One scanner per text.
 class ClusterScanner {
  public:
+  // Takes the next code point, as its codePointProperties(); returns true
+  // if a cluster starts with it.
   bool startsCluster(std::uint8_t properties) {
     const int kind = (properties >> 2) & 0x1F;
     const bool pictographic = (properties & 0x80) != 0;
     const bool starts = first_ || breaksBetween(kind, pictographic);
     first_ = false;
-    // State for the emoji and flag rules, now including `c`.
+    // State for the emoji and flag rules, now including this code point.
     zwjAfterPictographic_ = kind == U_GCB_ZWJ && inPictographic_;
     inPictographic_ = pictographic || (inPictographic_ && kind == U_GCB_EXTEND);
     regionalRun_ = kind == U_GCB_REGIONAL_INDICATOR ? regionalRun_ + 1 : 0;
