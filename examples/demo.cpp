@@ -201,6 +201,24 @@ void showWrapping(msg::MessageHandler& handler) {
                "between words, the first line from column 2, the others from column 6.\n";
   msg::Message notice(&handler, "demo", "maintenance");
   handler.writeMessage1(notice, "//archive/projects");
+
+  // A Japanese text, 24 columns wide: an ideograph takes two columns, lines
+  // break between characters but never before a full stop, and the line
+  // feed in the text ends a line.
+  std::cout << "\nA Japanese text, only the text, from column 2, 24 columns wide:\n";
+  ConsoleChannel narrow;
+  narrow.setTextHeaderFormat("&t");
+  narrow.setLeftMargin(2);
+  narrow.setIndent(0);
+  narrow.setRightMargin(23);
+  const msg::Message japanese(
+      "demo", "maintenance", msg::info, msg::Language("ja"),
+      "\xE4\xBB\x8A\xE5\xA4\x9C\xE3\x80\x81\xE3\x82\xA2\xE3\x83\xBC\xE3\x82\xAB"
+      "\xE3\x82\xA4\xE3\x83\x96\xE3\x82\x92\xE5\x86\x8D\xE7\xB7\xA8\xE6\x88\x90"
+      "\xE3\x81\x97\xE3\x81\xBE\xE3\x81\x99\xE3\x80\x82\n\xE3\x83\x95\xE3\x82\xA1"
+      "\xE3\x82\xA4\xE3\x83\xAB\xE3\x81\xAF\xE3\x81\x9D\xE3\x81\xAE\xE9\x96\x93"
+      "\xE3\x82\x82\xE8\xAA\xAD\xE3\x82\x81\xE3\x81\xBE\xE3\x81\x99\xE3\x80\x82");
+  narrow.onMessage(japanese);
 }
 
 void showThreshold(msg::MessageHandler& handler) {

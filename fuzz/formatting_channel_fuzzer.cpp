@@ -10,6 +10,10 @@
 //  - no character is lost: the lines, without their fill, put back together
 //    give the expanded format, where only a blank may vanish at a line break
 //    (the blank at which the line was broken).
+// The input also picks the text model. Where the Unicode model lays the
+// message out (valid UTF-8 output), every line is valid UTF-8 and only
+// blanks and one mandatory line break may vanish between two lines, and
+// blanks at the end; the columns themselves are the unit test's business.
 // AddressSanitizer watches the line buffer itself.
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -23,6 +27,7 @@
 #include <string>
 #include <vector>
 
+#include "message_core/UnicodeLineLayout.h"
 #include "msg/FormattingMessageChannel.h"
 #include "msg/Message.h"
 
@@ -128,6 +133,82 @@ void checkLayout(const RecordingChannel& channel, const std::string& expected, i
   }
 }
 
+// Length of the mandatory line break at `at` (a line feed, CR LF, ...), 0
+// if there is none.
+std::size_t lineBreakLength(const std::string& text, std::size_t at) {
+  static const char* const kBreaks[] = {"\r\n", "\n",       "\r",           "\v",
+                                        "\f",   "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+  for (const char* mark : kBreaks) {
+    const std::string breakText(mark);
+    if (text.compare(at, breakText.size(), breakText) == 0) {
+      return breakText.size();
+    }
+  }
+  return 0;
+}
+
+void checkUnicodeLayout(const RecordingChannel& channel, const std::string& expected,
+                        int leftMargin, int rightMargin, int indent) {
+  const int right = std::max(rightMargin, 0);
+  const int left = std::min(std::max(leftMargin, 0), right);
+  const long long start =
+      std::min<long long>(std::max<long long>(static_cast<long long>(indent) + left, 0), right);
+  const std::vector<Line>& lines = channel.lines;
+  if (lines.empty()) {
+    fail("no line", expected);
+  }
+  std::set<std::size_t> positions = {0};
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const Line& line = lines[i];
+    if (line.first != (i == 0) || line.last != (i + 1 == lines.size())) {
+      fail("flags out of order", "line " + std::to_string(i) + ": " + line.text);
+    }
+    if (!msg::isValidUtf8(line.text.data(), line.text.size())) {
+      fail("line is not valid UTF-8", line.text);
+    }
+    const std::size_t fill = static_cast<std::size_t>(i == 0 ? start : left);
+    if (line.text.size() < fill || line.text.find_first_not_of(' ') < fill) {
+      fail("margin fill missing", line.text);
+    }
+    const std::string content = line.text.substr(fill);
+    std::set<std::size_t> next;
+    for (std::size_t at : positions) {
+      // Between two lines: blanks, then at most one mandatory break.
+      std::size_t candidate = at;
+      while (true) {
+        if (expected.compare(candidate, content.size(), content) == 0) {
+          next.insert(candidate + content.size());
+        }
+        if (i == 0 || candidate >= expected.size()) {
+          break;
+        }
+        const std::size_t breakLength = lineBreakLength(expected, candidate);
+        if (breakLength > 0) {
+          if (expected.compare(candidate + breakLength, content.size(), content) == 0) {
+            next.insert(candidate + breakLength + content.size());
+          }
+          break;
+        }
+        if (expected[candidate] != ' ') {
+          break;
+        }
+        ++candidate;
+      }
+    }
+    if (next.empty()) {
+      fail("line does not continue the text",
+           "line: \"" + line.text + "\"\ntext: \"" + expected + "\"");
+    }
+    positions.swap(next);
+  }
+  for (std::size_t at : positions) {
+    if (expected.find_first_not_of(' ', at) == std::string::npos) {
+      return;
+    }
+  }
+  fail("characters lost", expected);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -141,6 +222,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const int indent = pickSetting(data, -100, 100);
   const std::string nameSpace = data.ConsumeRandomLengthString(40);
   const std::string identifier = data.ConsumeRandomLengthString(40);
+  const auto model =
+      static_cast<msg::FormattingMessageChannel::TextModel>(data.ConsumeIntegralInRange(0, 2));
   const bool defaultFormat = data.ConsumeBool();
   const std::string format = data.ConsumeRandomLengthString(80);
   const std::string text = data.ConsumeRemainingBytesAsString();
@@ -154,8 +237,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   if (!defaultFormat) {
     channel.setTextHeaderFormat(format.c_str());
   }
+  channel.setTextModel(model);
   channel.onMessage(message);
-  checkLayout(channel, expandFormat(channel.getTextHeaderFormat(), message), leftMargin,
-              rightMargin, indent);
+  const std::string expected = expandFormat(channel.getTextHeaderFormat(), message);
+  const bool nonAscii =
+      std::any_of(expected.begin(), expected.end(), [](char c) { return (c & 0x80) != 0; });
+  const bool unicode =
+      model == msg::FormattingMessageChannel::TextModel::kUnicode ||
+      (model == msg::FormattingMessageChannel::TextModel::kChosenByText && nonAscii);
+  if (unicode && msg::isValidUtf8(expected.data(), expected.size())) {
+    checkUnicodeLayout(channel, expected, leftMargin, rightMargin, indent);
+  } else {
+    checkLayout(channel, expected, leftMargin, rightMargin, indent);
+  }
   return 0;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "message_core/UnicodeLineLayout.h"
 #include "msg/Message.h"
 
 namespace msg {
@@ -12,6 +13,41 @@ namespace msg {
 namespace {
 
 const char kDefaultFormat[] = "&n:&i: &t ";
+
+bool hasNonAscii(const char* value) {
+  if (value == nullptr) {
+    return false;
+  }
+  for (const char* p = value; *p != '\0'; ++p) {
+    if (static_cast<unsigned char>(*p) >= 0x80) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The settings clamped to their limits: the last usable column, at least 0;
+// the left margin, 0 .. right; the first line's start, 0 .. right.
+struct Columns {
+  int left;
+  int right;
+  int first;
+};
+
+Columns clampColumns(int leftMargin, int rightMargin, int indent) {
+  Columns columns;
+  columns.right = rightMargin < 0 ? 0 : rightMargin;
+  columns.left = leftMargin < 0 ? 0 : (leftMargin > columns.right ? columns.right : leftMargin);
+  long long start = static_cast<long long>(indent) + columns.left;
+  if (start < 0) {
+    start = 0;
+  }
+  if (start > columns.right) {
+    start = columns.right;
+  }
+  columns.first = static_cast<int>(start);
+  return columns;
+}
 
 }  // namespace
 
@@ -27,22 +63,46 @@ struct FormattingMessageChannel::LineState {
 };
 
 FormattingMessageChannel::FormattingMessageChannel()
-    : leftMargin(0), rightMargin(59), indent(0), textHeaderFormat(kDefaultFormat) {}
+    : leftMargin(0),
+      rightMargin(59),
+      indent(0),
+      textHeaderFormat(kDefaultFormat),
+      textModel(TextModel::kChosenByText) {}
 
 FormattingMessageChannel::FormattingMessageChannel(const FormattingMessageChannel& other)
     : MessageChannel(other),
       leftMargin(other.leftMargin),
       rightMargin(other.rightMargin),
       indent(other.indent),
-      textHeaderFormat(other.textHeaderFormat) {}
+      textHeaderFormat(other.textHeaderFormat),
+      textModel(other.textModel) {}
 
 FormattingMessageChannel::~FormattingMessageChannel() = default;
 
 void FormattingMessageChannel::onMessage(const Message& message) {
+  const char* format = textHeaderFormat != nullptr ? textHeaderFormat : "";
+  // ASCII output never needs the Unicode model, and finding that out costs
+  // one look at every byte and no allocation.
+  const bool mayBeUnicode =
+      textModel == TextModel::kUnicode ||
+      (textModel == TextModel::kChosenByText &&
+       (hasNonAscii(format) || hasNonAscii(message.getNamespace()) ||
+        hasNonAscii(message.getIdentifier()) || hasNonAscii(message.getMessage())));
+  if (mayBeUnicode) {
+    const Columns columns = clampColumns(leftMargin, rightMargin, indent);
+    UnicodeLineLayout layout(*this, columns.first, columns.left, columns.right);
+    if (layout.layOut(format, message, textModel == TextModel::kChosenByText)) {
+      return;
+    }
+  }
+  layOutBytes(message, format);
+}
+
+void FormattingMessageChannel::layOutBytes(const Message& message, const char* format) {
+  const Columns columns = clampColumns(leftMargin, rightMargin, indent);
   LineState state;
-  state.lineRight = rightMargin < 0 ? 0 : rightMargin;
-  state.lineLeft =
-      leftMargin < 0 ? 0 : (leftMargin > state.lineRight ? state.lineRight : leftMargin);
+  state.lineRight = columns.right;
+  state.lineLeft = columns.left;
   const int lineRight = state.lineRight;
 
   // rightMargin + 1 characters and a terminator; the only allocation of the
@@ -52,18 +112,10 @@ void FormattingMessageChannel::onMessage(const Message& message) {
   std::memset(state.buffer, ' ', static_cast<std::size_t>(lineRight) + 1);
   state.buffer[lineRight + 1] = '\0';
 
-  long long start = static_cast<long long>(indent) + state.lineLeft;
-  if (start < 0) {
-    start = 0;
-  }
-  if (start > lineRight) {
-    start = lineRight;
-  }
-  state.column = static_cast<int>(start);
+  state.column = columns.first;
   state.lastBlank = -1;
   state.firstLine = true;
 
-  const char* format = textHeaderFormat != nullptr ? textHeaderFormat : "";
   for (const char* p = format; *p != '\0'; ++p) {
     if (*p != '&') {
       appendCharacter(*p, state);

@@ -23,7 +23,15 @@ namespace msg {
 // A null or empty value gives nothing. The default "&n:&i: &t " ends in a
 // blank, which comes after the text.
 //
-// Columns count from 0, one byte of text each. The first line of a message
+// Two models of text. Byte model: columns count from 0, one byte of text
+// each. Unicode model (below): columns count display width. By default
+// (TextModel::kChosenByText) every message picks its model from its own
+// output, the format with its values filled in: output that is valid UTF-8
+// and holds at least one character beyond ASCII takes the Unicode model;
+// pure ASCII and output that is not valid UTF-8 (a Latin-1 catalogue, say)
+// take the byte model. setTextModel() forces one model for every message.
+//
+// Byte model. Columns count from 0, one byte of text each. The first line of a message
 // starts in column leftMargin + indent (clamped to 0 .. rightMargin), every
 // further line in column leftMargin; a line holds at most rightMargin + 1
 // characters. Columns left of the start hold blanks ("margin fill").
@@ -44,15 +52,33 @@ namespace msg {
 // as if it had no blank. No character is lost and nothing is written
 // outside the line buffer.
 //
+// Unicode model. A grapheme cluster (a character with its combining marks,
+// an emoji sequence joined by ZWJ, a flag) takes as many columns as its
+// widest code point: East Asian Wide and Fullwidth 2, combining marks and
+// zero-width characters 0, everything else 1 (Ambiguous ones included); a
+// flag takes 2. Indent and margins keep their meaning, counted in columns,
+// and a line holds at most rightMargin + 1 columns. Lines break only where
+// the Unicode line breaking rules allow it and never inside a cluster: after
+// blanks, between ideographs, but not before closing punctuation such as
+// "\u3002". The blanks at a break are dropped. A line feed (or another
+// mandatory break) ends the line and is dropped too. Unbreakable text that
+// does not fit on a line of its own is cut between clusters; a single
+// cluster wider than the line goes on a line of its own. No line ends inside
+// a UTF-8 sequence. Output that is not valid UTF-8 has no characters to
+// count, so it takes the byte model even when the Unicode model is forced.
+// This model uses ICU's line break iterator. Each thread keeps one, and its
+// buffers, for its life: the first message on a thread allocates them, the
+// messages after it allocate nothing.
+//
 // Settings outside their limits (a negative rightMargin; a leftMargin that
 // is negative or greater than rightMargin) are not rejected by the setters;
 // onMessage() lays the message out as if they were clamped to those limits.
 // A null format prints an empty line.
 //
 // Ownership: the channel does not own its format string; the caller keeps
-// it alive while the channel may print. onMessage() allocates one line
-// buffer per message and builds every line, including a carried word, in
-// place in it.
+// it alive while the channel may print. In the byte model onMessage()
+// allocates one line buffer per message and builds every line, including a
+// carried word, in place in it.
 //
 // Thread safety: onMessage() keeps its working state on its own stack and
 // only reads the settings, so several threads may write through one channel
@@ -63,11 +89,18 @@ namespace msg {
 // (a message of several lines may be split by another thread's lines).
 class MSG_EXPORT FormattingMessageChannel : public MessageChannel {
  public:
+  // How columns and break points are counted (see above).
+  enum class TextModel {
+    kChosenByText,  // Unicode for valid non-ASCII UTF-8, bytes otherwise
+    kBytes,         // bytes for every message
+    kUnicode,       // Unicode for every message that is valid UTF-8
+  };
+
   // leftMargin 0, rightMargin 59 (60 characters a line), indent 0, format
   // "&n:&i: &t ".
   FormattingMessageChannel();
 
-  // Copies the four settings (the format pointer, not the string).
+  // Copies the five settings (the format pointer, not the string).
   FormattingMessageChannel(const FormattingMessageChannel& other);
   FormattingMessageChannel& operator=(const FormattingMessageChannel&) = delete;
 
@@ -92,6 +125,12 @@ class MSG_EXPORT FormattingMessageChannel : public MessageChannel {
   void setTextHeaderFormat(const char* format) { textHeaderFormat = format; }
   const char* getTextHeaderFormat() const { return textHeaderFormat; }
 
+  // Forces a model for every message, or lets each message choose by its
+  // output (the default, kChosenByText). A change takes effect with the next
+  // message.
+  void setTextModel(TextModel model) { textModel = model; }
+  TextModel getTextModel() const { return textModel; }
+
   // Renders one message and calls onMessageLine() for each of its lines,
   // at least once, also when the format produces nothing.
   void onMessage(const Message& message) override;
@@ -113,10 +152,14 @@ class MSG_EXPORT FormattingMessageChannel : public MessageChannel {
   // Every output character of `value` through appendCharacter().
   void appendText(const char* value, LineState& state);
 
+  // Lays `message` out by the byte model.
+  void layOutBytes(const Message& message, const char* format);
+
   int leftMargin;
   int rightMargin;
   int indent;
   const char* textHeaderFormat;
+  TextModel textModel;
 };
 
 }  // namespace msg

@@ -181,6 +181,8 @@ int runShow(ShowOptions options) {
     auto* channel = new WrappingChannel;
     channel->setRightMargin(options.width - 1);
     channel->setTextHeaderFormat("&t");
+    // Columns as a terminal shows them, whatever the catalogue's script.
+    channel->setTextModel(msg::FormattingMessageChannel::TextModel::kUnicode);
     handler.setMessageChannel(channel, true);
   } else {
     handler.setMessageChannel(new PlainChannel, true);
