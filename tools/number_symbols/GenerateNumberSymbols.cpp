@@ -31,20 +31,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "tools/icu_tables/HoldableLocales.h"
 
-bool isLetters(const char* text, std::size_t count, bool upper) {
-  if (std::strlen(text) != count) {
-    return false;
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if (!(upper ? std::isupper(c) : std::islower(c))) {
-      return false;
-    }
-  }
-  return true;
-}
+namespace {
 
 [[noreturn]] void fail(const icu::Locale& locale, const std::string& what) {
   std::cerr << "msg_number_symbols_generator: " << locale.getName() << ": " << what << "\n";
@@ -252,31 +241,19 @@ int main(int argc, char** argv) {
   // search expects.
   std::map<std::string, std::string> languages;
   std::map<std::uint32_t, std::pair<std::string, std::string>> rows;
-  int32_t count = 0;
-  const icu::Locale* available = icu::Locale::getAvailableLocales(count);
-  for (int pass = 0; pass < 2; ++pass) {
-    for (int32_t k = 0; k < count; ++k) {
-      const icu::Locale& locale = available[k];
-      if (!isLetters(locale.getLanguage(), 2, false) || locale.getScript()[0] != '\0' ||
-          locale.getVariant()[0] != '\0') {
-        continue;
-      }
-      const bool hasRegion = locale.getCountry()[0] != '\0';
-      if (hasRegion != (pass == 1) || (hasRegion && !isLetters(locale.getCountry(), 2, true))) {
-        continue;
-      }
-      const std::string text = rowText(readSymbols(locale));
-      std::string tag = locale.getLanguage();
-      if (!hasRegion) {
-        languages.emplace(tag, text);
-        rows.emplace(packedTag(tag), std::make_pair(tag, text));
-        continue;
-      }
-      const auto language = languages.find(tag);
-      if (text != (language != languages.end() ? language->second : root)) {
-        tag += std::string("-") + locale.getCountry();
-        rows.emplace(packedTag(tag), std::make_pair(tag, text));
-      }
+  for (const icu::Locale& locale : msg_tables::holdableLocales()) {
+    const bool hasRegion = locale.getCountry()[0] != '\0';
+    const std::string text = rowText(readSymbols(locale));
+    std::string tag = locale.getLanguage();
+    if (!hasRegion) {
+      languages.emplace(tag, text);
+      rows.emplace(packedTag(tag), std::make_pair(tag, text));
+      continue;
+    }
+    const auto language = languages.find(tag);
+    if (text != (language != languages.end() ? language->second : root)) {
+      tag += std::string("-") + locale.getCountry();
+      rows.emplace(packedTag(tag), std::make_pair(tag, text));
     }
   }
 

@@ -5,6 +5,7 @@
 add_executable(msg_number_symbols_generator
   ${PROJECT_SOURCE_DIR}/tools/number_symbols/GenerateNumberSymbols.cpp)
 target_link_libraries(msg_number_symbols_generator PRIVATE ICU::i18n ICU::uc)
+target_include_directories(msg_number_symbols_generator PRIVATE ${PROJECT_SOURCE_DIR})
 msg_strict_warnings(msg_number_symbols_generator)
 
 set(MSG_NUMBER_SYMBOL_DATA ${PROJECT_BINARY_DIR}/generated/NumberSymbolData.cpp)

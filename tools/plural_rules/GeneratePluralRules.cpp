@@ -24,20 +24,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "tools/icu_tables/HoldableLocales.h"
 
-bool isLetters(const char* text, std::size_t count, bool upper) {
-  if (std::strlen(text) != count) {
-    return false;
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if (!(upper ? std::isupper(c) : std::islower(c))) {
-      return false;
-    }
-  }
-  return true;
-}
+namespace {
 
 std::string ruleText(const icu::Locale& locale, UPluralType type) {
   UErrorCode status = U_ZERO_ERROR;
@@ -96,33 +85,20 @@ int main(int argc, char** argv) {
   // binary search expects (a tag packs into four bytes in the same order).
   std::map<std::string, Row> languages;
   std::map<std::string, Row> regions;
-  int32_t count = 0;
-  const icu::Locale* available = icu::Locale::getAvailableLocales(count);
-  for (int pass = 0; pass < 2; ++pass) {
-    for (int32_t k = 0; k < count; ++k) {
-      const icu::Locale& locale = available[k];
-      if (!isLetters(locale.getLanguage(), 2, false) || locale.getScript()[0] != '\0' ||
-          locale.getVariant()[0] != '\0') {
-        continue;
-      }
-      const bool hasRegion = locale.getCountry()[0] != '\0';
-      if (hasRegion != (pass == 1) || (hasRegion && !isLetters(locale.getCountry(), 2, true))) {
-        continue;
-      }
-      Row row{locale.getLanguage(), indexOf(ruleText(locale, UPLURAL_TYPE_CARDINAL)),
-              indexOf(ruleText(locale, UPLURAL_TYPE_ORDINAL))};
-      if (!hasRegion) {
-        languages.emplace(row.tag, row);
-        continue;
-      }
-      const auto language = languages.find(row.tag);
-      const std::size_t base[2] = {
-          language != languages.end() ? language->second.cardinal : root[0],
-          language != languages.end() ? language->second.ordinal : root[1]};
-      if (row.cardinal != base[0] || row.ordinal != base[1]) {
-        row.tag += std::string("-") + locale.getCountry();
-        regions.emplace(row.tag, row);
-      }
+  for (const icu::Locale& locale : msg_tables::holdableLocales()) {
+    const bool hasRegion = locale.getCountry()[0] != '\0';
+    Row row{locale.getLanguage(), indexOf(ruleText(locale, UPLURAL_TYPE_CARDINAL)),
+            indexOf(ruleText(locale, UPLURAL_TYPE_ORDINAL))};
+    if (!hasRegion) {
+      languages.emplace(row.tag, row);
+      continue;
+    }
+    const auto language = languages.find(row.tag);
+    const std::size_t base[2] = {language != languages.end() ? language->second.cardinal : root[0],
+                                 language != languages.end() ? language->second.ordinal : root[1]};
+    if (row.cardinal != base[0] || row.ordinal != base[1]) {
+      row.tag += std::string("-") + locale.getCountry();
+      regions.emplace(row.tag, row);
     }
   }
   std::map<std::string, Row> rows = languages;

@@ -5,6 +5,7 @@
 add_executable(msg_plural_rules_generator
   ${PROJECT_SOURCE_DIR}/tools/plural_rules/GeneratePluralRules.cpp)
 target_link_libraries(msg_plural_rules_generator PRIVATE ICU::i18n ICU::uc)
+target_include_directories(msg_plural_rules_generator PRIVATE ${PROJECT_SOURCE_DIR})
 msg_strict_warnings(msg_plural_rules_generator)
 
 set(MSG_PLURAL_RULE_DATA ${PROJECT_BINARY_DIR}/generated/PluralRuleData.cpp)
