@@ -47,8 +47,14 @@ UNICODE_TEST_PACKAGES := unicode-data
 # `make test` before anything is built.
 LINT_PACKAGES := clang-tidy clang-format
 
-.PHONY: deps demo test test-tree lint format-check fault-check release bench fuzz fuzz-build \
-        memcheck tsan format clean
+# The API reference (docs/Doxyfile.in): Doxygen, and Python for the filter
+# that hands the headers' comments to it. The tree is configured without
+# tests, examples or tool; its html/ is the reference.
+DOCS_DIR      := build/docs
+DOCS_PACKAGES := doxygen python3
+
+.PHONY: deps demo test test-tree lint format-check fault-check docs docs-check release bench \
+        fuzz fuzz-build memcheck tsan format clean
 
 deps:
 	@tools/install-deps.sh $(DEBIAN_PACKAGES)
@@ -67,9 +73,9 @@ demo: release
 # sanitizer report aborts the test that caused it. Then every fuzz target
 # runs for FUZZ_SMOKE_SECONDS and replays its kept regression inputs, in the
 # clang tree of `make fuzz` (CTest label "fuzz").
-# Format, planted-fault patterns and clang-tidy come first: they take seconds
-# to a few minutes and fail before the long builds.
-test: deps format-check fault-check lint fuzz-build tsan test-tree
+# Format, planted-fault patterns, the API reference and clang-tidy come
+# first: they take seconds to a few minutes and fail before the long builds.
+test: deps format-check fault-check docs-check lint fuzz-build tsan test-tree
 	@tools/install-deps.sh $(TRANSLATION_TEST_PACKAGES) $(UNICODE_TEST_PACKAGES)
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
@@ -88,6 +94,21 @@ lint: test-tree
 format-check:
 	@tools/install-deps.sh $(LINT_PACKAGES)
 	git ls-files '*.h' '*.cpp' | xargs -r clang-format --dry-run -Werror
+
+# The HTML reference of the public headers, with README.md as its main page
+# and the guides of docs/ as related pages, in $(DOCS_DIR)/html/index.html.
+# Fails on any warning of Doxygen: a public class, function, member or enum
+# value without documentation, a @param that names no parameter, a broken
+# reference.
+docs: deps
+	@tools/install-deps.sh $(DOCS_PACKAGES)
+	cmake -S . -B $(DOCS_DIR) -G Ninja -DMSG_BUILD_TESTS=OFF -DMSG_BUILD_EXAMPLES=OFF \
+	  -DMSG_BUILD_TOOLS=OFF -DMSG_DOCS_DIR=$(CURDIR)/$(DOCS_DIR)
+	cmake --build $(DOCS_DIR) --target docs
+
+# The reference's warning check, as `make test` runs it: builds the
+# reference (only the reference, no code).
+docs-check: docs
 
 # Every planted fault of tools/plant-faults.py still finds its code; builds nothing.
 fault-check:

@@ -39,6 +39,7 @@ class MSG_EXPORT ErrorInMessageDocument {
   // As above, with the problems that caused the failure.
   ErrorInMessageDocument(const char* text, std::vector<DocumentProblem> problems);
 
+  // Copies the text and the problems; the copy shares nothing with `other`.
   ErrorInMessageDocument(const ErrorInMessageDocument& other);
   ErrorInMessageDocument& operator=(const ErrorInMessageDocument&) = delete;
 

@@ -60,6 +60,7 @@ class MSG_EXPORT JsonLinesMessageChannel : public MessageChannel {
   // Writes to the open file descriptor `fileDescriptor`.
   explicit JsonLinesMessageChannel(int fileDescriptor);
 
+  // A copy writes to the same stream or file descriptor.
   JsonLinesMessageChannel(const JsonLinesMessageChannel&) = default;
   JsonLinesMessageChannel& operator=(const JsonLinesMessageChannel&) = delete;
   ~JsonLinesMessageChannel() override;

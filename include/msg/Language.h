@@ -81,6 +81,7 @@ struct Language {
     return tag;
   }
 
+  // The four bytes, packed as Language(const char*) describes.
   char tagChars[4];
 };
 

@@ -62,6 +62,7 @@ class MSG_EXPORT LanguageList {
   // name and returns its value, or null if it is not set.
   static LanguageList fromEnvironment(const std::function<const char*(const char*)>& lookup);
 
+  // Deep copies: the copy shares no storage with `other`.
   LanguageList(const LanguageList& other);
   LanguageList& operator=(const LanguageList& other);  // self-assignment is a no-op
   ~LanguageList();

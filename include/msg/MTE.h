@@ -51,6 +51,8 @@ class MSG_EXPORT MTE {
   // Frees the copied strings if the entry owns them. Does not unlink.
   ~MTE();
 
+  // The entry as made: severity, language, key and text, and whether it
+  // owns copies of its strings.
   short getSeverity() const { return severity; }
   Language getLanguage() const { return language; }
   const char* getNamespace() const { return nameSpace; }

@@ -86,6 +86,8 @@ class MSG_EXPORT Message {
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void*, void*) noexcept {}
 
+  // The record's key, severity and language; for the not-found record
+  // standing in for a key, those of the not-found entry.
   const char* getNamespace() const {
     return keySource != nullptr ? keySource->getNamespace() : nameSpace;
   }

@@ -25,6 +25,8 @@ class MessageHandler;
 // std::cerr synchronised with stdio, the default).
 class MSG_EXPORT MessageChannel {
  public:
+  // The base class holds nothing: channels are made, copied and assigned
+  // as their derived classes allow.
   MessageChannel() = default;
   MessageChannel(const MessageChannel&) = default;
   MessageChannel& operator=(const MessageChannel&) = default;

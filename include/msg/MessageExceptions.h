@@ -15,6 +15,7 @@ namespace msg {
 // a null handler. The only text the library uses is "MessageHandler corrupted."
 class MSG_EXPORT MessageHandlerError {
  public:
+  // The exception with the text `errorText` (not copied).
   explicit MessageHandlerError(const char* errorText) : text(errorText) {}
   const char* getText() const { return text; }
 
@@ -26,6 +27,7 @@ class MSG_EXPORT MessageHandlerError {
 // namespace, identifier and language stood in the table.
 class MSG_EXPORT MessageExists {
  public:
+  // The key of the entry that was refused (the strings are not copied).
   MessageExists(const char* keyNamespace, const char* keyIdentifier)
       : nameSpace(keyNamespace), identifier(keyIdentifier) {}
   const char* getNamespace() const { return nameSpace; }
@@ -40,6 +42,7 @@ class MSG_EXPORT MessageExists {
 // the not-found message ("msg", "notfound") in an acceptable language.
 class MSG_EXPORT MessageNotFound {
  public:
+  // The key that was asked for (the strings are not copied).
   MessageNotFound(const char* keyNamespace, const char* keyIdentifier)
       : nameSpace(keyNamespace), identifier(keyIdentifier) {}
   const char* getNamespace() const { return nameSpace; }

@@ -34,13 +34,14 @@ namespace msg {
 // shown: number(1.5) is "one" in French, number(1, 1) ("1.0") "other" in
 // English.
 struct NumberArgument {
+  // Which of number() and percent() made the argument.
   enum class Style : std::uint8_t { number, percent };
 
   double value;             // when !integral
   std::uint64_t magnitude;  // when integral: the absolute value
-  bool integral;
-  bool negative;  // when integral
-  Style style;
+  bool integral;            // made from an integer type
+  bool negative;            // when integral
+  Style style;              // number() or percent()
   // Fraction digits: -1 for at most 3, else exactly this many (0 to 16).
   int decimals;
 };

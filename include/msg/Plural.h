@@ -22,6 +22,7 @@ enum class PluralCategory : std::uint8_t {
   other = 5
 };
 
+// The number of categories, one more than the highest PluralCategory.
 inline constexpr int kPluralCategoryCount = 6;
 
 // Cardinal rules choose "1 file, 2 files"; ordinal rules "1st, 2nd, 3rd".

@@ -34,8 +34,8 @@ class MSG_EXPORT PluralMTE {
   // One variant: `form` is a category ("zero", "one", "two", "few", "many")
   // or an exact value ("=0", "=12"; at most 18 digits), `text` its text.
   struct Form {
-    const char* form;
-    const char* text;
+    const char* form;  // the category or exact value
+    const char* text;  // the text of the variant
   };
 
   // Checks the forms, then links the entry (severity, language, namespace,
@@ -58,6 +58,7 @@ class MSG_EXPORT PluralMTE {
   // Leaves the entry linked, as ~MTE does.
   ~PluralMTE();
 
+  // The entry this object linked, with the `other` text.
   const MTE& entry() const { return linked; }
 
  private:

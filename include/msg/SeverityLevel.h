@@ -13,10 +13,10 @@ namespace msg {
 // The enumerators live in namespace msg (msg::info ... msg::abort); code that
 // says `using namespace msg;` must call the C library's abort as std::abort.
 enum SeverityLevel : std::int32_t {
-  info = 0,
-  warning = 1,
-  error = 2,
-  abort = 3,
+  info = 0,     // for the record; the default threshold
+  warning = 1,  // something may be wrong; work goes on
+  error = 2,    // something failed
+  abort = 3,    // the program cannot go on (the library itself stops nothing)
 };
 
 }  // namespace msg

@@ -49,6 +49,7 @@ class MSG_EXPORT SyslogMessageChannel : public MessageChannel {
   SyslogMessageChannel& operator=(const SyslogMessageChannel&) = delete;
   ~SyslogMessageChannel() override;
 
+  // The facility given to the constructor.
   int getFacility() const { return facility; }
 
   // The ident given to openlog(); "" if none was given.

@@ -28,8 +28,10 @@ namespace msg {
 // Both strings must outlive the key (string literals do).
 template <std::size_t Placeholders>
 struct Key {
+  // The namespace and identifier of the catalogue entry.
   const char* nameSpace;
   const char* identifier;
+  // Placeholders: the number of arguments write() and format() take.
   static constexpr std::size_t placeholders = Placeholders;
 };
 
@@ -45,22 +47,25 @@ template <std::size_t Placeholders, std::size_t CountPlaceholder = 0>
 struct PluralKey {
   static_assert(CountPlaceholder < Placeholders,
                 "msg::PluralKey: the count must be one of the key's placeholders");
+  // The namespace and identifier of the catalogue entry.
   const char* nameSpace;
   const char* identifier;
+  // Placeholders: the number of arguments write() and format() take.
   static constexpr std::size_t placeholders = Placeholders;
+  // CountPlaceholder: the number of the placeholder that holds the count.
   static constexpr std::size_t countPlaceholder = CountPlaceholder;
 };
 
 // A floating-point argument with its number of decimals; see fixed().
 struct FixedArgument {
-  double value;
-  int decimals;
+  double value;  // the number to write
+  int decimals;  // as given to fixed(); the substitution clamps it
 };
 
 // A boolean argument with its choice of words; see yesNo() and trueFalse().
 struct BoolArgument {
-  bool value;
-  Message::BoolOption words;
+  bool value;                 // the value to write
+  Message::BoolOption words;  // the words it is written in
 };
 
 // `value` with `decimals` decimals (1 to 16; 0 or less gives none, more
@@ -238,7 +243,6 @@ void write(MessageHandler& handler, const char* nameSpace, const char* identifie
   typed_detail::fillFound(message, nameSpace, identifier, arguments...);
   handler.writeMessage(message);
 }
-
 template <typename... Args>
 void write(MessageHandler* handler, const char* nameSpace, const char* identifier,
            const Args&... arguments) {
@@ -258,7 +262,6 @@ std::string format(const MessageHandler& handler, const char* nameSpace, const c
   typed_detail::fillFound(message, nameSpace, identifier, arguments...);
   return typed_detail::shownText(message);
 }
-
 template <typename... Args>
 std::string format(const MessageHandler* handler, const char* nameSpace, const char* identifier,
                    const Args&... arguments) {
@@ -274,7 +277,6 @@ void write(Handler&& handler, const Key<Placeholders>& key, const Args&... argum
                 "msg::write: the number of arguments differs from the key's placeholders");
   ::msg::write(handler, key.nameSpace, key.identifier, arguments...);
 }
-
 template <std::size_t Placeholders, typename Handler, typename... Args>
 std::string format(Handler&& handler, const Key<Placeholders>& key, const Args&... arguments) {
   static_assert(sizeof...(Args) == Placeholders,
@@ -293,7 +295,6 @@ void write(Handler&& handler, const PluralKey<Placeholders, Count>& key, const A
                 "double, msg::fixed(value, decimals) or msg::number(value))");
   ::msg::write(handler, key.nameSpace, key.identifier, arguments...);
 }
-
 template <std::size_t Placeholders, std::size_t Count, typename Handler, typename... Args>
 std::string format(Handler&& handler, const PluralKey<Placeholders, Count>& key,
                    const Args&... arguments) {
@@ -312,7 +313,6 @@ inline std::unique_ptr<Message> getMessage(const MessageHandler& handler, const 
                                            const char* identifier) {
   return std::unique_ptr<Message>(handler.getMessage(nameSpace, identifier));
 }
-
 template <std::size_t Placeholders>
 std::unique_ptr<Message> getMessage(const MessageHandler& handler, const Key<Placeholders>& key) {
   return ::msg::getMessage(handler, key.nameSpace, key.identifier);

@@ -20,6 +20,7 @@ namespace XercesXML {
 // getMessageText().
 class MSG_EXPORT Exception : public structured_exception {
  public:
+  // Copies the text; the copy shares nothing with `other`.
   Exception(const Exception& other);
   Exception& operator=(const Exception&) = delete;
   ~Exception() override;
@@ -40,6 +41,7 @@ class MSG_EXPORT Exception : public structured_exception {
 // not started. Key "Xerces", "NotInitialized".
 class MSG_EXPORT NotInitialized : public Exception {
  public:
+  // The exception with the detailed diagnostic `text`; copies share nothing.
   explicit NotInitialized(const std::string& text);
   NotInitialized(const NotInitialized& other);
   ~NotInitialized() override;
@@ -49,6 +51,7 @@ class MSG_EXPORT NotInitialized : public Exception {
 // encoding other than the one in force. Key "Xerces", "InitializationFailure".
 class MSG_EXPORT InitializationFailure : public Exception {
  public:
+  // The exception with the detailed diagnostic `text`; copies share nothing.
   explicit InitializationFailure(const std::string& text);
   InitializationFailure(const InitializationFailure& other);
   ~InitializationFailure() override;
@@ -58,6 +61,7 @@ class MSG_EXPORT InitializationFailure : public Exception {
 // could not be converted. Key "Xerces", "ParsingError".
 class MSG_EXPORT ParsingError : public Exception {
  public:
+  // The exception with the detailed diagnostic `text`; copies share nothing.
   explicit ParsingError(const std::string& text);
   ParsingError(const ParsingError& other);
   ~ParsingError() override;
@@ -66,6 +70,7 @@ class MSG_EXPORT ParsingError : public Exception {
 // An operation was called on a null node handle. Key "Xerces", "NullPointer".
 class MSG_EXPORT NullPointer : public Exception {
  public:
+  // The exception with the detailed diagnostic `text`; copies share nothing.
   explicit NullPointer(const std::string& text);
   NullPointer(const NullPointer& other);
   ~NullPointer() override;
@@ -75,6 +80,7 @@ class MSG_EXPORT NullPointer : public Exception {
 // search. Key "Xerces", "NavigationError".
 class MSG_EXPORT NavigationError : public Exception {
  public:
+  // The exception with the detailed diagnostic `text`; copies share nothing.
   explicit NavigationError(const std::string& text);
   NavigationError(const NavigationError& other);
   ~NavigationError() override;
