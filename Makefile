@@ -43,6 +43,10 @@ TRANSLATION_TEST_PACKAGES := gettext translate-toolkit
 # channel's Unicode layout test; test data only.
 UNICODE_TEST_PACKAGES := unicode-data
 
+# man and groff, which render msgtool's generated manual page in its test;
+# test tools only.
+MANUAL_TEST_PACKAGES := man-db groff-base
+
 # clang-tidy (checks in .clang-tidy) and clang-format (.clang-format), run by
 # `make test` before anything is built.
 LINT_PACKAGES := clang-tidy clang-format
@@ -76,7 +80,8 @@ demo: release
 # Format, planted-fault patterns, the API reference and clang-tidy come
 # first: they take seconds to a few minutes and fail before the long builds.
 test: deps format-check fault-check docs-check lint fuzz-build tsan test-tree
-	@tools/install-deps.sh $(TRANSLATION_TEST_PACKAGES) $(UNICODE_TEST_PACKAGES)
+	@tools/install-deps.sh $(TRANSLATION_TEST_PACKAGES) $(UNICODE_TEST_PACKAGES) \
+	  $(MANUAL_TEST_PACKAGES)
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 	cd $(FUZZ_DIR)/fuzz && ctest --output-on-failure -j $(JOBS)

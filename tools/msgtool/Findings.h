@@ -1,10 +1,10 @@
 // Findings: what `msgtool check` finds wrong in a catalogue.
 //
 // Each finding has a place, a severity, a stable code and a one-line
-// explanation; the codes and what they mean are listed in docs/msgtool.md
-// and never change meaning. The rules look at the catalogue as the loader
-// would register it (defaults in place, languages packed) and point at the
-// document as written.
+// explanation; the codes and what they mean are listed in FindingCodes.h
+// (and explained at length in docs/msgtool.md) and never change meaning.
+// The rules look at the catalogue as the loader would register it (defaults
+// in place, languages packed) and point at the document as written.
 
 #ifndef MSGTOOL_FINDINGS_H_
 #define MSGTOOL_FINDINGS_H_
@@ -13,30 +13,11 @@
 #include <vector>
 
 #include "Catalogue.h"
+#include "FindingCodes.h"
 
 namespace msgtool {
 
 enum class FindingSeverity { warning, error };
-
-// The codes, one per kind of fault.
-namespace code {
-inline constexpr char kDocumentRefused[] = "document-refused";
-inline constexpr char kPlaceholderMismatch[] = "placeholder-mismatch";
-inline constexpr char kDuplicateText[] = "duplicate-text";
-inline constexpr char kUnknownSeverity[] = "unknown-severity";
-inline constexpr char kMissingId[] = "missing-id";
-inline constexpr char kMissingNamespaceName[] = "missing-namespace-name";
-inline constexpr char kMissingTranslation[] = "missing-translation";
-inline constexpr char kLanguageTag[] = "language-tag";
-inline constexpr char kPlaceholderGap[] = "placeholder-gap";
-inline constexpr char kIgnoredPlaceholder[] = "ignored-placeholder";
-inline constexpr char kEmptyText[] = "empty-text";
-inline constexpr char kWhitespaceMismatch[] = "whitespace-mismatch";
-inline constexpr char kStaleTranslation[] = "stale-translation";
-inline constexpr char kPluralFormMissing[] = "plural-form-missing";
-inline constexpr char kPluralFormUnused[] = "plural-form-unused";
-inline constexpr char kPluralCountMissing[] = "plural-count-missing";
-}  // namespace code
 
 struct Finding {
   SourcePlace place;

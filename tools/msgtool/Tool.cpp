@@ -8,6 +8,8 @@
 #include <new>
 #include <sstream>
 
+#include "BashCompletion.h"
+#include "ManualPage.h"
 #include "ToolError.h"
 #include "msg/version.h"
 
@@ -73,6 +75,16 @@ Tool::Tool()
           "msgtool")) {
   app->formatter(std::make_shared<HelpFormatter>());
   app->set_version_flag("--version", std::string("msgtool ") + MSG_VERSION_STRING);
+  // Like --version, it ends the parse before a subcommand is asked for.
+  app->add_option_function<std::string>(
+         "--generate",
+         [this](const std::string& kind) {
+           generated = kind;
+           throw CLI::Success();
+         },
+         "Print the manual page or the bash completion script and exit")
+      ->check(CLI::IsMember({"man", "complete-bash"}))
+      ->option_text("man|complete-bash");
   app->require_subcommand(1);
   app->fallthrough(false);
   app->footer(
@@ -90,6 +102,10 @@ Tool::Tool()
 }
 
 Tool::~Tool() = default;
+
+std::string Tool::generate(const std::string& kind) const {
+  return kind == "man" ? manualPage(*app, registeredSubcommands()) : bashCompletion(*app);
+}
 
 std::vector<std::string> Tool::wordsFor(std::vector<std::string> words) const {
   // The main command takes only flags, so its first other word names the
@@ -114,6 +130,10 @@ int Tool::run(int argc, const char* const* argv) {
   try {
     app->parse(wordsFor(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc)));
   } catch (const CLI::ParseError& error) {
+    if (!generated.empty()) {
+      std::cout << generate(generated);
+      return kExitClean;
+    }
     // --help and --version end here too, with exit code 0.
     const int code = app->exit(error);
     return code == 0 ? kExitClean : kExitFailure;

@@ -32,16 +32,26 @@ class Tool {
   Tool& operator=(const Tool&) = delete;
 
   // Parses `argv` (argv[0] is the program's name) and runs the chosen
-  // subcommand. --help and --version print to standard output; a usage
-  // error or a failure prints "msgtool: error: ..." (or CLI11's message) to
-  // standard error. Returns the exit code (see ExitCode); raises nothing.
-  // Run it once per Tool.
+  // subcommand. --help, --version and --generate (the manual page or the
+  // bash completion) print to standard output; a usage error or a failure
+  // prints "msgtool: error: ..." (or CLI11's message) to standard error.
+  // Returns the exit code (see ExitCode); raises nothing. Run it once per
+  // Tool.
   int run(int argc, const char* const* argv);
 
   // Parses `commandLine` (without the program's name) and runs nothing:
   // for checking that a command line is one the tool accepts.
   // Raises CLI::ParseError (CLI::CallForHelp for --help) if it is not.
   void parseOnly(const std::string& commandLine);
+
+  // The command line as built, every subcommand with its options: what the
+  // manual page and the completion are written from. Owned by the Tool.
+  const CLI::App& commandLine() const { return *app; }
+
+  // What --generate KIND prints: "man" gives the manual page, in man(7)
+  // markup, "complete-bash" the bash completion script.
+  // REQUIRES: `kind` is one of the two.
+  std::string generate(const std::string& kind) const;
 
  private:
   struct Chosen {
@@ -57,6 +67,7 @@ class Tool {
   std::unique_ptr<CLI::App> app;
   std::vector<Chosen> commands;
   std::set<std::string> marksEndOfOptions;  // subcommands that see "--"
+  std::string generated;                    // the KIND of --generate, if given
 };
 
 // What main() does: Tool().run(argc, argv).
