@@ -50,7 +50,8 @@ TEST(SharedLibraryTest, ExceptionTextsComeThroughTheDocumentHandler) {
   EXPECT_EQ(after->getParent(), plain);
 
   // A text the stacked handler holds and the plain one does not.
-  new msg::MTE(msg::info, "en", "shared", "only", "from the document handler", after, false, false);
+  static const msg::MTE only(msg::info, "en", "shared", "only", "from the document handler", after,
+                             false, false);
   EXPECT_STREQ(
       structured_exception("t", false, "shared", "only", 0, nullptr, false).getMessageText(),
       "from the document handler");
