@@ -25,6 +25,8 @@ TSAN_DIR := build/tsan
 BENCH_PACKAGES    := gettext libicu-dev icu-devtools libfmt-dev python3
 BENCH_REPETITIONS ?= 9
 BENCH_FLAGS       ?=
+# Runs of each process in the start-up measurement (tools/startup-bench.sh).
+STARTUP_RUNS      ?= 15
 
 # Hardening: libFuzzer targets built with clang (fuzz/), and the tests under
 # valgrind memcheck. `make test` runs each fuzz target for a few seconds.
@@ -58,7 +60,7 @@ DOCS_DIR      := build/docs
 DOCS_PACKAGES := doxygen python3
 
 .PHONY: deps demo test test-tree lint format-check fault-check docs docs-check release bench \
-        fuzz fuzz-build memcheck tsan format clean
+        bench-tree startup-bench fuzz fuzz-build memcheck tsan format clean
 
 deps:
 	@tools/install-deps.sh $(DEBIAN_PACKAGES)
@@ -145,13 +147,11 @@ memcheck: deps
 
 # Release build of the benchmarks against gettext and ICU, run with
 # repetitions in random order; prints the medians and the msg/peer ratios of
-# the run and keeps its JSON in $(BENCH_DIR)/results.json.
+# the run and keeps its JSON in $(BENCH_DIR)/results.json; then the start-up
+# measurement (startup-bench below).
 # `make test` builds the benchmarks too (so they keep compiling) but does not
 # run them.
-bench: deps
-	@tools/install-deps.sh $(BENCH_PACKAGES)
-	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMSG_BUILD_BENCH=ON \
-	  -DMSG_BUILD_TESTS=OFF -DMSG_BUILD_EXAMPLES=OFF
+bench: bench-tree
 	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_bench msgtool_check_bench msgtool_import_bench
 	$(BENCH_DIR)/bench/msg_bench --benchmark_repetitions=$(BENCH_REPETITIONS) \
 	  --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
@@ -161,6 +161,20 @@ bench: deps
 	  $(BENCH_DIR)/bench/catalogue/messages.xml $(BENCH_DIR)/bench/catalogue/messages-part.xml
 	$(BENCH_DIR)/bench/msgtool_import_bench $(BENCH_DIR)/tools/msgtool/msgtool 5 \
 	  $(BENCH_DIR)/bench/catalogue/messages.xsd 5000 10000
+	$(MAKE) --no-print-directory startup-bench
+
+bench-tree: deps
+	@tools/install-deps.sh $(BENCH_PACKAGES)
+	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMSG_BUILD_BENCH=ON \
+	  -DMSG_BUILD_TESTS=OFF -DMSG_BUILD_EXAMPLES=OFF
+
+# Start-up of whole processes, side by side with gettext (bench/startup,
+# tools/startup-bench.sh): CPU, peak RSS and shared libraries per process,
+# medians of STARTUP_RUNS runs. Part of `make bench`; alone it takes a
+# minute once the million-key catalogues exist.
+startup-bench: bench-tree
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target msg_startup_bench
+	tools/startup-bench.sh $(BENCH_DIR) $(STARTUP_RUNS)
 
 # The threads test built with ThreadSanitizer in a tree of its own: several
 # threads share one loaded handler and write through its channels; any

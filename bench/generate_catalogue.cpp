@@ -8,8 +8,10 @@
 //                                     (root holds English, so ICU's own
 //                                     de_AT -> de -> root fallback applies)
 //
-// Usage: generate_catalogue OUTPUT_DIR [KEY_COUNT]
-// The content comes from CatalogueData and is the same on every run.
+// Usage: generate_catalogue OUTPUT_DIR [KEY_COUNT [po]]
+// With `po`, only the gettext sources are written (the start-up benchmark's
+// large catalogues need no document). The content comes from CatalogueData
+// and is the same on every run.
 
 #include <cstdlib>
 #include <filesystem>
@@ -143,20 +145,25 @@ void writeBundle(const std::string& path, const char* locale, std::size_t keyCou
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2 || argc > 3) {
-    std::cerr << "usage: " << argv[0] << " OUTPUT_DIR [KEY_COUNT]\n";
+  if (argc < 2 || argc > 4 || (argc == 4 && std::string(argv[3]) != "po")) {
+    std::cerr << "usage: " << argv[0] << " OUTPUT_DIR [KEY_COUNT [po]]\n";
     return 2;
   }
+  const bool onlyPo = argc == 4;
   const std::string dir = argv[1];
   const std::size_t keyCount =
-      argc == 3 ? std::strtoul(argv[2], nullptr, 10) : msg_bench::kStandardKeyCount;
+      argc >= 3 ? std::strtoul(argv[2], nullptr, 10) : msg_bench::kStandardKeyCount;
 
   std::filesystem::create_directories(dir + "/po");
-  std::filesystem::create_directories(dir + "/icu");
-  writeDocument(dir, keyCount);
   writePo(dir + "/po/en.po", keyCount, Which::kEnglish);
   writePo(dir + "/po/de.po", keyCount, Which::kGerman);
   writePo(dir + "/po/de_AT.po", keyCount, Which::kAustrian);
+  if (onlyPo) {
+    std::cout << "wrote " << keyCount << " keys to " << dir << "/po\n";
+    return 0;
+  }
+  std::filesystem::create_directories(dir + "/icu");
+  writeDocument(dir, keyCount);
   writeBundle(dir + "/icu/root.txt", "root", keyCount, Which::kEnglish);
   writeBundle(dir + "/icu/de.txt", "de", keyCount, Which::kGerman);
   writeBundle(dir + "/icu/de_AT.txt", "de_AT", keyCount, Which::kAustrian);

@@ -11,5 +11,4 @@ set(MSG_GENERATED_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/version.h.in
   ${MSG_GENERATED_INCLUDE_DIR}/msg/version.h @ONLY)
 include_directories(BEFORE ${MSG_GENERATED_INCLUDE_DIR})
-install(FILES ${MSG_GENERATED_INCLUDE_DIR}/msg/version.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/msg)
+# Installed by cmake/MsgInstall.cmake.

@@ -16,6 +16,7 @@
 
 #include "msg/Plural.h"
 #include "msg/SeverityLevel.h"
+#include "platform/PrivateApi.h"
 
 namespace msg {
 
@@ -47,22 +48,24 @@ class CompiledCatalogueWriter {
 
   // Adds one text. Raises std::invalid_argument, adding nothing, if a string
   // holds a NUL byte, the tag packs to nothing, or severity is not a level.
-  void add(SeverityLevel severity, const std::string& language, const std::string& nameSpace,
-           const std::string& identifier, const std::string& text);
+  MSG_PRIVATE_API void add(SeverityLevel severity, const std::string& language,
+                           const std::string& nameSpace, const std::string& identifier,
+                           const std::string& text);
 
   // Adds one text of a plural or ordinal message, `other` being its text
   // for every count that `forms` does not take; the count stands in
   // placeholder `count`. Without forms it is a plain text. Raises
   // std::invalid_argument, adding nothing, for what add() refuses, a form
   // of category `other`, the same form twice, or more than 65,535 forms.
-  void add(SeverityLevel severity, const std::string& language, const std::string& nameSpace,
-           const std::string& identifier, const std::string& other, PluralKind kind, unsigned count,
-           std::vector<Form> forms);
+  MSG_PRIVATE_API void add(SeverityLevel severity, const std::string& language,
+                           const std::string& nameSpace, const std::string& identifier,
+                           const std::string& other, PluralKind kind, unsigned count,
+                           std::vector<Form> forms);
 
   // Adds every text of `later` as if each were added after the texts held
   // here, so a text of `later` replaces one of the same key. `later` is left
   // empty. Used to add a whole batch, or nothing when collecting it fails.
-  void addAll(CompiledCatalogueWriter&& later);
+  MSG_PRIVATE_API void addAll(CompiledCatalogueWriter&& later);
 
   // Number of texts held.
   std::size_t size() const { return texts.size(); }

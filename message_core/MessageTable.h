@@ -13,6 +13,7 @@
 #include "message_core/KeyIndex.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
+#include "platform/PrivateApi.h"
 
 namespace msg {
 
@@ -157,7 +158,7 @@ class MessageTable {
   // entry is replaced, until it dies: records made from the entry may still
   // read them. A table without forms pays nothing for them in a lookup.
   // If the allocator fails, its exception passes on and nothing changed.
-  void attachPluralForms(const MTE* entry, std::unique_ptr<PluralForms> forms);
+  MSG_PRIVATE_API void attachPluralForms(const MTE* entry, std::unique_ptr<PluralForms> forms);
 
   // The variants of `entry`, null if it has none.
   const PluralForms* pluralFormsOf(const MTE* entry) const;

@@ -14,6 +14,7 @@
 #include "message_core/PluralOperands.h"
 #include "msg/Language.h"
 #include "msg/Plural.h"
+#include "platform/PrivateApi.h"
 
 namespace msg {
 
@@ -53,7 +54,7 @@ class PluralRules {
   // The rules the library holds for `language` and `kind`, with the fallback
   // that msg::pluralCategory documents. Reads the table on first use; the
   // result lives as long as the process.
-  static const PluralRules& forLanguage(Language language, PluralKind kind);
+  MSG_PRIVATE_API static const PluralRules& forLanguage(Language language, PluralKind kind);
 
   // The tag whose rules forLanguage uses ("" for the root).
   static Language rulesLanguage(Language language);

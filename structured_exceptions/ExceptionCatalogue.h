@@ -6,6 +6,8 @@
 #ifndef MSG_STRUCTURED_EXCEPTIONS_EXCEPTIONCATALOGUE_H_
 #define MSG_STRUCTURED_EXCEPTIONS_EXCEPTIONCATALOGUE_H_
 
+#include "platform/PrivateApi.h"
+
 namespace msg {
 
 class MessageHandler;
@@ -22,7 +24,7 @@ using ExceptionCatalogueSource = MessageHandler* (*)();
 // the lower layers alone keeps the plain handler.
 // REQUIRES: source is not null; called while the library loads, before any
 // thread may render an exception text.
-void setExceptionCatalogueSource(ExceptionCatalogueSource source);
+MSG_PRIVATE_API void setExceptionCatalogueSource(ExceptionCatalogueSource source);
 
 }  // namespace msg
 

@@ -51,7 +51,10 @@ class MSG_EXPORT structured_exception : public std::exception {
 
   // The catalogue text of the key, looked up now through
   // msg::MessageHandlerX::object() (which stacks the document handler on
-  // first use), arguments substituted in order. An unknown key gives the
+  // first use), arguments substituted in order. That holds in a program
+  // linked to libmsg.so (msg::msg). A program linked to libmsg-core.so
+  // alone (msg::core) has no document handler: there the text comes from
+  // msg::MessageHandler::object(), the one way the two differ. An unknown key gives the
   // not-found text with its placeholders unfilled; if no acceptable language
   // has even that, the result is "" (never null). The pointer stays valid for
   // the rest of the process; free nothing.

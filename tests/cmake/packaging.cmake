@@ -1,9 +1,10 @@
 # Packaging tests (CTest, no GoogleTest):
 #  - packaging.consumer installs the build into a scratch prefix and builds
 #    examples/consumer against it, once through find_package(msg) and once
-#    through pkg-config;
-#  - packaging.exported_symbols checks that libmsg.so exports the public
-#    classes and nothing internal.
+#    through pkg-config, with a program that links the core alone;
+#  - packaging.exported_symbols.<library> checks that libmsg-core.so exports
+#    the public classes and its private interface, and libmsg.so the public
+#    classes, and nothing internal.
 
 # A sanitized libmsg.so needs the sanitizer runtime in the program that loads
 # it, so the consumer gets the project's sanitizer flags too.
@@ -28,10 +29,15 @@ add_test(NAME packaging.consumer
 set_tests_properties(packaging.consumer PROPERTIES LABELS packaging TIMEOUT 600)
 
 find_program(MSG_CXXFILT NAMES c++filt)
-add_test(NAME packaging.exported_symbols
-  COMMAND ${CMAKE_COMMAND}
-    -DLIBRARY=$<TARGET_FILE:msg>
-    -DNM=${CMAKE_NM}
-    -DCXXFILT=${MSG_CXXFILT}
-    -P ${PROJECT_SOURCE_DIR}/cmake/CheckExportedSymbols.cmake)
-set_tests_properties(packaging.exported_symbols PROPERTIES LABELS packaging)
+foreach(library IN ITEMS "core;msg_core_library" "documents;msg")
+  list(GET library 0 kind)
+  list(GET library 1 target)
+  add_test(NAME packaging.exported_symbols.${kind}
+    COMMAND ${CMAKE_COMMAND}
+      -DLIBRARY=$<TARGET_FILE:${target}>
+      -DKIND=${kind}
+      -DNM=${CMAKE_NM}
+      -DCXXFILT=${MSG_CXXFILT}
+      -P ${PROJECT_SOURCE_DIR}/cmake/CheckExportedSymbols.cmake)
+  set_tests_properties(packaging.exported_symbols.${kind} PROPERTIES LABELS packaging)
+endforeach()

@@ -1,0 +1,4 @@
+/* The floor: a C program that does nothing. */
+int main(void) {
+  return 0;
+}
