@@ -1,22 +1,26 @@
 # Installation: the shared library, the public headers, a CMake package
 # (find_package(msg CONFIG)) and a pkg-config file.
+#
+# Every rule names its component, which decides its Debian package
+# (cmake/MsgPackaging.cmake): `runtime` for the versioned shared libraries,
+# `development` for everything a program needs to build against them.
 
 include(CMakePackageConfigHelpers)
 
 set(MSG_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/msg)
 
 install(TARGETS msg EXPORT msgTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY include/msg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+install(DIRECTORY include/msg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/msg
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/msg COMPONENT development
   FILES_MATCHING PATTERN "*.xsd")
 
-install(EXPORT msgTargets NAMESPACE msg:: DESTINATION ${MSG_CMAKE_DIR})
+install(EXPORT msgTargets NAMESPACE msg:: DESTINATION ${MSG_CMAKE_DIR} COMPONENT development)
 configure_package_config_file(cmake/msgConfig.cmake.in
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfig.cmake
   INSTALL_DESTINATION ${MSG_CMAKE_DIR})
@@ -26,8 +30,8 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/msgConfigVersion.cmake
   ${PROJECT_SOURCE_DIR}/cmake/MsgTools.cmake
-  DESTINATION ${MSG_CMAKE_DIR})
-install(FILES cmake/MsgCompileCatalogue.cmake DESTINATION ${MSG_CMAKE_DIR})
+  DESTINATION ${MSG_CMAKE_DIR} COMPONENT development)
+install(FILES cmake/MsgCompileCatalogue.cmake DESTINATION ${MSG_CMAKE_DIR} COMPONENT development)
 
 # msg.pc derives its prefix from its own place (${pcfiledir}), so it stays
 # right when the package is installed with `cmake --install --prefix` into
@@ -46,4 +50,4 @@ else()
   set(MSG_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
 configure_file(cmake/msg.pc.in ${CMAKE_CURRENT_BINARY_DIR}/msg.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/msg.pc DESTINATION ${MSG_PC_DIR})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/msg.pc DESTINATION ${MSG_PC_DIR} COMPONENT development)
