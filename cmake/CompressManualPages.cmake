@@ -3,10 +3,12 @@
 # wants manual pages (no name or time stamp in the archive, so the
 # packages of one build are the same whenever they are made).
 
-file(GLOB_RECURSE pages LIST_DIRECTORIES false
-     "${CPACK_TEMPORARY_DIRECTORY}/*/share/man/man[1-9]/*")
-foreach(page IN LISTS pages)
-  if(page MATCHES "\\.gz$" OR IS_SYMLINK "${page}")
+if(NOT IS_DIRECTORY "${CPACK_TEMPORARY_DIRECTORY}")
+  message(FATAL_ERROR "CompressManualPages.cmake: no staging tree (CPACK_TEMPORARY_DIRECTORY)")
+endif()
+file(GLOB_RECURSE files LIST_DIRECTORIES false "${CPACK_TEMPORARY_DIRECTORY}/*")
+foreach(page IN LISTS files)
+  if(NOT page MATCHES "/share/man/man[1-9]/[^/]+$" OR page MATCHES "\\.gz$" OR IS_SYMLINK "${page}")
     continue()
   endif()
   execute_process(COMMAND gzip -9nf "${page}" RESULT_VARIABLE result)
