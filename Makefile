@@ -18,6 +18,14 @@ JOBS        ?= 2
 # clone or of a release does not.
 OWN_BUILD := -DMSG_WARNINGS_AS_ERRORS=ON
 
+# Debian packages (cmake/MsgPackaging.cmake): the trees they are built from
+# put the libraries into Debian's multiarch directory. Expanded when used,
+# after `deps` has installed the compiler.
+PACKAGE_LIBDIR = -DCMAKE_INSTALL_LIBDIR=lib/$(shell gcc -print-multiarch)
+# dpkg-shlibdeps (dpkg-dev) and file for the packages' dependencies, lintian
+# to check them.
+PACKAGE_PACKAGES := dpkg-dev file lintian
+
 # ThreadSanitizer tree: the library and the threads test only, run by `make test`.
 TSAN_DIR := build/tsan
 
@@ -60,14 +68,42 @@ DOCS_DIR      := build/docs
 DOCS_PACKAGES := doxygen python3
 
 .PHONY: deps demo test test-tree lint format-check fault-check docs docs-check release bench \
-        bench-tree startup-bench fuzz fuzz-build memcheck tsan format clean
+        bench-tree startup-bench fuzz fuzz-build memcheck tsan format clean \
+        package package-test dist
 
 deps:
 	@tools/install-deps.sh $(DEBIAN_PACKAGES)
 
 release: deps
-	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo $(OWN_BUILD)
+	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo $(PACKAGE_LIBDIR) \
+	  $(OWN_BUILD)
 	cmake --build $(RELEASE_DIR) -j $(JOBS)
+
+# The Debian packages libmsg0, libmsg-dev and msgtool of the release tree,
+# in $(RELEASE_DIR)/packages.
+package: release
+	@tools/install-deps.sh $(PACKAGE_PACKAGES)
+	cd $(RELEASE_DIR) && cpack
+
+# The packages of a tree unpacked into a scratch root (nothing is installed):
+# contents, versions, lintian, and the consumer examples built against that
+# root alone (cmake/RunPackageTest.cmake). `make test` runs it on the fuzz
+# tree, whose library and msgtool are built plainly, with clang and no
+# sanitizer (only the fuzz targets' copies are instrumented), so it costs no
+# build of its own.
+package-test: fuzz-build
+	@tools/install-deps.sh $(PACKAGE_PACKAGES)
+	cmake -DMSG_BINARY_DIR=$(FUZZ_DIR) -DMSG_SOURCE_DIR=$(CURDIR) \
+	  -DWORK_DIR=$(CURDIR)/$(FUZZ_DIR)/package-test -DCXX_COMPILER=g++ \
+	  -P cmake/RunPackageTest.cmake
+
+# The source archive build/msg-<version>.tar.gz of the committed HEAD. It
+# holds everything the build and the tests read, and builds offline.
+dist:
+	@version=$$(sed -n 's/^project(msg VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) && \
+	mkdir -p build && \
+	git archive --format=tar.gz --prefix=msg-$$version/ -o build/msg-$$version.tar.gz HEAD && \
+	echo build/msg-$$version.tar.gz
 
 demo: release
 	$(RELEASE_DIR)/examples/demo
@@ -81,7 +117,9 @@ demo: release
 # clang tree of `make fuzz` (CTest label "fuzz").
 # Format, planted-fault patterns, the API reference and clang-tidy come
 # first: they take seconds to a few minutes and fail before the long builds.
-test: deps format-check fault-check docs-check lint fuzz-build tsan test-tree
+# The Debian packages are built from the fuzz tree and tested unpacked
+# (package-test).
+test: deps format-check fault-check docs-check lint fuzz-build package-test tsan test-tree
 	@tools/install-deps.sh $(TRANSLATION_TEST_PACKAGES) $(UNICODE_TEST_PACKAGES) \
 	  $(MANUAL_TEST_PACKAGES)
 	cmake --build $(TEST_DIR) -j $(JOBS)
@@ -127,7 +165,8 @@ fuzz-build: deps
 	@tools/install-deps.sh $(FUZZ_PACKAGES)
 	cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DCMAKE_CXX_COMPILER=clang++-14 -DMSG_BUILD_FUZZ=ON -DMSG_BUILD_TESTS=OFF \
-	  -DMSG_BUILD_EXAMPLES=OFF -DMSG_FUZZ_SMOKE_SECONDS=$(FUZZ_SMOKE_SECONDS) $(OWN_BUILD)
+	  -DMSG_BUILD_EXAMPLES=OFF -DMSG_FUZZ_SMOKE_SECONDS=$(FUZZ_SMOKE_SECONDS) $(PACKAGE_LIBDIR) \
+	  $(OWN_BUILD)
 	cmake --build $(FUZZ_DIR) -j $(JOBS)
 
 # Runs every fuzz target for FUZZ_SECONDS, one after the other, and prints

@@ -6,7 +6,8 @@
 # --component):
 #   runtime      the versioned libraries libmsg-core.so.N and libmsg.so.N
 #   development  headers, the unversioned .so links, the CMake package,
-#                the pkg-config files and the schema
+#                the pkg-config files, the schema and the licence
+# Each component is one Debian package (cmake/MsgPackaging.cmake).
 
 include(CMakePackageConfigHelpers)
 
@@ -22,7 +23,7 @@ install(DIRECTORY include/msg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(FILES ${MSG_GENERATED_INCLUDE_DIR}/msg/version.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/msg COMPONENT development)
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/msg
   COMPONENT development FILES_MATCHING PATTERN "*.xsd")
 

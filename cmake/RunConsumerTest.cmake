@@ -3,9 +3,12 @@
 #   cmake -DMSG_BINARY_DIR=<build tree> -DMSG_SOURCE_DIR=<source tree>
 #         -DWORK_DIR=<scratch directory> -DCXX_COMPILER=<c++ compiler>
 #         [-DGENERATOR=<CMake generator>] [-DSANITIZE_FLAGS="<flags>"]
+#         [-DPREFIX=<installed msg>]
 #         -P RunConsumerTest.cmake
 #
-# 1. Installs the build tree with `cmake --install` into WORK_DIR/prefix.
+# 1. Installs the build tree with `cmake --install` into WORK_DIR/prefix;
+#    with PREFIX, uses the msg installed there instead (the unpacked Debian
+#    packages, RunPackageTest.cmake).
 # 2. Configures, builds and runs examples/consumer against that prefix
 #    (find_package(msg CONFIG) through CMAKE_PREFIX_PATH): main.cpp in
 #    C++17 and main20.cpp in C++20 with msg::msg, and core.cpp with
@@ -35,6 +38,9 @@ endif()
 separate_arguments(sanitize_list UNIX_COMMAND "${SANITIZE_FLAGS}")
 
 set(prefix "${WORK_DIR}/prefix")
+if(DEFINED PREFIX AND NOT PREFIX STREQUAL "")
+  set(prefix "${PREFIX}")
+endif()
 set(consumer_source "${MSG_SOURCE_DIR}/examples/consumer")
 set(expected_line "consumer:greeting: Hello, world! You have 3 new messages.")
 set(expected_line20 "consumer:span: 3 languages, best de-AT.")
@@ -64,7 +70,9 @@ file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 
 # 1. Install.
-run_step("Installing msg" "${CMAKE_COMMAND}" --install "${MSG_BINARY_DIR}" --prefix "${prefix}")
+if(NOT DEFINED PREFIX OR PREFIX STREQUAL "")
+  run_step("Installing msg" "${CMAKE_COMMAND}" --install "${MSG_BINARY_DIR}" --prefix "${prefix}")
+endif()
 
 # 2. find_package.
 set(consumer_build "${WORK_DIR}/consumer-build")

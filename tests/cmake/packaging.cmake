@@ -5,6 +5,9 @@
 #  - packaging.exported_symbols.<library> checks that libmsg-core.so exports
 #    the public classes and its private interface, and libmsg.so the public
 #    classes, and nothing internal.
+# The Debian packages are tested by `make package-test`
+# (cmake/RunPackageTest.cmake), which `make test` runs on the fuzz tree:
+# they are built from a tree without sanitizers.
 
 # A sanitized libmsg.so needs the sanitizer runtime in the program that loads
 # it, so the consumer gets the project's sanitizer flags too.
