@@ -143,23 +143,28 @@ void writeBundle(const std::string& path, const char* locale, std::size_t keyCou
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2 || argc > 3) {
-    std::cerr << "usage: " << argv[0] << " OUTPUT_DIR [KEY_COUNT]\n";
+  // "po" as the last argument writes the gettext sources alone: the
+  // million-key catalogue needs no document or ICU bundle.
+  const bool poOnly = argc == 4 && std::string(argv[3]) == "po";
+  if (argc < 2 || argc > 4 || (argc == 4 && !poOnly)) {
+    std::cerr << "usage: " << argv[0] << " OUTPUT_DIR [KEY_COUNT [po]]\n";
     return 2;
   }
   const std::string dir = argv[1];
   const std::size_t keyCount =
-      argc == 3 ? std::strtoul(argv[2], nullptr, 10) : msg_bench::kStandardKeyCount;
+      argc >= 3 ? std::strtoul(argv[2], nullptr, 10) : msg_bench::kStandardKeyCount;
 
   std::filesystem::create_directories(dir + "/po");
-  std::filesystem::create_directories(dir + "/icu");
-  writeDocument(dir, keyCount);
   writePo(dir + "/po/en.po", keyCount, Which::kEnglish);
   writePo(dir + "/po/de.po", keyCount, Which::kGerman);
   writePo(dir + "/po/de_AT.po", keyCount, Which::kAustrian);
-  writeBundle(dir + "/icu/root.txt", "root", keyCount, Which::kEnglish);
-  writeBundle(dir + "/icu/de.txt", "de", keyCount, Which::kGerman);
-  writeBundle(dir + "/icu/de_AT.txt", "de_AT", keyCount, Which::kAustrian);
+  if (!poOnly) {
+    std::filesystem::create_directories(dir + "/icu");
+    writeDocument(dir, keyCount);
+    writeBundle(dir + "/icu/root.txt", "root", keyCount, Which::kEnglish);
+    writeBundle(dir + "/icu/de.txt", "de", keyCount, Which::kGerman);
+    writeBundle(dir + "/icu/de_AT.txt", "de_AT", keyCount, Which::kAustrian);
+  }
   std::cout << "wrote " << keyCount << " keys to " << dir << "\n";
   return 0;
 }

@@ -70,11 +70,30 @@ namespace compiled {
 //           8  8  value    the exact value; 0 for a category
 //
 // Every field is read where it lies: nothing of a record needs the heap.
+//
+// Minor version 1 (1.1 and 2.1) adds a key index, which a reader of 1.0 or
+// 2.0 ignores. The header grows by 8 bytes behind the fields above (so at
+// 56 in 1.1 and at 64 in 2.1):
+//   +0  4  key index       offset, at or after the end of the sections above
+//   +4  4  key index size
+//
+// Key index: an open-addressing hash table of the keys, probed linearly.
+//   0  4  slot count       a power of two, at least 1
+//   4  4  zero
+//   8     slots            slot count times:
+//           0  4  first    the key's first entry
+//           4  4  texts    how many entries from `first` on hold the key;
+//                          0 marks an empty slot
+// A key's home slot is keyHash(namespace, identifier) & (slot count - 1).
+// The entries of one key stand together (the writer sorts them), so a slot
+// names them all. A reader that looks up in place checks every slot and
+// entry it reads before it follows it; nothing of the index is trusted.
 
 inline constexpr unsigned char kMagic[8] = {0x89, 'M', 'S', 'G', 'C', '\r', '\n', 0x1a};
-inline constexpr std::uint16_t kMajorVersion = 2;  // the newest; 1 is still read
-inline constexpr std::uint16_t kMinorVersion = 0;
-inline constexpr std::uint16_t kPlainMajorVersion = 1;  // written without variants
+inline constexpr std::uint16_t kMajorVersion = 2;         // the newest; 1 is still read
+inline constexpr std::uint16_t kMinorVersion = 1;         // written: with the key index
+inline constexpr std::uint16_t kIndexedMinorVersion = 1;  // from this minor on, a key index
+inline constexpr std::uint16_t kPlainMajorVersion = 1;    // written without variants
 inline constexpr std::uint32_t kByteOrderMark = 0x01020304;
 
 inline constexpr std::size_t kMagicOffset = 0;
@@ -94,6 +113,34 @@ inline constexpr std::size_t kHeaderSize = 56;
 inline constexpr std::size_t kVariantBlockOffset = 56;
 inline constexpr std::size_t kVariantBlockSizeOffset = 60;
 inline constexpr std::size_t kVariantHeaderSize = 64;
+inline constexpr std::size_t kIndexFieldsSize = 8;  // offset and size of the key index
+inline constexpr std::size_t kIndexSlotCount = 0;
+inline constexpr std::size_t kIndexSlots = 8;
+inline constexpr std::size_t kSlotFirst = 0;
+inline constexpr std::size_t kSlotTexts = 4;
+inline constexpr std::size_t kSlotSize = 8;
+
+// Where the key index fields lie in a header of major version `major`:
+// behind the fields that the major version itself defines.
+inline constexpr std::size_t indexFieldsOffset(std::uint16_t major) {
+  return major == kPlainMajorVersion ? kHeaderSize : kVariantHeaderSize;
+}
+
+// The hash of a key in the key index: FNV-1a (32 bits) over the namespace's
+// bytes, one zero byte and the identifier's bytes.
+inline std::uint32_t keyHash(const char* nameSpace, std::size_t namespaceLength,
+                             const char* identifier, std::size_t identifierLength) {
+  std::uint32_t hash = 2166136261u;
+  const auto mix = [&hash](const char* bytes, std::size_t length) {
+    for (std::size_t i = 0; i < length; ++i) {
+      hash = (hash ^ static_cast<unsigned char>(bytes[i])) * 16777619u;
+    }
+  };
+  mix(nameSpace, namespaceLength);
+  hash *= 16777619u;  // the zero byte between the two
+  mix(identifier, identifierLength);
+  return hash;
+}
 
 inline constexpr std::size_t kEntryNamespace = 0;
 inline constexpr std::size_t kEntryIdentifier = 4;
