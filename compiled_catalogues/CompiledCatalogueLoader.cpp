@@ -175,18 +175,24 @@ void MappedCatalogueStorage::addInPlace(std::unique_ptr<InPlace> catalogue) {
   countInPlace();
 }
 
-std::uint32_t MappedCatalogueStorage::textsOf(std::uint32_t catalogue, const IndexKey& key,
-                                              Text* out, std::uint32_t room) const {
+std::uint32_t MappedCatalogueStorage::textsOf(std::uint32_t catalogue, const Key& key, Text* out,
+                                              std::uint32_t room) const {
   const InPlace& file = *inPlace[catalogue];
   std::uint32_t first = 0;
   const std::uint32_t texts = file.reader.find(key.nameSpace, key.namespaceLength, key.identifier,
                                                key.identifierLength, first);
   std::uint32_t written = 0;
+  // Once a text of the key has checked, the key is taken as it stands in
+  // the file: its later texts then compare by pointer (see checkedEntry).
+  const char* nameSpace = key.nameSpace;
+  const char* identifier = key.identifier;
   for (std::uint32_t i = first; i < first + texts; ++i) {
     CompiledCatalogueReader::Entry entry;
-    if (!file.reader.checkedEntry(i, key.nameSpace, key.identifier, entry)) {
+    if (!file.reader.checkedEntry(i, nameSpace, identifier, entry)) {
       continue;  // damaged: as if the file did not hold it
     }
+    nameSpace = entry.nameSpace;
+    identifier = entry.identifier;
     const Language language(entry.language);
     if (file.languages.distance(language) < 0) {
       continue;  // a load registers only what the list then accepts

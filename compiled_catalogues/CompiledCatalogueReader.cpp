@@ -285,7 +285,8 @@ std::uint32_t CompiledCatalogueReader::find(const char* nameSpace, std::size_t n
                                             const char* identifier, std::size_t identifierLength,
                                             std::uint32_t& first) const {
   const std::uint32_t mask = slotCount - 1;
-  std::uint32_t slot = keyHash(nameSpace, namespaceLength, identifier, identifierLength) & mask;
+  const std::uint32_t hash = keyHash(nameSpace, namespaceLength, identifier, identifierLength);
+  std::uint32_t slot = hash & mask;
   // At most every slot once: a damaged index without an empty slot ends too.
   for (std::uint32_t probes = 0; probes < slotCount; ++probes, slot = (slot + 1) & mask) {
     const unsigned char* at = slots + std::size_t{slot} * kSlotSize;
@@ -294,15 +295,20 @@ std::uint32_t CompiledCatalogueReader::find(const char* nameSpace, std::size_t n
       return 0;
     }
     const std::uint32_t start = readU32(at + kSlotFirst);
-    if (start >= count || texts > count - start) {
+    if (readU32(at + kSlotHash) != hash || start >= count || texts > count - start) {
       continue;  // a slot that points outside the table names no key
     }
-    // The key is read from the first entry, whose offsets are checked first.
+    // The identifier is read through the slot while the entry is fetched;
+    // the entry must name the same string, and its namespace must match.
     const unsigned char* entry = table + std::uint64_t{start} * entrySize;
+    __builtin_prefetch(entry);
+    const std::uint32_t identifierAt = readU32(at + kSlotIdentifier);
+    if (identifierAt >= stringsSize ||
+        !sameString(strings + identifierAt, identifier, identifierLength)) {
+      continue;
+    }
     const std::uint32_t namespaceAt = readU32(entry + kEntryNamespace);
-    const std::uint32_t identifierAt = readU32(entry + kEntryIdentifier);
-    if (namespaceAt < stringsSize && identifierAt < stringsSize &&
-        sameString(strings + identifierAt, identifier, identifierLength) &&
+    if (readU32(entry + kEntryIdentifier) == identifierAt && namespaceAt < stringsSize &&
         sameString(strings + namespaceAt, nameSpace, namespaceLength)) {
       first = start;
       return texts;
@@ -318,8 +324,11 @@ bool CompiledCatalogueReader::checkedEntry(std::uint32_t index, const char* name
     return false;
   }
   out = entry(index);
-  if (nameSpace != nullptr && (std::strcmp(out.identifier, identifier) != 0 ||
-                               std::strcmp(out.nameSpace, nameSpace) != 0)) {
+  // The writer stores each string once, so the texts of one key point at
+  // the same two strings: then comparing the pointers suffices.
+  if (nameSpace != nullptr && (out.identifier != identifier || out.nameSpace != nameSpace) &&
+      (std::strcmp(out.identifier, identifier) != 0 ||
+       std::strcmp(out.nameSpace, nameSpace) != 0)) {
     return false;
   }
   if (variantBlock == nullptr) {

@@ -110,14 +110,17 @@ std::vector<unsigned char> keyIndex(const std::vector<unsigned char>& table, std
     const unsigned char* entry = table.data() + std::size_t{first} * entrySize;
     const char* nameSpace = stringAt(entry, kEntryNamespace);
     const char* identifier = stringAt(entry, kEntryIdentifier);
-    std::uint32_t slot =
-        keyHash(nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier)) & mask;
+    const std::uint32_t hash =
+        keyHash(nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier));
+    std::uint32_t slot = hash & mask;
     while (readU32(index.data() + kIndexSlots + std::size_t{slot} * kSlotSize + kSlotTexts) != 0) {
       slot = (slot + 1) & mask;
     }
     unsigned char* at = index.data() + kIndexSlots + std::size_t{slot} * kSlotSize;
     writeU32(at + kSlotFirst, first);
     writeU32(at + kSlotTexts, texts);
+    writeU32(at + kSlotHash, hash);
+    writeU32(at + kSlotIdentifier, readU32(entry + kEntryIdentifier));
   }
   return index;
 }
@@ -198,6 +201,14 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes(bool withIndex) const 
   std::vector<unsigned char> table(texts.size() * entrySize, 0);
   std::vector<unsigned char> variants;
   StringBlock strings;
+  if (withIndex) {
+    // The keys first, close together: a lookup in place reads a key's
+    // strings, and rarely its text, so they share fewer pages.
+    for (const auto& text : texts) {
+      strings.offsetOf(std::get<0>(text.first));
+      strings.offsetOf(std::get<1>(text.first));
+    }
+  }
   unsigned char* entry = table.data();
   for (const auto& [key, value] : texts) {
     const auto& [nameSpace, identifier, language] = key;

@@ -1,6 +1,7 @@
 #include "message_core/CompiledCatalogueStorage.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "message_core/KeyIndex.h"
@@ -74,9 +75,13 @@ MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& tabl
                                                         const char* nameSpace,
                                                         const char* identifier,
                                                         const LanguageList& list) const {
-  const IndexKey key(nameSpace, identifier);
+  // The table's index key hashes the key its own way; an empty table
+  // needs none.
+  const KeyGroup* group =
+      table.getCount() > 0 ? table.groupOf(IndexKey(nameSpace, identifier)) : nullptr;
+  const Key key{nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier)};
   Candidates candidates;
-  if (const KeyGroup* group = table.groupOf(key)) {
+  if (group != nullptr) {
     for (std::uint32_t i = 0; i < group->size(); ++i) {
       const int rank = list.distance(group->language(i));
       if (rank < 0) {

@@ -7,6 +7,7 @@
 #ifndef MSG_MESSAGE_CORE_COMPILEDCATALOGUESTORAGE_H_
 #define MSG_MESSAGE_CORE_COMPILEDCATALOGUESTORAGE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 
@@ -85,7 +86,14 @@ class CompiledCatalogueStorage {
   // Writes the texts of the key in catalogue `catalogue` to `out`, in file
   // order, at most `room` of them, and returns how many it has (which may
   // be more than `room`). Passes over texts whose bytes are damaged.
-  virtual std::uint32_t textsOf(std::uint32_t catalogue, const IndexKey& key, Text* out,
+  // The key's lengths are those of its strings without NUL.
+  struct Key {
+    const char* nameSpace;
+    std::size_t namespaceLength;
+    const char* identifier;
+    std::size_t identifierLength;
+  };
+  virtual std::uint32_t textsOf(std::uint32_t catalogue, const Key& key, Text* out,
                                 std::uint32_t room) const = 0;
 
   // The variants of `text` of catalogue `catalogue`, null for a plain text.
