@@ -1,16 +1,21 @@
 // W1 lookup: one key of the fixed sequence to its text in the preferred
 // language (de-AT, de, en), per contender. W4 scale: the msg lookup at
 // catalogue sizes from 1,000 to 1,000,000 keys, with the shape of the table.
+// W1c and W4c: the same lookups from a compiled catalogue of the same texts
+// read in place, beside gettext's at 10,000 and 1,000,000 keys, with the
+// heap the load leaves per text.
 
 #include <benchmark/benchmark.h>
 #include <libintl.h>
 
 #include <map>
 #include <memory>
+#include <string>
 
 #include "AllocationCounter.h"
 #include "BenchSupport.h"
 #include "Peers.h"
+#include "compiled_catalogues/CompiledCatalogueWriter.h"
 #include "msg/Message.h"
 
 namespace msg_bench {
@@ -135,6 +140,97 @@ void W4Scale(benchmark::State& state) {
   state.counters["heap_bytes_per_entry"] = catalogue.heapBytesPerEntry;
 }
 BENCHMARK(W4Scale)->Name("W4_scale/msg")->Arg(1000)->Arg(10000)->Arg(100000)->Arg(1000000);
+
+// The texts that fillHandler(keyCount) registers, as a compiled catalogue
+// read in place by a handler with the preferred languages; made once per
+// size and kept.
+struct InPlaceCatalogue {
+  msg::MessageHandler handler;
+  IdentifierPool identifiers;
+  std::vector<const char*> keys;
+  double heapBytesPerEntry = 0;
+  double texts = 0;
+};
+
+InPlaceCatalogue& inPlaceCatalogue(std::size_t keyCount) {
+  static std::map<std::size_t, std::unique_ptr<InPlaceCatalogue>> made;
+  std::unique_ptr<InPlaceCatalogue>& slot = made[keyCount];
+  if (slot == nullptr) {
+    const std::string path = catalogueDir() + "/scale-" + std::to_string(keyCount) + ".msgc";
+    {
+      msg::CompiledCatalogueWriter writer;
+      for (std::size_t i = 0; i < keyCount; ++i) {
+        const Entry entry = makeEntry(i);
+        const auto severity = static_cast<msg::SeverityLevel>(i % 4);
+        writer.add(severity, "en", kNamespace, entry.identifier,
+                   entry.english.render(PlaceholderSyntax::kMsg));
+        writer.add(severity, "de", kNamespace, entry.identifier,
+                   entry.german.render(PlaceholderSyntax::kMsg));
+        if (hasAustrianText(i)) {
+          writer.add(severity, "de-AT", kNamespace, entry.identifier,
+                     entry.austrian.render(PlaceholderSyntax::kMsg));
+        }
+      }
+      writer.writeFile(path);
+    }
+    slot = std::make_unique<InPlaceCatalogue>();
+    slot->handler.setLanguageList(preferredLanguages());
+    const std::uint64_t heapBefore = heapBytesInUse();
+    slot->handler.loadCompiledCatalogue(path.c_str());
+    const std::uint64_t heapAfter = heapBytesInUse();
+    for (std::size_t i = 0; i < keyCount; ++i) {
+      slot->texts += hasAustrianText(i) ? 3 : 2;
+    }
+    slot->heapBytesPerEntry = static_cast<double>(heapAfter - heapBefore) / slot->texts;
+    slot->identifiers = identifierPool(keyCount);
+    slot->keys = sequenceKeys(slot->identifiers, keySequence(keyCount, kSequenceLength));
+  }
+  return *slot;
+}
+
+void W1Compiled(benchmark::State& state) {
+  InPlaceCatalogue& catalogue = inPlaceCatalogue(kStandardKeyCount);
+  lookupMsg(state, catalogue.handler, standardSequenceKeys());
+}
+BENCHMARK(W1Compiled)->Name("W1c_lookup/msg");
+
+void W4Compiled(benchmark::State& state) {
+  InPlaceCatalogue& catalogue = inPlaceCatalogue(static_cast<std::size_t>(state.range(0)));
+  lookupMsg(state, catalogue.handler, catalogue.keys);
+  state.counters["heap_bytes_per_entry"] = catalogue.heapBytesPerEntry;
+  state.counters["texts"] = catalogue.texts;
+}
+BENCHMARK(W4Compiled)->Name("W4c_scale/msg")->Arg(10000)->Arg(1000000);
+
+#ifdef MSG_BENCH_WITH_GETTEXT
+// gettext's lookup in the catalogue of `keyCount` keys: the standard one,
+// or the million-key one that the build makes beside it.
+void W4Gettext(benchmark::State& state) {
+  const auto keyCount = static_cast<std::size_t>(state.range(0));
+  static const char* million = [] {
+    const std::string dir = catalogueDir() + "-1m/locale";
+    bindtextdomain("msgbench1m", dir.c_str());
+    bind_textdomain_codeset("msgbench1m", "UTF-8");
+    return "msgbench1m";
+  }();
+  const char* domain = keyCount == kStandardKeyCount ? gettextDomain() : million;
+  static std::map<std::size_t, std::pair<IdentifierPool, std::vector<const char*>>> made;
+  auto& [identifiers, keys] = made[keyCount];
+  if (keys.empty()) {
+    identifiers = identifierPool(keyCount);
+    keys = sequenceKeys(identifiers, keySequence(keyCount, kSequenceLength));
+  }
+  if (dcgettext(domain, keys[0], LC_MESSAGES) == keys[0]) {
+    state.SkipWithError("gettext: the catalogue of this size gives no translation");
+    return;
+  }
+  std::size_t next = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(dcgettext(domain, keys[next++ & kMask], LC_MESSAGES));
+  }
+}
+BENCHMARK(W4Gettext)->Name("W4c_scale/gettext")->Arg(10000)->Arg(1000000);
+#endif
 
 }  // namespace
 }  // namespace msg_bench

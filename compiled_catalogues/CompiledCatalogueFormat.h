@@ -70,11 +70,34 @@ namespace compiled {
 //           8  8  value    the exact value; 0 for a category
 //
 // Every field is read where it lies: nothing of a record needs the heap.
+//
+// Minor version 1 (1.1 and 2.1) adds a key index, which a reader of 1.0 or
+// 2.0 ignores. The header grows by 8 bytes behind the fields above (so at
+// 56 in 1.1 and at 64 in 2.1):
+//   +0  4  key index       offset, at or after the end of the sections above
+//   +4  4  key index size
+//
+// Key index: an open-addressing hash table of the keys, probed linearly.
+//   0  4  slot count       a power of two, at least 1
+//   4  4  zero
+//   8     slots            slot count times:
+//           0  4  first    the key's first entry
+//           4  4  texts    how many entries from `first` on hold the key;
+//                          0 marks an empty slot
+//           8  4  hash     keyHash of the key, so that a probe compares
+//                          strings only where the hash matches
+//          12  4  identifier  the first entry's identifier offset, so that
+//                          a lookup reads the string and the entry at once
+// A key's home slot is keyHash(namespace, identifier) & (slot count - 1).
+// The entries of one key stand together (the writer sorts them), so a slot
+// names them all. A reader that looks up in place checks every slot and
+// entry it reads before it follows it; nothing of the index is trusted.
 
 inline constexpr unsigned char kMagic[8] = {0x89, 'M', 'S', 'G', 'C', '\r', '\n', 0x1a};
-inline constexpr std::uint16_t kMajorVersion = 2;  // the newest; 1 is still read
-inline constexpr std::uint16_t kMinorVersion = 0;
-inline constexpr std::uint16_t kPlainMajorVersion = 1;  // written without variants
+inline constexpr std::uint16_t kMajorVersion = 2;         // the newest; 1 is still read
+inline constexpr std::uint16_t kMinorVersion = 1;         // written: with the key index
+inline constexpr std::uint16_t kIndexedMinorVersion = 1;  // from this minor on, a key index
+inline constexpr std::uint16_t kPlainMajorVersion = 1;    // written without variants
 inline constexpr std::uint32_t kByteOrderMark = 0x01020304;
 
 inline constexpr std::size_t kMagicOffset = 0;
@@ -94,6 +117,20 @@ inline constexpr std::size_t kHeaderSize = 56;
 inline constexpr std::size_t kVariantBlockOffset = 56;
 inline constexpr std::size_t kVariantBlockSizeOffset = 60;
 inline constexpr std::size_t kVariantHeaderSize = 64;
+inline constexpr std::size_t kIndexFieldsSize = 8;  // offset and size of the key index
+inline constexpr std::size_t kIndexSlotCount = 0;
+inline constexpr std::size_t kIndexSlots = 8;
+inline constexpr std::size_t kSlotFirst = 0;
+inline constexpr std::size_t kSlotTexts = 4;
+inline constexpr std::size_t kSlotHash = 8;
+inline constexpr std::size_t kSlotIdentifier = 12;
+inline constexpr std::size_t kSlotSize = 16;
+
+// Where the key index fields lie in a header of major version `major`:
+// behind the fields that the major version itself defines.
+inline constexpr std::size_t indexFieldsOffset(std::uint16_t major) {
+  return major == kPlainMajorVersion ? kHeaderSize : kVariantHeaderSize;
+}
 
 inline constexpr std::size_t kEntryNamespace = 0;
 inline constexpr std::size_t kEntryIdentifier = 4;
@@ -147,6 +184,40 @@ inline void writeU32(unsigned char* p, std::uint32_t value) {
 inline void writeU64(unsigned char* p, std::uint64_t value) {
   writeU32(p, static_cast<std::uint32_t>(value));
   writeU32(p + 4, static_cast<std::uint32_t>(value >> 32));
+}
+
+// The hash of a key in the key index. The namespace and then the identifier
+// are cut into 4-byte groups from their first byte on (a short last group
+// padded with zero bytes, the grouping restarting with the identifier), each
+// read as a little-endian number and mixed in as FNV-1a mixes a byte:
+// hash = (hash ^ group) * 16777619, from 2166136261. The identifier begins
+// with one more such step for the zero group between the two. The result is
+// then spread, so that its low bits depend on every byte:
+// hash ^= hash >> 15; hash *= 0x2c1b3c6d; hash ^= hash >> 12.
+inline std::uint32_t keyHash(const char* nameSpace, std::size_t namespaceLength,
+                             const char* identifier, std::size_t identifierLength) {
+  std::uint32_t hash = 2166136261u;
+  const auto mix = [&hash](const char* bytes, std::size_t length) {
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes);
+    std::size_t i = 0;
+    for (; i + 4 <= length; i += 4) {
+      hash = (hash ^ readU32(p + i)) * 16777619u;
+    }
+    if (i < length) {
+      std::uint32_t last = 0;
+      for (unsigned shift = 0; i < length; ++i, shift += 8) {
+        last |= static_cast<std::uint32_t>(p[i]) << shift;
+      }
+      hash = (hash ^ last) * 16777619u;
+    }
+  };
+  mix(nameSpace, namespaceLength);
+  hash *= 16777619u;  // the zero group between the two
+  mix(identifier, identifierLength);
+  hash ^= hash >> 15;
+  hash *= 0x2c1b3c6du;
+  hash ^= hash >> 12;
+  return hash;
 }
 
 // The checksum of `size` bytes that begin with a whole header: XXH3-64 with

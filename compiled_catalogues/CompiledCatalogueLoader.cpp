@@ -51,11 +51,8 @@ class MappedFile {
     if (size == 0) {
       return;  // the reader names the fault; there is nothing to map
     }
-    int flags = MAP_PRIVATE;
-#ifdef MAP_POPULATE
-    flags |= MAP_POPULATE;  // every page is read by the checksum anyway
-#endif
-    void* address = mmap(nullptr, size, PROT_READ, flags, descriptor, 0);
+    // Not populated: a file read in place is paged in where lookups read it.
+    void* address = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
     if (address == MAP_FAILED) {
       fault = std::string("the file cannot be mapped: ") + std::strerror(errno);
       return;
@@ -91,15 +88,9 @@ class MappedFile {
     return std::exchange(mapping, nullptr);
   }
 
-  const std::string& problem() const {
-    return fault;
-  }
-  const unsigned char* bytes() const {
-    return static_cast<const unsigned char*>(mapping);
-  }
-  std::size_t length() const {
-    return size;
-  }
+  const std::string& problem() const { return fault; }
+  const unsigned char* bytes() const { return static_cast<const unsigned char*>(mapping); }
+  std::size_t length() const { return size; }
 
  private:
   int descriptor = -1;
@@ -117,6 +108,21 @@ class MappedFile {
   throw ErrorInMessageDocument(
       (std::string("Message document \"") + path + "\" contains syntactical error.").c_str(),
       {DocumentProblem{path, 0, 0, "compiled catalogue refused: " + why}});
+}
+
+// The variants of a record, whose texts stay in the file.
+std::unique_ptr<PluralForms> makePluralForms(const CompiledCatalogueReader::Variants& variants,
+                                             Language language, const char* other) {
+  auto made = std::make_unique<PluralForms>(variants.kind(), variants.count(), language, other);
+  for (std::uint16_t k = 0; k < variants.size(); ++k) {
+    const CompiledCatalogueReader::Form form = variants.form(k);
+    if (form.exact) {
+      made->addExact(form.value, form.text);
+    } else {
+      made->setText(form.category, form.text);
+    }
+  }
+  return made;
 }
 
 }  // namespace
@@ -153,12 +159,70 @@ struct CompiledCatalogueLoader::Census {
 };
 
 MappedCatalogueStorage::~MappedCatalogueStorage() {
+  for (const std::unique_ptr<InPlace>& catalogue : inPlace) {
+    munmap(catalogue->mapping, catalogue->mappingSize);
+  }
   for (Load& load : loads) {
     // The entries borrow every string, so their destructors would free
     // nothing; the block is given back without running them.
     ::operator delete(load.entries);
     munmap(load.mapping, load.mappingSize);
   }
+}
+
+void MappedCatalogueStorage::addInPlace(std::unique_ptr<InPlace> catalogue) {
+  inPlace.push_back(std::move(catalogue));
+  countInPlace();
+}
+
+std::uint32_t MappedCatalogueStorage::textsOf(std::uint32_t catalogue, const Key& key, Text* out,
+                                              std::uint32_t room) const {
+  const InPlace& file = *inPlace[catalogue];
+  std::uint32_t first = 0;
+  const std::uint32_t texts = file.reader.find(key.nameSpace, key.namespaceLength, key.identifier,
+                                               key.identifierLength, first);
+  std::uint32_t written = 0;
+  // Once a text of the key has checked, the key is taken as it stands in
+  // the file: its later texts then compare by pointer (see checkedEntry).
+  const char* nameSpace = key.nameSpace;
+  const char* identifier = key.identifier;
+  for (std::uint32_t i = first; i < first + texts; ++i) {
+    CompiledCatalogueReader::Entry entry;
+    if (!file.reader.checkedEntry(i, nameSpace, identifier, entry)) {
+      continue;  // damaged: as if the file did not hold it
+    }
+    nameSpace = entry.nameSpace;
+    identifier = entry.identifier;
+    const Language language(entry.language);
+    if (file.languages.distance(language) < 0) {
+      continue;  // a load registers only what the list then accepts
+    }
+    if (written < room) {
+      out[written] = Text{entry.nameSpace,
+                          entry.identifier,
+                          entry.text,
+                          language,
+                          static_cast<short>(entry.severity),
+                          i};
+    }
+    ++written;
+  }
+  return written;
+}
+
+const PluralForms* MappedCatalogueStorage::formsOf(std::uint32_t catalogue,
+                                                   const Text& text) const {
+  const InPlace& file = *inPlace[catalogue];
+  CompiledCatalogueReader::Variants variants;
+  if (!file.reader.variantsOf(text.entry, variants)) {
+    return nullptr;  // a plain text, the rule: no lock
+  }
+  const std::lock_guard<std::mutex> hold(file.formsLock);
+  std::unique_ptr<PluralForms>& made = file.forms[text.entry];
+  if (made == nullptr) {
+    made = makePluralForms(variants, text.language, text.text);
+  }
+  return made.get();
 }
 
 void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
@@ -173,6 +237,19 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   if (!file.unchanged()) {
     refuse(handler, path, "the file changed while it was read");
   }
+  if (handler.compiledCatalogues == nullptr) {
+    handler.compiledCatalogues = new MappedCatalogueStorage();
+  }
+  // This loader makes the handler's only storage of compiled catalogues.
+  MappedCatalogueStorage& storage =
+      *static_cast<MappedCatalogueStorage*>(handler.compiledCatalogues);
+  if (reader.hasIndex()) {
+    auto catalogue = std::make_unique<MappedCatalogueStorage::InPlace>(
+        const_cast<unsigned char*>(file.bytes()), file.length(), reader, handler.getLanguageList());
+    storage.addInPlace(std::move(catalogue));  // may throw: the file is then unmapped
+    file.release();
+    return;
+  }
 
   // Count first, so the entries take one block of exactly their size.
   const Census census(reader, handler.getLanguageList());
@@ -184,12 +261,7 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   // linked; from then on, the storage owns the block and the mapping.
   FormsByEntry forms = makeForms(reader, census);
   handler.messageTable->reserveKeys(census.keys);
-  if (handler.compiledCatalogues == nullptr) {
-    handler.compiledCatalogues = new MappedCatalogueStorage();
-  }
-  // This loader makes the handler's only storage of compiled catalogues.
-  std::vector<MappedCatalogueStorage::Load>& loads =
-      static_cast<MappedCatalogueStorage*>(handler.compiledCatalogues)->loads;
+  std::vector<MappedCatalogueStorage::Load>& loads = storage.loads;
   loads.reserve(loads.size() + 1);
   MTE* entries = static_cast<MTE*>(::operator new(census.accepted * sizeof(MTE)));
   loads.push_back({file.release(), file.length(), entries, 0});
@@ -210,17 +282,7 @@ CompiledCatalogueLoader::FormsByEntry CompiledCatalogueLoader::makeForms(
     if (forms.empty()) {
       forms.resize(reader.entryCount());
     }
-    auto made = std::make_unique<PluralForms>(variants.kind(), variants.count(), census.tags[i],
-                                              reader.entry(i).text);
-    for (std::uint16_t k = 0; k < variants.size(); ++k) {
-      const CompiledCatalogueReader::Form form = variants.form(k);
-      if (form.exact) {
-        made->addExact(form.value, form.text);
-      } else {
-        made->setText(form.category, form.text);
-      }
-    }
-    forms[i] = std::move(made);
+    forms[i] = makePluralForms(variants, census.tags[i], reader.entry(i).text);
   }
   return forms;
 }

@@ -17,9 +17,15 @@ namespace msg {
 
 // A view of a compiled catalogue (the format of CompiledCatalogueFormat.h)
 // that lies in memory somebody else owns, usually a mapped file. The bytes
-// may come from anywhere: the constructor checks every field before anything
-// is read through the view, touches nothing outside [bytes, bytes + size),
-// and takes time proportional to `size`.
+// may come from anywhere, and nothing outside [bytes, bytes + size) is ever
+// read.
+//
+// A file without a key index (1.0, 2.0) is checked whole by the constructor,
+// in time proportional to `size`, before anything is read through the view.
+// A file with one (1.1, 2.1) is read in place: the constructor checks the
+// header and where the sections lie, in constant time, and find() and
+// checkedEntry() check each slot, entry and variant record when they read
+// it, passing over what is damaged.
 //
 // The strings of an entry point into the bytes: they are valid for as long
 // as the bytes are, and are never copied.
@@ -94,7 +100,29 @@ class CompiledCatalogueReader {
     return true;
   }
 
-  // Entries in file order. REQUIRES: problem() is empty; index < entryCount().
+  // Whether the file has a key index, and so is read in place: then only
+  // the header and the sections' bounds have been checked, and entries are
+  // read through find() and checkedEntry().
+  bool hasIndex() const { return indexed; }
+
+  // The entries of the key of the given strings (lengths without NUL):
+  // returns how many there are, from `first` on, or 0 if the index names no
+  // such key. Reads at most every slot once; a slot that points outside
+  // the entry table is passed over.
+  // REQUIRES: problem() is empty; hasIndex().
+  std::uint32_t find(const char* nameSpace, std::size_t namespaceLength, const char* identifier,
+                     std::size_t identifierLength, std::uint32_t& first) const;
+
+  // Entry `index` in `out` if all of it checks (strings inside the string
+  // block, severity, language tag, the variant record if any) and it holds
+  // the key `nameSpace`, `identifier` (any key if they are null); false,
+  // leaving `out` undefined, otherwise.
+  // REQUIRES: problem() is empty; index < entryCount().
+  bool checkedEntry(std::uint32_t index, const char* nameSpace, const char* identifier,
+                    Entry& out) const;
+
+  // Entries in file order. REQUIRES: problem() is empty; index < entryCount();
+  // for a file with a key index, checkedEntry(index, ...) was true.
   std::uint32_t entryCount() const { return count; }
   Entry entry(std::uint32_t index) const {
     using namespace compiled;
@@ -109,6 +137,14 @@ class CompiledCatalogueReader {
   bool checkHeader();
   bool checkEntries();
   bool checkVariants(std::uint32_t index, std::uint32_t offset, std::uint64_t& nextRecord);
+
+  // What is wrong with an entry or a variant record, without words, so that
+  // a lookup can check one cheaply; checkEntries() puts the words to it.
+  enum class EntryFault { none, string, severity, noTag, longTag, behindTag };
+  EntryFault entryFault(std::uint32_t index, std::uint32_t& badOffset) const;
+  enum class RecordFault { none, outside, kind, formCount, text, form, notZero };
+  RecordFault recordFault(std::uint32_t offset, std::uint64_t nextRecord,
+                          std::uint16_t& badSelector) const;
   bool refuse(std::string why);
 
   const unsigned char* bytes;
@@ -121,6 +157,9 @@ class CompiledCatalogueReader {
   std::uint32_t stringsSize = 0;
   const unsigned char* variantBlock = nullptr;  // null in format 1
   std::uint32_t variantBlockSize = 0;
+  bool indexed = false;
+  const unsigned char* slots = nullptr;  // the key index's slots, when indexed
+  std::uint32_t slotCount = 0;
 };
 
 }  // namespace msg

@@ -75,6 +75,56 @@ std::uint32_t appendRecord(PluralKind kind, unsigned count,
   return static_cast<std::uint32_t>(offset);
 }
 
+// The key index of the `count` entries of `table` (each `entrySize` bytes,
+// sorted by key, so each key's entries stand together), whose strings lie
+// in `strings`.
+std::vector<unsigned char> keyIndex(const std::vector<unsigned char>& table, std::size_t entrySize,
+                                    std::size_t count, const std::vector<unsigned char>& strings) {
+  const auto stringAt = [&strings](const unsigned char* entry, std::size_t field) {
+    return reinterpret_cast<const char*>(strings.data()) + readU32(entry + field);
+  };
+  // Runs of one key: an entry starts a run unless it shares both strings
+  // with the one before (each distinct string is stored once).
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> runs;  // first, texts
+  for (std::size_t i = 0; i < count; ++i) {
+    const unsigned char* entry = table.data() + i * entrySize;
+    if (i > 0 && readU32(entry + kEntryNamespace) == readU32(entry - entrySize + kEntryNamespace) &&
+        readU32(entry + kEntryIdentifier) == readU32(entry - entrySize + kEntryIdentifier)) {
+      ++runs.back().second;
+    } else {
+      runs.emplace_back(static_cast<std::uint32_t>(i), 1);
+    }
+  }
+  // At most half full, so that a probe of a missing key ends soon.
+  std::uint64_t slotCount = 1;
+  while (slotCount < 2 * runs.size()) {
+    slotCount *= 2;
+  }
+  if (kIndexSlots + slotCount * kSlotSize > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::length_error("the key index exceeds the 4 GiB a compiled catalogue holds");
+  }
+  std::vector<unsigned char> index(kIndexSlots + slotCount * kSlotSize, 0);
+  writeU32(index.data() + kIndexSlotCount, static_cast<std::uint32_t>(slotCount));
+  const std::uint32_t mask = static_cast<std::uint32_t>(slotCount - 1);
+  for (const auto& [first, texts] : runs) {
+    const unsigned char* entry = table.data() + std::size_t{first} * entrySize;
+    const char* nameSpace = stringAt(entry, kEntryNamespace);
+    const char* identifier = stringAt(entry, kEntryIdentifier);
+    const std::uint32_t hash =
+        keyHash(nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier));
+    std::uint32_t slot = hash & mask;
+    while (readU32(index.data() + kIndexSlots + std::size_t{slot} * kSlotSize + kSlotTexts) != 0) {
+      slot = (slot + 1) & mask;
+    }
+    unsigned char* at = index.data() + kIndexSlots + std::size_t{slot} * kSlotSize;
+    writeU32(at + kSlotFirst, first);
+    writeU32(at + kSlotTexts, texts);
+    writeU32(at + kSlotHash, hash);
+    writeU32(at + kSlotIdentifier, readU32(entry + kEntryIdentifier));
+  }
+  return index;
+}
+
 }  // namespace
 
 CompiledCatalogueWriter::Key CompiledCatalogueWriter::keyOf(SeverityLevel severity,
@@ -136,7 +186,7 @@ void CompiledCatalogueWriter::addAll(CompiledCatalogueWriter&& later) {
   later.texts.clear();
 }
 
-std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
+std::vector<unsigned char> CompiledCatalogueWriter::bytes(bool withIndex) const {
   if (texts.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::length_error("a compiled catalogue holds at most 2^32 - 1 texts");
   }
@@ -144,11 +194,21 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
   for (const auto& text : texts) {
     withVariants = withVariants || !text.second.forms.empty();
   }
-  const std::size_t headerSize = withVariants ? kVariantHeaderSize : kHeaderSize;
+  const std::uint16_t major = withVariants ? kMajorVersion : kPlainMajorVersion;
+  const std::size_t indexFields = indexFieldsOffset(major);
+  const std::size_t headerSize = withIndex ? indexFields + kIndexFieldsSize : indexFields;
   const std::size_t entrySize = withVariants ? kVariantEntrySize : kEntrySize;
   std::vector<unsigned char> table(texts.size() * entrySize, 0);
   std::vector<unsigned char> variants;
   StringBlock strings;
+  if (withIndex) {
+    // The keys first, close together: a lookup in place reads a key's
+    // strings, and rarely its text, so they share fewer pages.
+    for (const auto& text : texts) {
+      strings.offsetOf(std::get<0>(text.first));
+      strings.offsetOf(std::get<1>(text.first));
+    }
+  }
   unsigned char* entry = table.data();
   for (const auto& [key, value] : texts) {
     const auto& [nameSpace, identifier, language] = key;
@@ -169,15 +229,19 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
   const std::uint64_t tableOffset = headerSize;
   const std::uint64_t stringsOffset = tableOffset + table.size();
   const std::uint64_t variantsOffset = stringsOffset + strings.bytes().size();
-  const std::uint64_t fileSize = variantsOffset + variants.size();
-  if (variantsOffset > std::numeric_limits<std::uint32_t>::max()) {
+  const std::uint64_t indexOffset = variantsOffset + variants.size();
+  const std::vector<unsigned char> index =
+      withIndex ? keyIndex(table, entrySize, texts.size(), strings.bytes())
+                : std::vector<unsigned char>();
+  const std::uint64_t fileSize = indexOffset + index.size();
+  if (indexOffset > std::numeric_limits<std::uint32_t>::max()) {
     throw std::length_error("the entry table exceeds the 4 GiB a compiled catalogue holds");
   }
   std::vector<unsigned char> file(headerSize, 0);
   file.reserve(fileSize);
   std::memcpy(file.data() + kMagicOffset, kMagic, sizeof kMagic);
-  writeU16(file.data() + kMajorOffset, withVariants ? kMajorVersion : kPlainMajorVersion);
-  writeU16(file.data() + kMinorOffset, kMinorVersion);
+  writeU16(file.data() + kMajorOffset, major);
+  writeU16(file.data() + kMinorOffset, withIndex ? kMinorVersion : 0);
   writeU32(file.data() + kByteOrderOffset, kByteOrderMark);
   writeU64(file.data() + kFileSizeOffset, fileSize);
   writeU32(file.data() + kHeaderSizeOffset, static_cast<std::uint32_t>(headerSize));
@@ -194,6 +258,11 @@ std::vector<unsigned char> CompiledCatalogueWriter::bytes() const {
   file.insert(file.end(), table.begin(), table.end());
   file.insert(file.end(), strings.bytes().begin(), strings.bytes().end());
   file.insert(file.end(), variants.begin(), variants.end());
+  if (withIndex) {
+    writeU32(file.data() + indexFields, static_cast<std::uint32_t>(indexOffset));
+    writeU32(file.data() + indexFields + 4, static_cast<std::uint32_t>(index.size()));
+    file.insert(file.end(), index.begin(), index.end());
+  }
   writeU64(file.data() + kChecksumOffset, checksumOf(file.data(), file.size()));
   return file;
 }

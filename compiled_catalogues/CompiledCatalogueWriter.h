@@ -33,8 +33,8 @@ namespace msg {
 // documents would have given it.
 //
 // A text may carry plural or ordinal variants beside it (it is then their
-// `other`). A catalogue with variants is written in format 2.0, one without
-// in 1.0, which every reader of compiled catalogues reads.
+// `other`). A catalogue with variants is written in format 2.1, one without
+// in 1.1; both carry a key index, which readers of 1.0 and 2.0 ignore.
 class CompiledCatalogueWriter {
  public:
   // One variant of a plural or ordinal text: the text for an exact value
@@ -71,8 +71,10 @@ class CompiledCatalogueWriter {
   std::size_t size() const { return texts.size(); }
 
   // The whole file. Raises std::length_error if the catalogue does not fit
-  // the format's 32-bit counts and offsets.
-  std::vector<unsigned char> bytes() const;
+  // the format's 32-bit counts and offsets. Without `withIndex` the file is
+  // one of format 1.0 or 2.0, as written before key indexes existed: what
+  // the loader's whole-file path reads.
+  std::vector<unsigned char> bytes(bool withIndex = true) const;
 
   // Writes bytes() to a new file beside `path` and renames it to `path`, so
   // a reader sees either the old file or the whole new one, and a handler

@@ -5,7 +5,9 @@
 // in-memory reader decides on every input; the loader, from a file, must
 // decide the same: succeed, or fail with ErrorInMessageDocument leaving the
 // table as it was. After a load, every key gives the record that adding the
-// accepted texts one by one gives.
+// accepted texts one by one gives. A file with a key index is read in place:
+// its texts of a key are those the index names and that check, and no
+// lookup may read outside the file (the sanitizers watch).
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,7 +18,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "compiled_catalogues/CompiledCatalogueFormat.h"
@@ -93,23 +97,54 @@ void loadOnce(const unsigned char* data, std::size_t size) {
     return;
   }
   // The same texts added one by one through the entry constructor, as a
-  // program would: the loader's linking of whole keys must agree with it.
+  // program would: the loader's linking of whole keys, or the lookup that
+  // ranks the table with a file read in place, must agree with it.
   ProbeHandler reference;
   const msg::LanguageList languages = handler.getLanguageList();
-  for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
-    const msg::CompiledCatalogueReader::Entry entry = reader.entry(i);
+  const auto addToReference = [&](const msg::CompiledCatalogueReader::Entry& entry) {
     if (languages.distance(msg::Language(entry.language)) >= 0) {
       new msg::MTE(static_cast<short>(entry.severity), entry.language, entry.nameSpace,
                    entry.identifier, entry.text, &reference, false, true);
     }
+  };
+  std::vector<std::pair<const char*, const char*>> keys;
+  if (!reader.hasIndex()) {
+    for (std::uint32_t i = 0; i < reader.entryCount(); ++i) {
+      addToReference(reader.entry(i));
+    }
+    if (reference.entryCount() != handler.entryCount()) {
+      fail("the load and single additions give different numbers of entries");
+    }
+    for (std::uint32_t i = 0; i < reader.entryCount() && i < 256; ++i) {
+      keys.emplace_back(reader.entry(i).nameSpace, reader.entry(i).identifier);
+    }
+  } else {
+    if (handler.entryCount() != before) {
+      fail("a file read in place registered entries");
+    }
+    std::set<std::pair<std::string, std::string>> seen;
+    for (std::uint32_t i = 0; i < reader.entryCount() && i < 256; ++i) {
+      msg::CompiledCatalogueReader::Entry entry;
+      if (!reader.checkedEntry(i, nullptr, nullptr, entry) ||
+          !seen.emplace(entry.nameSpace, entry.identifier).second) {
+        continue;
+      }
+      keys.emplace_back(entry.nameSpace, entry.identifier);
+      std::uint32_t first = 0;
+      const std::uint32_t texts =
+          reader.find(entry.nameSpace, std::strlen(entry.nameSpace), entry.identifier,
+                      std::strlen(entry.identifier), first);
+      for (std::uint32_t k = first; k < first + texts; ++k) {
+        msg::CompiledCatalogueReader::Entry text;
+        if (reader.checkedEntry(k, entry.nameSpace, entry.identifier, text)) {
+          addToReference(text);
+        }
+      }
+    }
   }
-  if (reference.entryCount() != handler.entryCount()) {
-    fail("the load and single additions give different numbers of entries");
-  }
-  for (std::uint32_t i = 0; i < reader.entryCount() && i < 256; ++i) {
-    const msg::CompiledCatalogueReader::Entry entry = reader.entry(i);
-    std::unique_ptr<msg::Message> record(handler.getMessage(entry.nameSpace, entry.identifier));
-    std::unique_ptr<msg::Message> expected(reference.getMessage(entry.nameSpace, entry.identifier));
+  for (const auto& [nameSpace, identifier] : keys) {
+    std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, identifier));
+    std::unique_ptr<msg::Message> expected(reference.getMessage(nameSpace, identifier));
     if ((record == nullptr) != (expected == nullptr)) {
       fail("a key is found after one kind of addition only");
     }

@@ -13,6 +13,7 @@
 #include <typeinfo>
 
 #include "message_core/BlockCache.h"
+#include "message_core/CompiledCatalogueStorage.h"
 #include "message_core/MessageTable.h"
 #include "message_core/PlaceholderScanner.h"
 #include "message_core/PluralForms.h"
@@ -146,9 +147,14 @@ Message::Message(const MessageHandler* handler, const char* nameSpace, const cha
   // not-found message) goes through the virtual call below.
   if (typeid(*handler) == typeid(MessageHandler)) {
     const MessageTable::Choice choice =
-        handler->messageTable->findBest(nameSpace, identifier, handler->languageList);
-    if (choice.entry != nullptr) {
+        findBestOf(*handler->messageTable, handler->compiledCatalogues, nameSpace, identifier,
+                   handler->languageList);
+    if (choice.found()) {
       keySource = choice.entry;
+      if (choice.entry == nullptr) {
+        this->nameSpace = choice.nameSpace;  // in a mapped catalogue
+        this->identifier = choice.identifier;
+      }
       text = choice.text;
       severity = static_cast<SeverityLevel>(choice.severity);
       language = choice.language;

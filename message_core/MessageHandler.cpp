@@ -122,12 +122,22 @@ bool MessageHandler::getMessageChannel2Ownership() const {
 }
 
 Message* MessageHandler::getMessage(const char* nameSpace, const char* identifier) const {
-  const MessageTable::Choice choice = messageTable->findBest(nameSpace, identifier, languageList);
+  const MessageTable::Choice choice =
+      findBestOf(*messageTable, compiledCatalogues, nameSpace, identifier, languageList);
   if (choice.entry != nullptr) {
-    // Only this table counts once it has an acceptable entry, even if the
+    // Only this handler counts once it has an acceptable entry, even if the
     // parent offers a better-ranked language.
     return new Message(choice.entry, choice.text, static_cast<SeverityLevel>(choice.severity),
                        choice.language, choice.forms);
+  }
+  if (choice.found()) {
+    // A text of a catalogue read in place: the record borrows its key from
+    // the mapped file.
+    Message* record = new Message(choice.nameSpace, choice.identifier,
+                                  static_cast<SeverityLevel>(choice.severity), choice.language,
+                                  choice.text, false);
+    record->forms = choice.forms;
+    return record;
   }
   if (parent == nullptr) {
     return nullptr;
@@ -215,14 +225,30 @@ void MessageHandler::addEntry(MTE* entry, bool throwOnDuplicate, const IndexKey&
   if (existing != nullptr && throwOnDuplicate) {
     throw MessageExists(entry->getNamespace(), entry->getIdentifier());
   }
-  messageTable->insertEntry(entry, existing, predecessor, key);
+  if (compiledCatalogues == nullptr || compiledCatalogues->inPlaceCount() == 0) {
+    messageTable->insertEntry(entry, existing, predecessor, key);
+    return;
+  }
+  // Beside catalogues read in place, a lookup needs to know when the entry
+  // came (see CompiledCatalogueStorage).
+  compiledCatalogues->stamp(entry, existing);
+  try {
+    messageTable->insertEntry(entry, existing, predecessor, key);
+  } catch (...) {
+    compiledCatalogues->unstamp(entry);
+    throw;
+  }
+  if (existing != nullptr) {
+    compiledCatalogues->forgetReplaced(existing);
+  }
 }
 
 void MessageHandler::addEntries(MTE* first, std::uint32_t count, const IndexKey& key) {
   // In one step only if no growth test on the way would grow the table.
   const std::uint64_t growthPoint =
       std::uint64_t{kMaxAverageChainLength + 1} * messageTable->getSize();
-  if (std::uint64_t{messageTable->getCount()} + count <= growthPoint &&
+  const bool stamped = compiledCatalogues != nullptr && compiledCatalogues->inPlaceCount() > 0;
+  if (!stamped && std::uint64_t{messageTable->getCount()} + count <= growthPoint &&
       messageTable->insertNewKey(first, count, key)) {
     return;
   }

@@ -92,13 +92,17 @@ class MessageTable {
 
   // What a lookup hands on of the entry it chose, read from the index
   // without touching the entry itself. `entry` is null if nothing was
-  // chosen.
+  // chosen, or if a text of a compiled catalogue read in place was: then
+  // nameSpace and identifier are that text's key, and null otherwise.
   struct Choice {
     MTE* entry = nullptr;
     const char* text = nullptr;
     Language language;
     short severity = 0;
     const PluralForms* forms = nullptr;  // the entry's variants, if it has any
+    const char* nameSpace = nullptr;
+    const char* identifier = nullptr;
+    bool found() const { return entry != nullptr || nameSpace != nullptr; }
   };
 
   // The entry of the key whose language ranks best by list.distance(), or
@@ -178,6 +182,9 @@ class MessageTable {
   // REQUIRES: bucket < getSize().
   std::uint32_t chainLength(std::uint32_t bucket) const;
   MTE* chainEntry(std::uint32_t bucket, std::uint32_t position) const;
+
+  // The entries of `key` in chain order (the head first), or null.
+  const KeyGroup* groupOf(const IndexKey& key) const { return index.find(key); }
 
   // For benchmarks: the number of entries of a key that a lookup ranks.
   std::uint32_t keyEntryCount(const char* nameSpace, const char* identifier) const;

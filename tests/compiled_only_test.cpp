@@ -55,7 +55,7 @@ TEST(CompiledOnlyTest, WritesTheSameBytesInAnyOrderAndLoadsWithoutXercesC) {
   PlainHandler handler;
   handler.setLanguageList(msg::LanguageList(msg::Language("de"), msg::Language("en")));
   handler.loadCompiledCatalogue(path.c_str());
-  EXPECT_EQ(handler.entryCount(), 3u);
+  EXPECT_EQ(handler.entryCount(), 0u);  // read in place: nothing registered
   EXPECT_EQ(textOf(handler, "app", "start"), "&0 startet.|de");
   EXPECT_EQ(textOf(handler, "app", "stop"), "Stopped.|en");
 

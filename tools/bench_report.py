@@ -25,7 +25,14 @@ TARGETS = [
     ("W3c_load", "W3_load/msg", 0.01),
     ("W3c_load", "W3_load/gettext_ready", None),
     ("W3c_load", "W3_load/icu_ready", None),
+    # Lookups from a compiled catalogue read in place.
+    ("W1c_lookup", "W1_lookup/gettext", 0.5),
 ]
+
+# W4c: the lookup read in place over gettext's at the same size, at most
+# this factor, per size; and the heap per text its load leaves.
+COMPILED_SCALE_TARGETS = [("1000000", 0.5)]
+COMPILED_HEAP_LIMIT_BYTES = 16
 
 # Highest acceptable median CPU time of a contender, in ns.
 TIME_TARGETS = [("W3c_load/msg", 2e6)]
@@ -187,6 +194,25 @@ def main():
         print(f"  W4_scale: heap bytes per entry at most {worst:.0f} ({split(name)[2]} keys), "
               f"target <= {limit:.0f} ({HEAP_BASELINE_BYTES} before the key index + a third): "
               f"{verdict}")
+    for size, limit in COMPILED_SCALE_TARGETS:
+        ours = medians.get(f"W4c_scale/msg/{size}", {})
+        theirs = medians.get(f"W4c_scale/gettext/{size}", {})
+        if "cpu_ns" not in ours or "cpu_ns" not in theirs:
+            print(f"  W4c_scale: msg/gettext at {size} keys: not measured")
+            continue
+        ratio = ours["cpu_ns"] / theirs["cpu_ns"]
+        verdict = "met" if ratio <= limit else "MISSED"
+        missed += verdict != "met"
+        print(f"  W4c_scale: msg/gettext at {size} keys = {ratio:.3g}, target <= {limit}: "
+              f"{verdict}")
+    for name, result in sorted(medians.items()):
+        heap_bytes = result.get("counters", {}).get("heap_bytes_per_entry")
+        if not name.startswith("W4c_scale/msg/") or heap_bytes is None:
+            continue
+        verdict = "met" if heap_bytes <= COMPILED_HEAP_LIMIT_BYTES else "MISSED"
+        missed += verdict != "met"
+        print(f"  W4c_scale: heap bytes per text read in place at {split(name)[2]} keys = "
+              f"{heap_bytes:.2f}, target <= {COMPILED_HEAP_LIMIT_BYTES}: {verdict}")
     for name, limit in TIME_TARGETS:
         result = medians.get(name, {})
         if "cpu_ns" not in result:

@@ -36,14 +36,18 @@ class MessageTable;
 //
 //   what                               owned by       released
 //   the read-only mapping of the file  the handler    ~MessageHandler, after the table
-//   the entries of one load (1 block)  the handler    ~MessageHandler, after the table
-//   the strings of those entries       the mapping    with the mapping
+//   the variants of its plural texts   the handler    ~MessageHandler, after the table
+//   (made at their first lookup)
+//   the strings of its texts           the mapping    with the mapping
 //
-// Those entries are linked with ownsStrings false, so the table never
-// deletes them; an entry that a later load or registration replaces is only
-// unlinked and stays valid until the handler dies, as do the strings of
-// every record made from it. Each load keeps its file mapped until then,
-// also when all of its entries have been replaced.
+// A file with a key index (what msgtool writes) is read in place: nothing is
+// registered in the table, and lookups read the file's own index. A file of
+// an older format without one is registered as entries (one block per load,
+// also owned by the handler and released after the table) linked with
+// ownsStrings false. Either way a text that a later load or registration
+// replaces stays valid until the handler dies, as do the strings of every
+// record made from it. Each load keeps its file mapped until then, also
+// when all of its texts have been replaced.
 //
 // Thread safety: the handler takes no lock. Everything that changes it
 // (setters, entries added to its table, loads) needs the handler to itself.
@@ -127,29 +131,35 @@ class MSG_EXPORT MessageHandler {
 
   // Maps the compiled catalogue `path` (written by `msgtool compile` or the
   // CMake function msg_compile_catalogue, format in
-  // docs/compiled-catalogues.md) read-only, and registers one entry for each
-  // text whose language this handler's list accepts. The list must stand
-  // before the load: texts in other languages are dropped and a later list
-  // does not bring them back. An entry of the same key (namespace,
-  // identifier, language) in this handler's table is replaced without
-  // complaint; the parent's entries are left alone. The entries borrow their
-  // strings from the mapping; nothing is copied per string. The handler keeps
-  // the mapping until it dies (see Ownership above).
+  // docs/compiled-catalogues.md) read-only, and from then on answers from
+  // each text whose language this handler's list accepts, as if each had
+  // been registered at the load, in file order. The list must stand before
+  // the load: texts in other languages are left out and a later list does
+  // not bring them back. A text of the same key (namespace, identifier,
+  // language) in this handler's table or an earlier catalogue is replaced
+  // without complaint; the parent's entries are left alone. Texts stay in
+  // the mapping; nothing is copied per string, and a file with a key index
+  // costs no heap per text. The handler keeps the mapping until it dies
+  // (see Ownership above).
   //
   // Needs no XML: a program that only loads compiled catalogues can do so on
   // a plain handler, and the library's XML system is never started for it.
   // MessageHandlerX::loadCompiledCatalogue does the same.
   //
-  // The file may come from anywhere: every byte is checked before the first
-  // entry is registered, in time proportional to its size. A file that
-  // cannot be opened or mapped, is no regular file, is empty, truncated, of
-  // another magic or a newer format version, fails its checksum, holds an
-  // offset, length, count, severity or language tag out of range, or
-  // changes while it is checked, is refused: report "msgx",
+  // The file may come from anywhere. A file that cannot be opened or mapped,
+  // is no regular file, is empty, truncated, of another magic or a newer
+  // format version, has a header or section out of range or changes while
+  // it is checked, is refused; so is a file without a key index that fails
+  // its checksum or holds an offset, length, count, severity or language
+  // tag out of range (it is checked whole, in time proportional to its
+  // size). A file with a key index is checked at the load in constant time,
+  // and each index slot, text and variant record when a lookup first reads
+  // it: one that is damaged is passed over, as if the file did not hold it,
+  // and nothing outside the mapping is ever read. A refusal: report "msgx",
   // "MessageDocumentError" through this handler's channels with the path as
   // &0, then ErrorInMessageDocument with the text
   //   Message document "<path>" contains syntactical error.
-  // whose getProblems() says what is wrong; the table is untouched. If
+  // whose getProblems() says what is wrong; the handler is untouched. If
   // neither the report's key nor the not-found text is in an acceptable
   // language, the Message constructor's MessageNotFound leaves instead.
   //
