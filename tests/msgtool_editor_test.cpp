@@ -61,10 +61,6 @@ const char kEditedHead[] =
     "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
     "xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n";
 
-const char kXsi[] =
-    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xsi:noNamespaceSchemaLocation=\"messages.xsd\"";
-
 class EditorTest : public ::testing::Test {
  protected:
   void SetUp() override {
