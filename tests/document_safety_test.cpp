@@ -126,8 +126,7 @@ class DocumentSafetyTest : public ::testing::Test {
  protected:
   DocumentSafetyTest() {
     std::filesystem::create_directories(folder / "docs");
-    std::filesystem::copy_file(std::string(MSG_SOURCE_DIR) + "/schema/messages.xsd",
-                               folder / "docs" / "messages.xsd");
+    test_support::copySchemaInto(folder / "docs");
     handler.setMessageChannel(&channel, false);
     new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
                  false, true);

@@ -79,8 +79,7 @@ TEST_P(GettextTest, NgettextChoosesTheTextMsgChooses) {
     }
   }
   texts += "<Text xml:lang=\"" + language + "\">" + language + " other &amp;0</Text>";
-  std::filesystem::copy_file(std::string(MSG_SOURCE_DIR) + "/schema/messages.xsd",
-                             scratch / "messages.xsd");
+  test_support::copySchemaInto(scratch.path());
   const std::string document =
       scratch.write("app.xml",
                     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MessageCollection "

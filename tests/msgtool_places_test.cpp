@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Tool.h"
+#include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
@@ -57,8 +58,7 @@ class PlacesInPartsTest : public ::testing::Test {
  protected:
   PlacesInPartsTest() {
     fs::create_directories(scratch / "docs/parts/deeper");
-    fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd",
-                  scratch / "docs/messages.xsd");
+    test_support::copySchemaInto(scratch / "docs");
     scratch.write("docs/app.xml", kDocument);
     scratch.write("docs/parts/part.xml", kPart);
     scratch.write("docs/parts/deeper/inner.xml", kInner);
@@ -66,18 +66,10 @@ class PlacesInPartsTest : public ::testing::Test {
 
   // Standard output of msgtool with `arguments`, run in the scratch folder
   // so that the document is named by a relative path.
-  std::string run(std::vector<const char*> arguments) {
-    arguments.insert(arguments.begin(), "msgtool");
-    const fs::path previous = fs::current_path();
-    fs::current_path(scratch.path());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int code = msgtool::runTool(static_cast<int>(arguments.size()), arguments.data());
-    const std::string out = testing::internal::GetCapturedStdout();
-    const std::string errors = testing::internal::GetCapturedStderr();
-    fs::current_path(previous);
-    EXPECT_NE(code, 2) << errors;
-    return out;
+  std::string run(const std::vector<const char*>& arguments) {
+    const test_support::ToolRun run = test_support::runMsgtool(arguments, scratch.path());
+    EXPECT_NE(run.code, 2) << run.err;
+    return run.out;
   }
 
   test_support::ScratchFolder scratch;

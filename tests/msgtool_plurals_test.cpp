@@ -234,10 +234,6 @@ TEST_F(PluralCheckTest, ASecondMessageOfAPluralKeyIsOneDuplicate) {
   EXPECT_EQ(findings[0].place.file, again);
 }
 
-}  // namespace
-
-namespace {
-
 // Every form of a plural message is exported with the source's `other` and
 // stamped with it; an exact value travels with its own source text. A form
 // is stale only when the text it was made from changed.

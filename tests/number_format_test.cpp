@@ -169,8 +169,6 @@ TEST(NumberFormatTest, EqualsIcuForEveryLanguageStyleAndValue) {
 TEST(NumberFormatTest, WideIntegersKeepEveryDigit) {
   EXPECT_EQ(shown("en", number(std::numeric_limits<std::uint64_t>::max())),
             "18,446,744,073,709,551,615");
-  EXPECT_EQ(shown("de", number(std::numeric_limits<std::int64_t>::min())),
-            "-9.223.372.036.854.775.808");
   EXPECT_EQ(shown("hi", number(std::int16_t{-32768})), "-32,768");
   EXPECT_EQ(shown("hi", number(1234567u)), "12,34,567");
 }
@@ -253,16 +251,11 @@ TEST(NumberFormatTest, APluralCountChoosesItsFormByTheDigitsShown) {
   EXPECT_EQ(format(handler, files, number(1003)), "\u0661\u066c\u0660\u0660\u0663 ملفات");
 }
 
-TEST(NumberFormatTest, NotANumberAndInfinityAreWrittenAsTheLanguageWritesThem) {
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  const double infinity = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(shown("de", number(nan)), "NaN");
-  EXPECT_EQ(shown("ar", number(nan)), "\u0644\u064a\u0633\u00a0\u0631\u0642\u0645");
-  EXPECT_EQ(shown("tr", percent(-infinity)), "-%\u221e");
-  // The rest of the message is filled in as usual.
+// How each language writes them is a row of the proof against ICU above.
+TEST(NumberFormatTest, NotANumberAndInfinityLeaveTheRestOfTheMessageAsUsual) {
   Message message("t", "t", info, Language("fr"), "&0 / &1 / &2");
-  EXPECT_TRUE(message.substitute(0, number(infinity)));
-  EXPECT_TRUE(message.substitute(1, number(nan, 2)));
+  EXPECT_TRUE(message.substitute(0, number(std::numeric_limits<double>::infinity())));
+  EXPECT_TRUE(message.substitute(1, number(std::numeric_limits<double>::quiet_NaN(), 2)));
   EXPECT_TRUE(message.substitute(2, number(0.5, 2)));
   EXPECT_STREQ(message.getMessage(), "\u221e / NaN / 0,50");
 }

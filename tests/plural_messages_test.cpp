@@ -70,9 +70,7 @@ const char kCatalogue[] = R"(<Message id="deleted" severity="info">
 class PluralMessagesTest : public ::testing::Test {
  protected:
   std::string write(const std::string& name, const std::string& messages) {
-    std::filesystem::copy_file(std::string(MSG_SOURCE_DIR) + "/schema/messages.xsd",
-                               scratch / "messages.xsd",
-                               std::filesystem::copy_options::overwrite_existing);
+    test_support::copySchemaInto(scratch.path());
     return scratch.write(name, document(messages));
   }
   void load(const std::string& messages, const char* languages = "en") {

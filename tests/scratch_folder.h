@@ -29,6 +29,14 @@ inline void writeFile(const std::filesystem::path& path, const std::string& byte
   std::ofstream(path, std::ios::binary) << bytes;
 }
 
+// Copies the message schema into `folder`, so that the documents there that
+// name "messages.xsd" validate.
+inline void copySchemaInto(const std::filesystem::path& folder) {
+  std::filesystem::copy_file(std::filesystem::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd",
+                             folder / "messages.xsd",
+                             std::filesystem::copy_options::overwrite_existing);
+}
+
 class ScratchFolder {
  public:
   // Creates the folder of the test that is running now.

@@ -1,0 +1,44 @@
+// Runs msgtool in the test's own process, as its main would, and keeps what
+// it wrote: for the tests of the tool's subcommands that link its code.
+
+#ifndef MSG_TESTS_MSGTOOL_RUN_H_
+#define MSG_TESTS_MSGTOOL_RUN_H_
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Tool.h"
+
+namespace test_support {
+
+struct ToolRun {
+  int code;
+  std::string out;
+  std::string err;
+};
+
+// Runs msgtool with `arguments` (without the program's name) in `folder`,
+// or in the current folder if `folder` is empty; the current folder is the
+// same again on return. Standard output and error are captured.
+inline ToolRun runMsgtool(std::vector<const char*> arguments,
+                          const std::filesystem::path& folder = {}) {
+  arguments.insert(arguments.begin(), "msgtool");
+  const std::filesystem::path previous = std::filesystem::current_path();
+  if (!folder.empty()) {
+    std::filesystem::current_path(folder);
+  }
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int code = msgtool::runTool(static_cast<int>(arguments.size()), arguments.data());
+  std::string out = testing::internal::GetCapturedStdout();
+  std::string err = testing::internal::GetCapturedStderr();
+  std::filesystem::current_path(previous);
+  return ToolRun{code, std::move(out), std::move(err)};
+}
+
+}  // namespace test_support
+
+#endif  // MSG_TESTS_MSGTOOL_RUN_H_
