@@ -4,7 +4,8 @@
 #
 # Every rule names its component, for packagers (cpack, cmake --install
 # --component):
-#   runtime      the versioned libraries libmsg-core.so.N and libmsg.so.N
+#   runtime      the versioned libraries libmsg-core.so.N and libmsg.so.N,
+#                and the core's Unicode layout module msg/msg-unicode.so
 #   development  headers, the unversioned .so links, the CMake package,
 #                the pkg-config files, the schema and the licence
 # Each component is one Debian package (cmake/MsgPackaging.cmake).
@@ -19,6 +20,10 @@ install(TARGETS msg_core_library msg EXPORT msgTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# Found relative to libmsg-core.so (message_core/UnicodeLayoutLoader.cpp);
+# private to the library, so in a folder of its own.
+install(TARGETS msg_unicode_module
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/msg COMPONENT runtime)
 install(DIRECTORY include/msg DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(FILES ${MSG_GENERATED_INCLUDE_DIR}/msg/version.h

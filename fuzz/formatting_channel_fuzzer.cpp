@@ -27,7 +27,7 @@
 #include <string>
 #include <vector>
 
-#include "message_core/UnicodeLineLayout.h"
+#include "message_core/Utf8.h"
 #include "msg/FormattingMessageChannel.h"
 #include "msg/Message.h"
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "message_core/UnicodeLineLayout.h"
+#include "message_core/TextLayout.h"
 #include "msg/Message.h"
 
 namespace msg {
@@ -25,6 +25,18 @@ bool hasNonAscii(const char* value) {
   }
   return false;
 }
+
+// The Unicode model's lines, to the channel's onMessageLine().
+class ChannelLines final : public LineSink {
+ public:
+  explicit ChannelLines(FormattingMessageChannel& channel) : channel_(channel) {}
+  void onLine(bool firstLine, bool lastLine, const char* line) override {
+    channel_.onMessageLine(firstLine, lastLine, line);
+  }
+
+ private:
+  FormattingMessageChannel& channel_;
+};
 
 // The settings clamped to their limits: the last usable column, at least 0;
 // the left margin, 0 .. right; the first line's start, 0 .. right.
@@ -88,10 +100,15 @@ void FormattingMessageChannel::onMessage(const Message& message) {
       (textModel == TextModel::kChosenByText &&
        (hasNonAscii(format) || hasNonAscii(message.getNamespace()) ||
         hasNonAscii(message.getIdentifier()) || hasNonAscii(message.getMessage())));
-  if (mayBeUnicode) {
+  // The Unicode model loads ICU, so only a text that may need it asks for it.
+  const TextLayout* unicode = mayBeUnicode ? unicodeTextLayout() : nullptr;
+  if (unicode != nullptr) {
     const Columns columns = clampColumns(leftMargin, rightMargin, indent);
-    UnicodeLineLayout layout(*this, columns.first, columns.left, columns.right);
-    if (layout.layOut(format, message, textModel == TextModel::kChosenByText)) {
+    ChannelLines lines(*this);
+    const LayoutFields fields = {message.getNamespace(), message.getIdentifier(),
+                                 message.getMessage()};
+    if (unicode->layOut(format, fields, columns.first, columns.left, columns.right,
+                        textModel == TextModel::kChosenByText, lines)) {
       return;
     }
   }

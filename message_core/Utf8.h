@@ -51,6 +51,24 @@ inline std::size_t utf8SequenceLength(const unsigned char* text, std::size_t siz
   return length;
 }
 
+// True if the `size` bytes at `text` are well-formed UTF-8.
+inline bool isValidUtf8(const char* text, std::size_t size) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+  std::size_t at = 0;
+  while (at < size) {
+    if (bytes[at] < 0x80) {
+      ++at;
+      continue;
+    }
+    const std::size_t length = utf8SequenceLength(bytes + at, size - at);
+    if (length == 0) {
+      return false;
+    }
+    at += length;
+  }
+  return true;
+}
+
 }  // namespace msg
 
 #endif  // MSG_MESSAGE_CORE_UTF8_H_

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Start-up of whole processes, side by side: an empty C program, gettext,
+# Start-up of whole processes, side by side: an empty C program, gettext
+# from a C program and from a C++ program,
 # and programs linked to libmsg-core.so or libmsg.so that ask for their
 # handler, or load a compiled catalogue and look up one message (preference
 # de-AT, de, en), at 10,000 and at 1,000,000 keys.
@@ -10,7 +11,8 @@
 # target msg_startup_bench is built (`make bench` does both, Release).
 # Prints a Markdown table of medians over RUNS runs each (default 15): CPU
 # (user + system), peak resident set and the shared libraries each process
-# loads. The catalogues are made under BUILD_DIR/bench/startup/catalogues;
+# loads, with CPU and peak RSS against both gettext programs at 10,000
+# keys. The catalogues are made under BUILD_DIR/bench/startup/catalogues;
 # the .mo files are kept between runs, the compiled catalogues are written
 # again each time, so that they always have the library's current format.
 set -eu
@@ -24,7 +26,8 @@ runs=${2:-15}
 bin=$build/bench/startup
 work=$bin/catalogues
 command -v msgfmt >/dev/null || { echo "$0: msgfmt (gettext) is needed" >&2; exit 2; }
-for program in startup_runner startup_make_catalogue startup_empty startup_gettext; do
+for program in startup_runner startup_make_catalogue startup_empty startup_gettext \
+  startup_gettext_cxx; do
   [ -x "$bin/$program" ] || { echo "$0: build the target msg_startup_bench in $build" >&2; exit 2; }
 done
 
@@ -56,6 +59,8 @@ empty C++ program${tab}$bin/startup_cxx_empty
 C++ program linked to libicuuc${tab}$bin/startup_icu
 gettext: bind, one dcgettext, 10,000 keys${tab}$bin/startup_gettext $k10/locale $key10
 gettext, 1,000,000 keys${tab}$bin/startup_gettext $m1/locale $key1m
+gettext from a C++ program, 10,000 keys${tab}$bin/startup_gettext_cxx $k10/locale $key10
+gettext from a C++ program, 1,000,000 keys${tab}$bin/startup_gettext_cxx $m1/locale $key1m
 libmsg-core: MessageHandler::object()${tab}$bin/startup_core_object
 libmsg-core: compiled load, one lookup, 10,000 keys${tab}$bin/startup_core_lookup $k10/messages.msgc $key10
 libmsg-core: compiled load, one lookup, 1,000,000 keys${tab}$bin/startup_core_lookup $m1/messages.msgc $key1m
@@ -66,4 +71,5 @@ PLAN
 
 # gettext takes its preference from LANGUAGE (its program sets C.UTF-8).
 LANGUAGE=de_AT:de:en "$bin/startup_runner" "$runs" "$plan" \
-  "gettext: bind, one dcgettext, 10,000 keys"
+  "C gettext=gettext: bind, one dcgettext, 10,000 keys" \
+  "C++ gettext=gettext from a C++ program, 10,000 keys"

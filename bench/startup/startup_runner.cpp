@@ -1,6 +1,6 @@
 // Measures the start of whole processes side by side.
 //
-// Usage: startup_runner RUNS PLAN [BASELINE]
+// Usage: startup_runner RUNS PLAN [LABEL=BASELINE...]
 //
 // PLAN holds one process a line: a name, a tab, and the command (program
 // and arguments separated by spaces, no quoting). Each of the RUNS rounds
@@ -10,10 +10,11 @@
 // loads are counted once, the way ldd counts them: the dynamic loader lists
 // them under LD_TRACE_LOADED_OBJECTS (the vDSO is left out).
 //
-// Prints a Markdown table of the medians; with BASELINE, the name of one
-// process (the first gettext one), also each CPU median as a multiple of
-// the baseline's. Every
-// process must exit with 0, or the run stops with its name and status.
+// Prints a Markdown table of the medians. Each LABEL=BASELINE names one
+// process of the plan (a gettext program) and adds two columns headed by
+// LABEL: each CPU median as a multiple of the baseline's, and each peak RSS
+// less the baseline's. Every process must exit with 0, or the run stops
+// with its name and status.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -113,12 +114,27 @@ double median(std::vector<double> values) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 3 || argc > 4 || std::atoi(argv[1]) < 1) {
-    std::cerr << "usage: " << argv[0] << " RUNS PLAN [BASELINE]\n";
+  if (argc < 3 || std::atoi(argv[1]) < 1) {
+    std::cerr << "usage: " << argv[0] << " RUNS PLAN [LABEL=BASELINE...]\n";
     return 2;
   }
   const int runs = std::atoi(argv[1]);
-  const std::string baseline = argc == 4 ? argv[3] : "";
+  struct Baseline {
+    std::string label;
+    std::string name;
+    double cpu = 0;
+    double rss = 0;
+  };
+  std::vector<Baseline> baselines;
+  for (int i = 3; i < argc; ++i) {
+    const std::string argument = argv[i];
+    const std::size_t equals = argument.find('=');
+    if (equals == std::string::npos) {
+      std::cerr << "startup_runner: a baseline is LABEL=NAME, not " << argument << "\n";
+      return 2;
+    }
+    baselines.push_back({argument.substr(0, equals), argument.substr(equals + 1)});
+  }
 
   std::vector<Process> processes;
   std::ifstream plan(argv[2]);
@@ -152,26 +168,42 @@ int main(int argc, char** argv) {
     }
   }
 
-  double baselineCpu = 0;
-  for (const Process& process : processes) {
-    if (process.name == baseline) {
-      baselineCpu = median(process.cpuMilliseconds);
+  for (Baseline& baseline : baselines) {
+    const auto found = std::find_if(processes.begin(), processes.end(),
+                                    [&](const Process& p) { return p.name == baseline.name; });
+    if (found == processes.end()) {
+      std::cerr << "startup_runner: no process named " << baseline.name << "\n";
+      return 2;
     }
+    baseline.cpu = median(found->cpuMilliseconds);
+    baseline.rss = median(found->peakMebibytes);
   }
   std::printf("Medians of %d runs each.\n\n", runs);
   std::printf("| process | CPU (user+sys) | ");
-  if (baselineCpu > 0) {
-    std::printf("vs first gettext | ");
+  for (const Baseline& baseline : baselines) {
+    std::printf("CPU vs %s | ", baseline.label.c_str());
   }
-  std::printf("peak RSS | shared libraries |\n");
-  std::printf("|---|---|%s---|---|\n", baselineCpu > 0 ? "---|" : "");
+  std::printf("peak RSS | ");
+  for (const Baseline& baseline : baselines) {
+    std::printf("RSS vs %s | ", baseline.label.c_str());
+  }
+  std::printf("shared libraries |\n|---|---|");
+  for (std::size_t i = 0; i < 2 * baselines.size() + 2; ++i) {
+    std::printf("---|");
+  }
+  std::printf("\n");
   for (const Process& process : processes) {
     const double cpu = median(process.cpuMilliseconds);
+    const double rss = median(process.peakMebibytes);
     std::printf("| %s | %.2f ms | ", process.name.c_str(), cpu);
-    if (baselineCpu > 0) {
-      std::printf("%.2fx | ", cpu / baselineCpu);
+    for (const Baseline& baseline : baselines) {
+      std::printf("%.2fx | ", baseline.cpu > 0 ? cpu / baseline.cpu : 0.0);
     }
-    std::printf("%.1f MiB | %d |\n", median(process.peakMebibytes), process.libraries);
+    std::printf("%.1f MiB | ", rss);
+    for (const Baseline& baseline : baselines) {
+      std::printf("%+.1f MiB | ", rss - baseline.rss);
+    }
+    std::printf("%d |\n", process.libraries);
   }
   return 0;
 }

@@ -1,4 +1,4 @@
-#include "message_core/UnicodeLineLayout.h"
+#include "unicode_layout/UnicodeLineLayout.h"
 
 #include <unicode/brkiter.h>
 #include <unicode/locid.h>
@@ -11,26 +11,24 @@
 #include <memory>
 #include <vector>
 
-#include "message_core/ClusterScanner.h"
 #include "message_core/Utf8.h"
-#include "msg/FormattingMessageChannel.h"
-#include "msg/Message.h"
+#include "unicode_layout/ClusterScanner.h"
 
 namespace msg {
 
 namespace {
 
-// What the format gives for `message`, before any layout, into `out`.
-void expandFormat(const char* format, const Message& message, std::string& out) {
+// What the format gives for `fields`, before any layout, into `out`.
+void expandFormat(const char* format, const LayoutFields& fields, std::string& out) {
   out.clear();
   for (const char* p = format; *p != '\0'; ++p) {
     const char* value = nullptr;
     if (*p == '&' && p[1] == 'n') {
-      value = message.getNamespace();
+      value = fields.nameSpace;
     } else if (*p == '&' && p[1] == 'i') {
-      value = message.getIdentifier();
+      value = fields.identifier;
     } else if (*p == '&' && p[1] == 't') {
-      value = message.getMessage();
+      value = fields.text;
     } else {
       out += *p;
       continue;
@@ -74,28 +72,11 @@ bool endsLine(UChar32 c) {
 
 }  // namespace
 
-bool isValidUtf8(const char* text, std::size_t size) {
-  const auto* bytes = reinterpret_cast<const unsigned char*>(text);
-  std::size_t at = 0;
-  while (at < size) {
-    if (bytes[at] < 0x80) {
-      ++at;
-      continue;
-    }
-    const std::size_t length = utf8SequenceLength(bytes + at, size - at);
-    if (length == 0) {
-      return false;
-    }
-    at += length;
-  }
-  return true;
-}
-
 // The buffers and break iterators of one layout. A break iterator changes
 // as it walks, and creating one costs microseconds (cloning still a few
 // hundred nanoseconds), far more than laying out a short message; so every
 // thread keeps one workspace for its life, and its buffers keep their
-// capacity from message to message. An onMessageLine() that writes another
+// capacity from message to message. A sink that writes another
 // message on the same thread finds it busy and gets a workspace of its own.
 struct UnicodeLineLayout::Workspace {
   std::unique_ptr<icu::BreakIterator> lineBreaks;
@@ -120,9 +101,9 @@ struct UnicodeLineLayout::Workspace {
   }
 };
 
-UnicodeLineLayout::UnicodeLineLayout(FormattingMessageChannel& channel, int firstColumn,
-                                     int leftMargin, int rightMargin)
-    : channel_(channel),
+UnicodeLineLayout::UnicodeLineLayout(LineSink& sink, int firstColumn, int leftMargin,
+                                     int rightMargin)
+    : sink_(sink),
       firstColumn_(firstColumn),
       leftMargin_(leftMargin),
       width_(rightMargin + 1),
@@ -130,7 +111,8 @@ UnicodeLineLayout::UnicodeLineLayout(FormattingMessageChannel& channel, int firs
       text_(nullptr),
       firstLine_(true) {}
 
-bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool onlyBeyondAscii) {
+bool UnicodeLineLayout::layOut(const char* format, const LayoutFields& fields,
+                               bool onlyBeyondAscii) {
   thread_local Workspace threadWorkspace;
   std::unique_ptr<Workspace> nested;
   Workspace* work = &threadWorkspace;
@@ -142,7 +124,7 @@ bool UnicodeLineLayout::layOut(const char* format, const Message& message, bool 
     return false;
   }
   std::string& text = work->output;
-  expandFormat(format, message, text);
+  expandFormat(format, fields, text);
   if (!isValidUtf8(text.data(), text.size())) {
     return false;
   }
@@ -314,9 +296,30 @@ void UnicodeLineLayout::emitLine(std::size_t from, std::size_t to, bool last) {
       }
     }
   }
-  channel_.onMessageLine(firstLine_, last, line.c_str());
+  sink_.onLine(firstLine_, last, line.c_str());
   firstLine_ = false;
   line.assign(static_cast<std::size_t>(leftMargin_), ' ');
 }
 
+namespace {
+
+// The process's one TextLayout: all state of a layout is on the stack or
+// per thread.
+class UnicodeTextLayout final : public TextLayout {
+ public:
+  bool layOut(const char* format, const LayoutFields& fields, int firstColumn, int leftMargin,
+              int rightMargin, bool onlyBeyondAscii, LineSink& sink) const override {
+    UnicodeLineLayout layout(sink, firstColumn, leftMargin, rightMargin);
+    return layout.layOut(format, fields, onlyBeyondAscii);
+  }
+};
+
+}  // namespace
+
 }  // namespace msg
+
+extern "C" __attribute__((visibility("default"))) const msg::TextLayout*
+MSG_UNICODE_LAYOUT_ENTRY() {
+  static msg::UnicodeTextLayout layout;
+  return &layout;
+}

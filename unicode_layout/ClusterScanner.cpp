@@ -1,4 +1,4 @@
-#include "message_core/ClusterScanner.h"
+#include "unicode_layout/ClusterScanner.h"
 
 #include <cstddef>
 #include <memory>

@@ -3,8 +3,8 @@
 //
 // Private to the library: not installed, nothing here is exported.
 
-#ifndef MSG_MESSAGE_CORE_CLUSTERSCANNER_H_
-#define MSG_MESSAGE_CORE_CLUSTERSCANNER_H_
+#ifndef MSG_UNICODE_LAYOUT_CLUSTERSCANNER_H_
+#define MSG_UNICODE_LAYOUT_CLUSTERSCANNER_H_
 
 #include <unicode/uchar.h>
 
@@ -111,4 +111,4 @@ class ClusterScanner {
 
 }  // namespace msg
 
-#endif  // MSG_MESSAGE_CORE_CLUSTERSCANNER_H_
+#endif  // MSG_UNICODE_LAYOUT_CLUSTERSCANNER_H_

@@ -1,25 +1,26 @@
 // UnicodeLineLayout: the Unicode model of FormattingMessageChannel. Breaks
 // a message's output, valid UTF-8, into lines by display columns, at the
 // places the Unicode line breaking rules allow and never inside a grapheme
-// cluster.
+// cluster. The channel reaches it through TextLayout
+// (message_core/TextLayout.h); this folder is also the module
+// msg-unicode.so, the one part of the library that links ICU.
 //
-// Private to the library: not installed, nothing here is exported.
+// Private to the library: not installed; the module exports only its entry
+// point.
 
-#ifndef MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
-#define MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
+#ifndef MSG_UNICODE_LAYOUT_UNICODELINELAYOUT_H_
+#define MSG_UNICODE_LAYOUT_UNICODELINELAYOUT_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
+#include "message_core/TextLayout.h"
+
 namespace msg {
 
-class FormattingMessageChannel;
-class Message;
-
-// Lays out one message and hands its lines to the channel's
-// onMessageLine(). Lives on the stack of one FormattingMessageChannel::
-// onMessage() call; its buffers and ICU's break iterators are kept per
+// Lays out one message and hands its lines to a LineSink. Lives on the
+// stack of one TextLayout::layOut() call; its buffers and ICU's break iterators are kept per
 // thread, so several threads lay out at the same time without sharing
 // state, and a warm thread lays out without allocating.
 class UnicodeLineLayout {
@@ -27,20 +28,19 @@ class UnicodeLineLayout {
   // The columns of one message, clamped by the caller: the first line starts
   // in `firstColumn`, every further one in `leftMargin`, and no line goes
   // beyond column `rightMargin` (0 <= leftMargin, firstColumn <=
-  // rightMargin). The channel must outlive the layout.
-  UnicodeLineLayout(FormattingMessageChannel& channel, int firstColumn, int leftMargin,
-                    int rightMargin);
+  // rightMargin). The sink must outlive the layout.
+  UnicodeLineLayout(LineSink& sink, int firstColumn, int leftMargin, int rightMargin);
 
   UnicodeLineLayout(const UnicodeLineLayout&) = delete;
   UnicodeLineLayout& operator=(const UnicodeLineLayout&) = delete;
 
-  // Expands `format` for `message` (as the channel's header format) and
-  // calls onMessageLine() for each line, at least once. Returns false,
+  // Expands `format` for `fields` (as the channel's header format) and
+  // hands each line to the sink, at least once. Returns false,
   // having called nothing, if the output is not valid UTF-8, if
   // `onlyBeyondAscii` and the output is pure ASCII, or if ICU cannot give
   // its break iterator (no data); the caller then lays the message out by
   // bytes.
-  bool layOut(const char* format, const Message& message, bool onlyBeyondAscii);
+  bool layOut(const char* format, const LayoutFields& fields, bool onlyBeyondAscii);
 
  private:
   enum class Kind : unsigned char { kText, kBlank, kLineEnd };
@@ -62,7 +62,7 @@ class UnicodeLineLayout {
   // the `last` line as far as they fit.
   void emitLine(std::size_t from, std::size_t to, bool last);
 
-  FormattingMessageChannel& channel_;
+  LineSink& sink_;
   const int firstColumn_;
   const int leftMargin_;
   const int width_;          // columns a line may fill: rightMargin + 1
@@ -71,9 +71,6 @@ class UnicodeLineLayout {
   bool firstLine_;
 };
 
-// True if the `size` bytes at `text` are well-formed UTF-8.
-bool isValidUtf8(const char* text, std::size_t size);
-
 }  // namespace msg
 
-#endif  // MSG_MESSAGE_CORE_UNICODELINELAYOUT_H_
+#endif  // MSG_UNICODE_LAYOUT_UNICODELINELAYOUT_H_
