@@ -93,7 +93,7 @@ package: release
 # build of its own.
 package-test: fuzz-build
 	@tools/install-deps.sh $(PACKAGE_PACKAGES)
-	cmake -DMSG_BINARY_DIR=$(FUZZ_DIR) -DMSG_SOURCE_DIR=$(CURDIR) \
+	cmake -DMSG_BINARY_DIR=$(CURDIR)/$(FUZZ_DIR) -DMSG_SOURCE_DIR=$(CURDIR) \
 	  -DWORK_DIR=$(CURDIR)/$(FUZZ_DIR)/package-test -DCXX_COMPILER=g++ \
 	  -P cmake/RunPackageTest.cmake
 
