@@ -81,6 +81,11 @@ class MappedFile {
            now.st_mtim.tv_nsec == opened.st_mtim.tv_nsec;
   }
 
+  // Tells the kernel that the mapping will be read here and there, as
+  // lookups read it: a page fault then reads one page of a file not yet
+  // cached, not a window of readahead, and so maps only that page.
+  void readAtRandom() const { (void)madvise(mapping, size, MADV_RANDOM); }
+
   // Hands the mapping over; the descriptor is closed.
   void* release() {
     close(descriptor);
@@ -244,6 +249,7 @@ void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
   MappedCatalogueStorage& storage =
       *static_cast<MappedCatalogueStorage*>(handler.compiledCatalogues);
   if (reader.hasIndex()) {
+    file.readAtRandom();
     auto catalogue = std::make_unique<MappedCatalogueStorage::InPlace>(
         const_cast<unsigned char*>(file.bytes()), file.length(), reader, handler.getLanguageList());
     storage.addInPlace(std::move(catalogue));  // may throw: the file is then unmapped

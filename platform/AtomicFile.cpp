@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -109,11 +110,19 @@ int createBeside(const std::string& path, std::string& name) {
   }
 }
 
+// The most one write() hands the kernel. The page cache keeps a file in
+// pieces as large as the writes that made it (up to 2 MiB where the file
+// system has large folios), and a process that maps the file later maps the
+// whole piece around each byte it reads. A compiled catalogue is read in
+// place at a few places, so pieces of 64 KiB keep that cost as low as the
+// kernel's own fault-around, as stdio's small writes do for gettext's files.
+constexpr std::size_t kLargestWrite = 64 * 1024;
+
 // Writes all `size` bytes; 0 or the errno value of the failed write.
 int writeAll(int fd, const void* bytes, std::size_t size) {
   const char* next = static_cast<const char*>(bytes);
   while (size > 0) {
-    const ssize_t written = write(fd, next, size);
+    const ssize_t written = write(fd, next, std::min(size, kLargestWrite));
     if (written < 0) {
       if (errno == EINTR) {
         continue;

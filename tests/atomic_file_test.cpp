@@ -88,6 +88,15 @@ TEST_F(AtomicFileTest, ReplacesOrCreatesKeepsPermissionsAndVerifiesFirst) {
   EXPECT_EQ(readFile(target), "checked");
   EXPECT_EQ(names(), Names{"catalogue.bin"});
 
+  // Content larger than one write, of a length no piece divides, arrives
+  // whole and in order.
+  std::string large(200 * 1024 + 7, '\0');
+  for (std::size_t i = 0; i < large.size(); ++i) {
+    large[i] = static_cast<char>(i * 131 / 7);
+  }
+  replace(target, large);
+  EXPECT_EQ(readFile(target), large);
+
   // A bare name lands in the working folder.
   const fs::path before = fs::current_path();
   fs::current_path(folder.path());
