@@ -15,6 +15,8 @@
 # Instantiations of standard library templates are let through: the
 # standard headers give them default visibility, and they are weak.
 
+include("${CMAKE_CURRENT_LIST_DIR}/ScriptSupport.cmake")
+
 if(NOT DEFINED LIBRARY OR NOT EXISTS "${LIBRARY}")
   message(FATAL_ERROR "CheckExportedSymbols.cmake: -DLIBRARY=<library> is required")
 endif()
@@ -78,11 +80,9 @@ else()
   set(private_symbols "")
 endif()
 
-execute_process(COMMAND "${NM}" -D --defined-only --format=posix "${LIBRARY}"
-  RESULT_VARIABLE result OUTPUT_VARIABLE nm_output ERROR_VARIABLE nm_errors)
-if(NOT result EQUAL 0)
-  message(FATAL_ERROR "${NM} -D --defined-only failed on ${LIBRARY}:\n${nm_errors}")
-endif()
+run_step("${NM} -D --defined-only on ${LIBRARY}" "${NM}" -D --defined-only --format=posix
+  "${LIBRARY}")
+set(nm_output "${run_stdout}")
 
 # posix format: "<name> <type> <value> [<size>]", one symbol a line.
 string(REPLACE "\n" ";" nm_lines "${nm_output}")

@@ -27,14 +27,9 @@
 
 cmake_policy(VERSION 3.25)
 
-foreach(required MSG_BINARY_DIR MSG_SOURCE_DIR WORK_DIR CXX_COMPILER)
-  if(NOT DEFINED ${required} OR "${${required}}" STREQUAL "")
-    message(FATAL_ERROR "RunConsumerTest.cmake: -D${required}=... is required")
-  endif()
-endforeach()
-if(NOT DEFINED GENERATOR OR GENERATOR STREQUAL "")
-  set(GENERATOR "Ninja")
-endif()
+include("${CMAKE_CURRENT_LIST_DIR}/ScriptSupport.cmake")
+msg_require_arguments(RunConsumerTest.cmake MSG_BINARY_DIR MSG_SOURCE_DIR WORK_DIR CXX_COMPILER)
+msg_default_generator()
 separate_arguments(sanitize_list UNIX_COMMAND "${SANITIZE_FLAGS}")
 
 set(prefix "${WORK_DIR}/prefix")
@@ -45,17 +40,6 @@ set(consumer_source "${MSG_SOURCE_DIR}/examples/consumer")
 set(expected_line "consumer:greeting: Hello, world! You have 3 new messages.")
 set(expected_line20 "consumer:span: 3 languages, best de-AT.")
 set(expected_core_line "consumer:core: Auf Wiedersehen, &0.")
-
-# Runs a command and stops the test with its output if it fails. The
-# standard error of the command is left in `run_stderr`.
-function(run_step description)
-  execute_process(COMMAND ${ARGN}
-    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
-  if(NOT result EQUAL 0)
-    message(FATAL_ERROR "${description} failed (${result}):\n${ARGN}\n${output}\n${errors}")
-  endif()
-  set(run_stderr "${errors}" PARENT_SCOPE)
-endfunction()
 
 # Stops the test unless a program printed `line`.
 function(expect_line program_description stderr_text line)

@@ -27,29 +27,12 @@
 
 cmake_minimum_required(VERSION 3.25)
 
-foreach(required MSG_BINARY_DIR MSG_SOURCE_DIR WORK_DIR CXX_COMPILER)
-  if(NOT DEFINED ${required} OR "${${required}}" STREQUAL "")
-    message(FATAL_ERROR "RunPackageTest.cmake: -D${required}=... is required")
-  endif()
-endforeach()
-if(NOT DEFINED GENERATOR OR GENERATOR STREQUAL "")
-  set(GENERATOR "Ninja")
-endif()
+include("${CMAKE_CURRENT_LIST_DIR}/ScriptSupport.cmake")
+msg_require_arguments(RunPackageTest.cmake MSG_BINARY_DIR MSG_SOURCE_DIR WORK_DIR CXX_COMPILER)
+msg_default_generator()
 if(NOT DEFINED LINTIAN)
   set(LINTIAN ON)
 endif()
-
-# Runs a command; stops the test with its output if it fails, else leaves
-# its standard output, stripped, in the variable `out_var`.
-function(run_capture out_var description)
-  execute_process(COMMAND ${ARGN}
-    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors
-    OUTPUT_STRIP_TRAILING_WHITESPACE)
-  if(NOT result EQUAL 0)
-    message(FATAL_ERROR "${description} failed (${result}):\n${ARGN}\n${output}\n${errors}")
-  endif()
-  set(${out_var} "${output}" PARENT_SCOPE)
-endfunction()
 
 function(fail)
   string(JOIN "" text ${ARGN})
@@ -58,14 +41,14 @@ endfunction()
 
 # The field `field` of the control file of package `deb`.
 function(deb_field out_var deb field)
-  run_capture(value "dpkg-deb -f ${deb} ${field}" dpkg-deb -f "${deb}" ${field})
-  set(${out_var} "${value}" PARENT_SCOPE)
+  run_step("dpkg-deb -f ${deb} ${field}" dpkg-deb -f "${deb}" ${field})
+  set(${out_var} "${run_stdout}" PARENT_SCOPE)
 endfunction()
 
 # The paths (./usr/...) of the files and links in package `deb`.
 function(deb_files out_var deb)
-  run_capture(listing "dpkg-deb -c ${deb}" dpkg-deb -c "${deb}")
-  string(REPLACE "\n" ";" lines "${listing}")
+  run_step("dpkg-deb -c ${deb}" dpkg-deb -c "${deb}")
+  string(REPLACE "\n" ";" lines "${run_stdout}")
   set(files "")
   foreach(line IN LISTS lines)
     if(line MATCHES "^[-l][^ ]* +[^ ]+ +[0-9]+ [^ ]+ [^ ]+ (\\./[^ ]+)")
@@ -141,7 +124,7 @@ endforeach()
 
 # 3. Unpack, and compare with a plain install.
 foreach(deb IN LISTS debs)
-  run_capture(ignored "dpkg-deb -x ${deb}" dpkg-deb -x "${deb}" "${root}")
+  run_step("dpkg-deb -x ${deb}" dpkg-deb -x "${deb}" "${root}")
 endforeach()
 
 file(GLOB_RECURSE shared_objects LIST_DIRECTORIES false "${root}/usr/lib/*.so*")
@@ -160,8 +143,8 @@ foreach(object IN LISTS shared_objects)
     endif()
     continue()
   endif()
-  run_capture(dynamic "readelf -d ${object}" readelf -d "${object}")
-  if(NOT dynamic MATCHES "Library soname: \\[([^]]+)\\]")
+  run_step("readelf -d ${object}" readelf -d "${object}")
+  if(NOT run_stdout MATCHES "Library soname: \\[([^]]+)\\]")
     fail("${object} has no SONAME")
   endif()
   set(soname "${CMAKE_MATCH_1}")
@@ -183,7 +166,7 @@ if(NOT sonames)
 endif()
 
 set(plain "${WORK_DIR}/plain")
-run_capture(ignored "cmake --install" "${CMAKE_COMMAND}" --install "${MSG_BINARY_DIR}"
+run_step("cmake --install" "${CMAKE_COMMAND}" --install "${MSG_BINARY_DIR}"
   --prefix "${plain}/usr")
 file(GLOB_RECURSE plain_files LIST_DIRECTORIES false RELATIVE "${plain}" "${plain}/*")
 foreach(path IN LISTS plain_files)
@@ -210,8 +193,9 @@ if(NOT major STREQUAL soversion)
 endif()
 list(REMOVE_DUPLICATES library_dirs)
 list(JOIN library_dirs ":" library_path)
-run_capture(tool_version "msgtool --version" "${CMAKE_COMMAND}" -E env
+run_step("msgtool --version" "${CMAKE_COMMAND}" -E env
   "LD_LIBRARY_PATH=${library_path}" "${root}/usr/bin/msgtool" --version)
+set(tool_version "${run_stdout}")
 if(NOT tool_version STREQUAL "msgtool ${upstream_version}")
   fail("The packaged msgtool --version says \"${tool_version}\", the packages ${version}")
 endif()
@@ -239,7 +223,7 @@ if(LINTIAN)
 endif()
 
 # 6. The consumer, against the unpacked packages alone.
-run_capture(ignored "The consumer against the unpacked packages" "${CMAKE_COMMAND}"
+run_step("The consumer against the unpacked packages" "${CMAKE_COMMAND}"
   "-DPREFIX=${root}/usr"
   "-DMSG_BINARY_DIR=${MSG_BINARY_DIR}"
   "-DMSG_SOURCE_DIR=${MSG_SOURCE_DIR}"

@@ -137,21 +137,22 @@ class TextAsWritten(unittest.TestCase):
     def doc(self, comment):
         return run(comment + "\nvoid f();")[0]
 
-    def test_command_characters_of_prose_are_taken_literally(self):
-        self.assertEqual(self.doc("// as \\n and \\u00XX; #1; a%b; x@y"),
-                         "/// as \\\\n and \\\\u00XX; \\#1; a\\%b; x\\@y")
-
-    def test_quoted_text_is_shown_as_written(self):
-        self.assertEqual(self.doc('// "%d", "sr@latin" and "\\u3002"'),
-                         '/// "%d", "sr@latin" and "\\u3002"')
-
-    def test_a_quoted_quotation_mark_opens_no_quote(self):
-        self.assertEqual(self.doc("""// '"' and '\\' as \\" and \\\\; %d"""),
-                         "/// '&quot;' and '\\\\' as \\\\&quot; and \\\\\\\\; \\%d")
-
-    def test_commands_and_code_spans_are_left_to_doxygen(self):
-        self.assertEqual(self.doc("// @param path the file, `a\\b %d`"),
-                         "/// @param path the file, `a\\b %d`")
+    def test_prose_is_escaped_and_quotes_commands_and_code_spans_are_kept(self):
+        cases = [
+            # Command characters of prose are taken literally.
+            ("// as \\n and \\u00XX; #1; a%b; x@y",
+             "/// as \\\\n and \\\\u00XX; \\#1; a\\%b; x\\@y"),
+            # Quoted text is shown as written.
+            ('// "%d", "sr@latin" and "\\u3002"', '/// "%d", "sr@latin" and "\\u3002"'),
+            # A quoted quotation mark opens no quote.
+            ("""// '"' and '\\' as \\" and \\\\; %d""",
+             "/// '&quot;' and '\\\\' as \\\\&quot; and \\\\\\\\; \\%d"),
+            # Commands and code spans are left to Doxygen.
+            ("// @param path the file, `a\\b %d`", "/// @param path the file, `a\\b %d`"),
+        ]
+        for comment, expected in cases:
+            with self.subTest(comment=comment):
+                self.assertEqual(self.doc(comment), expected)
 
     def test_examples_after_an_empty_line_become_code_lists_do_not(self):
         out = run("// Made like\n//\n//   Key<2> k{\"a\", \"b\"};\n//   next\n//\n"

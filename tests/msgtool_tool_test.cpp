@@ -7,10 +7,10 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "CommandSupport.h"
 #include "Subcommand.h"
 #include "Tool.h"
 #include "msg/version.h"
@@ -24,14 +24,7 @@ using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(line);
-  }
-  return lines;
-}
+using msgtool::linesOf;
 
 TEST(ToolTest, HelpListsEverySubcommandWhoseOwnHelpTeachesWhatItDoesExamplesAndExitCodes) {
   const std::vector<msgtool::SubcommandInfo> subcommands = msgtool::registeredSubcommands();

@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <map>
+#include <sstream>
 
 #include "ToolError.h"
 
@@ -38,6 +39,15 @@ std::vector<std::string> splitList(const std::string& list) {
     }
   }
   return items;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    lines.push_back(line);
+  }
+  return lines;
 }
 
 std::string describePlace(const SourcePlace& place) {

@@ -25,6 +25,10 @@ void addDocumentsArgument(CLI::App& command, std::vector<std::string>& files);
 // "en,de, fr" as {"en", "de", "fr"}; empty items are dropped.
 std::vector<std::string> splitList(const std::string& list);
 
+// The lines of `text`, without their line ends; a last line without one
+// counts too.
+std::vector<std::string> linesOf(const std::string& text);
+
 // "file:line:column", leaving out what is not known.
 std::string describePlace(const SourcePlace& place);
 

@@ -5,21 +5,13 @@
 #include <sstream>
 
 #include "CommandLineWalk.h"
+#include "CommandSupport.h"
 #include "FindingCodes.h"
 #include "msg/version.h"
 
 namespace msgtool {
 
 namespace {
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(line);
-  }
-  return lines;
-}
 
 std::string bold(const std::string& text) {
   return "\\fB" + roffText(text) + "\\fR";
