@@ -180,35 +180,39 @@ void MappedCatalogueStorage::addInPlace(std::unique_ptr<InPlace> catalogue) {
   countInPlace();
 }
 
+std::uint32_t MappedCatalogueStorage::prepare(const Key& key) const {
+  const std::uint32_t hash = CompiledCatalogueReader::hashOf(key.nameSpace, key.namespaceLength,
+                                                             key.identifier, key.identifierLength);
+  for (const std::unique_ptr<InPlace>& catalogue : inPlace) {
+    catalogue->reader.prefetchSlot(hash);
+  }
+  return hash;
+}
+
 std::uint32_t MappedCatalogueStorage::textsOf(std::uint32_t catalogue, const Key& key, Text* out,
                                               std::uint32_t room) const {
   const InPlace& file = *inPlace[catalogue];
-  std::uint32_t first = 0;
-  const std::uint32_t texts = file.reader.find(key.nameSpace, key.namespaceLength, key.identifier,
-                                               key.identifierLength, first);
+  const CompiledCatalogueReader::Found found = file.reader.find(
+      key.hash, key.nameSpace, key.namespaceLength, key.identifier, key.identifierLength);
   std::uint32_t written = 0;
-  // Once a text of the key has checked, the key is taken as it stands in
-  // the file: its later texts then compare by pointer (see checkedEntry).
-  const char* nameSpace = key.nameSpace;
-  const char* identifier = key.identifier;
-  for (std::uint32_t i = first; i < first + texts; ++i) {
+  // find() has compared the key with the strings of its first entry, so
+  // the entries compare by pointer with those strings (see checkedEntry).
+  for (std::uint32_t i = found.first; i < found.first + found.texts; ++i) {
     CompiledCatalogueReader::Entry entry;
-    if (!file.reader.checkedEntry(i, nameSpace, identifier, entry)) {
+    if (!file.reader.checkedEntry(i, found.nameSpace, found.identifier, entry)) {
       continue;  // damaged: as if the file did not hold it
     }
-    nameSpace = entry.nameSpace;
-    identifier = entry.identifier;
     const Language language(entry.language);
     if (file.languages.distance(language) < 0) {
       continue;  // a load registers only what the list then accepts
     }
     if (written < room) {
-      out[written] = Text{entry.nameSpace,
-                          entry.identifier,
-                          entry.text,
-                          language,
-                          static_cast<short>(entry.severity),
-                          i};
+      new (&out[written]) Text{entry.nameSpace,
+                               entry.identifier,
+                               entry.text,
+                               language,
+                               static_cast<short>(entry.severity),
+                               i};
     }
     ++written;
   }

@@ -50,6 +50,7 @@ class MappedCatalogueStorage final : public CompiledCatalogueStorage {
   ~MappedCatalogueStorage() override;
 
  protected:
+  std::uint32_t prepare(const Key& key) const override;
   std::uint32_t textsOf(std::uint32_t catalogue, const Key& key, Text* out,
                         std::uint32_t room) const override;
   const PluralForms* formsOf(std::uint32_t catalogue, const Text& text) const override;

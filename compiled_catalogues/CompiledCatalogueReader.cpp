@@ -281,18 +281,19 @@ bool CompiledCatalogueReader::checkEntries() {
   return true;
 }
 
-std::uint32_t CompiledCatalogueReader::find(const char* nameSpace, std::size_t namespaceLength,
-                                            const char* identifier, std::size_t identifierLength,
-                                            std::uint32_t& first) const {
+CompiledCatalogueReader::Found CompiledCatalogueReader::find(std::uint32_t hash,
+                                                             const char* nameSpace,
+                                                             std::size_t namespaceLength,
+                                                             const char* identifier,
+                                                             std::size_t identifierLength) const {
   const std::uint32_t mask = slotCount - 1;
-  const std::uint32_t hash = keyHash(nameSpace, namespaceLength, identifier, identifierLength);
   std::uint32_t slot = hash & mask;
   // At most every slot once: a damaged index without an empty slot ends too.
   for (std::uint32_t probes = 0; probes < slotCount; ++probes, slot = (slot + 1) & mask) {
     const unsigned char* at = slots + std::size_t{slot} * kSlotSize;
     const std::uint32_t texts = readU32(at + kSlotTexts);
     if (texts == 0) {
-      return 0;
+      return Found();
     }
     const std::uint32_t start = readU32(at + kSlotFirst);
     if (readU32(at + kSlotHash) != hash || start >= count || texts > count - start) {
@@ -310,11 +311,10 @@ std::uint32_t CompiledCatalogueReader::find(const char* nameSpace, std::size_t n
     const std::uint32_t namespaceAt = readU32(entry + kEntryNamespace);
     if (readU32(entry + kEntryIdentifier) == identifierAt && namespaceAt < stringsSize &&
         sameString(strings + namespaceAt, nameSpace, namespaceLength)) {
-      first = start;
-      return texts;
+      return Found{start, texts, strings + namespaceAt, strings + identifierAt};
     }
   }
-  return 0;
+  return Found();
 }
 
 bool CompiledCatalogueReader::checkedEntry(std::uint32_t index, const char* nameSpace,

@@ -130,11 +130,13 @@ void loadOnce(const unsigned char* data, std::size_t size) {
         continue;
       }
       keys.emplace_back(entry.nameSpace, entry.identifier);
-      std::uint32_t first = 0;
-      const std::uint32_t texts =
-          reader.find(entry.nameSpace, std::strlen(entry.nameSpace), entry.identifier,
-                      std::strlen(entry.identifier), first);
-      for (std::uint32_t k = first; k < first + texts; ++k) {
+      const std::size_t namespaceLength = std::strlen(entry.nameSpace);
+      const std::size_t identifierLength = std::strlen(entry.identifier);
+      const msg::CompiledCatalogueReader::Found found =
+          reader.find(msg::CompiledCatalogueReader::hashOf(entry.nameSpace, namespaceLength,
+                                                           entry.identifier, identifierLength),
+                      entry.nameSpace, namespaceLength, entry.identifier, identifierLength);
+      for (std::uint32_t k = found.first; k < found.first + found.texts; ++k) {
         msg::CompiledCatalogueReader::Entry text;
         if (reader.checkedEntry(k, entry.nameSpace, entry.identifier, text)) {
           addToReference(text);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "message_core/KeyIndex.h"
@@ -30,11 +31,14 @@ std::uint64_t when(std::uint32_t time, std::uint32_t order) {
 }
 
 // Room for the texts of a key, on the stack unless a key has very many.
+// The room is not initialised: a lookup uses two or three places of it.
 class Candidates {
  public:
+  Candidates() {}  // NOLINT(modernize-use-equals-default): leaves the room as it is
+
   void add(const Candidate& candidate) {
     if (count < kRoom) {
-      inline_[count] = candidate;
+      new (&inline_[count]) Candidate(candidate);
     } else {
       if (count == kRoom) {
         spilled.assign(inline_, inline_ + kRoom);
@@ -50,9 +54,18 @@ class Candidates {
 
  private:
   static constexpr std::uint32_t kRoom = 16;
-  Candidate inline_[kRoom];
+  union {
+    Candidate inline_[kRoom];
+  };
   std::vector<Candidate> spilled;
   std::uint32_t count = 0;
+};
+
+// Room for the texts a catalogue has of one key, not initialised: textsOf()
+// constructs what it writes.
+union TextRoom {
+  TextRoom() {}  // NOLINT(modernize-use-equals-default): leaves the room as it is
+  CompiledCatalogueStorage::Text texts[16];
 };
 
 }  // namespace
@@ -75,11 +88,14 @@ MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& tabl
                                                         const char* nameSpace,
                                                         const char* identifier,
                                                         const LanguageList& list) const {
+  Key key{nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier), 0};
+  // First, so that the catalogues' memory is on its way while the table
+  // is asked.
+  key.hash = prepare(key);
   // The table's index key hashes the key its own way; an empty table
   // needs none.
   const KeyGroup* group =
       table.getCount() > 0 ? table.groupOf(IndexKey(nameSpace, identifier)) : nullptr;
-  const Key key{nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier)};
   Candidates candidates;
   if (group != nullptr) {
     for (std::uint32_t i = 0; i < group->size(); ++i) {
@@ -100,8 +116,9 @@ MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& tabl
       candidates.add(candidate);
     }
   }
-  constexpr std::uint32_t kRoom = 16;
-  Text texts[kRoom];
+  constexpr std::uint32_t kRoom = sizeof(TextRoom::texts) / sizeof(Text);
+  TextRoom room;
+  Text* const texts = room.texts;
   std::vector<Text> many;
   for (std::uint32_t c = 0; c < catalogues; ++c) {
     std::uint32_t found = textsOf(c, key, texts, kRoom);

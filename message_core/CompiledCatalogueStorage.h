@@ -83,16 +83,25 @@ class CompiledCatalogueStorage {
   // for textsOf and formsOf.
   void countInPlace() { ++catalogues; }
 
-  // Writes the texts of the key in catalogue `catalogue` to `out`, in file
-  // order, at most `room` of them, and returns how many it has (which may
-  // be more than `room`). Passes over texts whose bytes are damaged.
-  // The key's lengths are those of its strings without NUL.
+  // A key as a lookup asks for it: its lengths are those of its strings
+  // without NUL, and `hash` is what prepare() returned for it.
   struct Key {
     const char* nameSpace;
     std::size_t namespaceLength;
     const char* identifier;
     std::size_t identifierLength;
+    std::uint32_t hash;
   };
+
+  // Called once per lookup, before the table is asked: returns the hash of
+  // `key` that textsOf() reads in Key::hash (its `hash` is not yet set),
+  // and may start fetching what textsOf() will read, so that waiting for
+  // memory overlaps with the table's work.
+  virtual std::uint32_t prepare(const Key& key) const = 0;
+
+  // Writes the texts of the key in catalogue `catalogue` to `out` (room for
+  // `room` texts, which need not hold any yet), in file order, at most `room` of them, and returns
+  // how many it has (which may be more than `room`). Passes over texts whose bytes are damaged.
   virtual std::uint32_t textsOf(std::uint32_t catalogue, const Key& key, Text* out,
                                 std::uint32_t room) const = 0;
 
