@@ -131,6 +131,28 @@ char digitAt(const Digits& digits, int index) {
 
 // True if a group separator goes before the integer digit with `right`
 // digits (itself included) to its right, in an integer part of `length`.
+NumberStyleSymbols styleOf(const NumberStyleRow& row) {
+  const char* texts = kNumberSymbolTexts;
+  return NumberStyleSymbols{texts + row.positivePrefix, texts + row.positiveSuffix,
+                            texts + row.negativePrefix, texts + row.negativeSuffix,
+                            row.primary,                row.secondary,
+                            row.minimumGrouping};
+}
+
+NumberSymbols symbolsOf(const NumberSymbolRow& row) {
+  NumberSymbols symbols;
+  for (int d = 0; d < 10; ++d) {
+    symbols.digits[d] = kNumberSymbolTexts + row.digits[d];
+  }
+  symbols.decimal = kNumberSymbolTexts + row.decimal;
+  symbols.group = kNumberSymbolTexts + row.group;
+  symbols.infinity = kNumberSymbolTexts + row.infinity;
+  symbols.nan = kNumberSymbolTexts + row.nan;
+  symbols.number = styleOf(row.number);
+  symbols.percent = styleOf(row.percent);
+  return symbols;
+}
+
 bool groupBefore(const NumberStyleSymbols& style, int right, int length) {
   if (style.primary == 0 || length < style.primary + style.minimumGrouping || right == length) {
     return false;
@@ -142,7 +164,7 @@ bool groupBefore(const NumberStyleSymbols& style, int right, int length) {
 
 }  // namespace
 
-const NumberSymbols& numberSymbolsFor(Language language) {
+NumberSymbols numberSymbolsFor(Language language) {
   const auto packed = [](char a, char b, char c, char d) {
     return (std::uint32_t{static_cast<unsigned char>(a)} << 24) |
            (std::uint32_t{static_cast<unsigned char>(b)} << 16) |
@@ -156,10 +178,10 @@ const NumberSymbols& numberSymbolsFor(Language language) {
   for (const std::uint32_t key : keys) {
     const std::uint32_t* found = std::lower_bound(first, last, key);
     if (found != last && *found == key) {
-      return kNumberSymbolRows[found - first];
+      return symbolsOf(kNumberSymbolRows[found - first]);
     }
   }
-  return kNumberRootSymbols;
+  return symbolsOf(kNumberRootRow);
 }
 
 void formatNumber(const NumberSymbols& symbols, const NumberArgument& argument, NumberText& text) {

@@ -33,8 +33,9 @@ struct NumberText {
 
 // The symbols of `language`: those of its own row if the table has one
 // (de-CH), else those of its language (de-AT reads de), else the root's.
-// The table is immutable: the result may be used from any thread.
-const NumberSymbols& numberSymbolsFor(Language language);
+// The texts point into the immutable table: they may be used from any
+// thread, for as long as the library is loaded.
+NumberSymbols numberSymbolsFor(Language language);
 
 // Writes `argument` with `symbols` into `text` (see msg/Number.h for what
 // it gives). Never fails: every value has a text.

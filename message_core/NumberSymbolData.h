@@ -42,14 +42,42 @@ struct NumberSymbols {
   NumberStyleSymbols percent;
 };
 
+// The generated table holds no pointers, so that it needs no relocation
+// when the library is loaded and stays in read-only pages nobody touches
+// until a number is formatted: every text is an offset into
+// kNumberSymbolTexts, where it ends with a NUL.
+struct NumberStyleRow {
+  std::uint16_t positivePrefix;
+  std::uint16_t positiveSuffix;
+  std::uint16_t negativePrefix;
+  std::uint16_t negativeSuffix;
+  std::uint8_t primary;
+  std::uint8_t secondary;
+  std::uint8_t minimumGrouping;
+};
+
+// One row of the table: NumberSymbols with offsets for pointers.
+struct NumberSymbolRow {
+  std::uint16_t digits[10];
+  std::uint16_t decimal;
+  std::uint16_t group;
+  std::uint16_t infinity;
+  std::uint16_t nan;
+  NumberStyleRow number;
+  NumberStyleRow percent;
+};
+
+// The texts of every row, each once, each ending with a NUL.
+extern const char kNumberSymbolTexts[];
+
 // What a language without a row of its own uses.
-extern const NumberSymbols kNumberRootSymbols;
+extern const NumberSymbolRow kNumberRootRow;
 
 // The rows' tags packed as msg::Language packs them, as big-endian numbers
 // ("de-AT" is 0x64654154), in ascending order; kNumberSymbolRows holds the
 // rows in the same order.
 extern const std::uint32_t kNumberSymbolTags[];
-extern const NumberSymbols kNumberSymbolRows[];
+extern const NumberSymbolRow kNumberSymbolRows[];
 extern const std::size_t kNumberSymbolRowCount;
 
 }  // namespace msg

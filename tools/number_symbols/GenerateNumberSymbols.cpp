@@ -195,22 +195,59 @@ Symbols readSymbols(const icu::Locale& locale) {
   return symbols;
 }
 
-std::string styleText(const Style& style) {
-  return "{" + literal(style.positivePrefix) + ", " + literal(style.positiveSuffix) + ", " +
-         literal(style.negativePrefix) + ", " + literal(style.negativeSuffix) + ", " +
-         std::to_string(style.primary) + ", " + std::to_string(style.secondary) + ", " +
-         std::to_string(style.minimumGrouping) + "}";
+// Every text of the table once, each ending with a NUL; rows name a text
+// by its offset, so the table holds no pointer the loader must relocate.
+class TextPool {
+ public:
+  // The offset of `text`, added if new; with a comment of the text itself.
+  std::string offsetOf(const std::string& text) {
+    auto found = offsets.find(text);
+    if (found == offsets.end()) {
+      found = offsets.emplace(text, pool.size()).first;
+      pool += text;
+      pool += '\0';
+      if (pool.size() > 0xffff) {
+        std::cerr << "msg_number_symbols_generator: the texts exceed 64 KiB\n";
+        std::exit(1);
+      }
+    }
+    return std::to_string(found->second);
+  }
+
+  // The pool as the initialiser of a char array, one text a line.
+  std::string initialiser() const {
+    std::string out;
+    for (std::size_t begin = 0; begin < pool.size();) {
+      const std::size_t end = pool.find('\0', begin);
+      // The array's own final NUL ends the last text.
+      out += "    " + literal(pool.substr(begin, end - begin)) +
+             (end + 1 < pool.size() ? " \"\\0\"" : "") + "\n";
+      begin = end + 1;
+    }
+    return out;
+  }
+
+ private:
+  std::string pool;
+  std::map<std::string, std::size_t> offsets;
+};
+
+std::string styleText(const Style& style, TextPool& texts) {
+  return "{" + texts.offsetOf(style.positivePrefix) + ", " + texts.offsetOf(style.positiveSuffix) +
+         ", " + texts.offsetOf(style.negativePrefix) + ", " +
+         texts.offsetOf(style.negativeSuffix) + ", " + std::to_string(style.primary) + ", " +
+         std::to_string(style.secondary) + ", " + std::to_string(style.minimumGrouping) + "}";
 }
 
 // The row's initialiser behind its tag; equal texts mean equal symbols.
-std::string rowText(const Symbols& symbols) {
+std::string rowText(const Symbols& symbols, TextPool& texts) {
   std::string text = "{{";
   for (const std::string& digit : symbols.digits) {
-    text += literal(digit) + (&digit == &symbols.digits[9] ? "}, " : ", ");
+    text += texts.offsetOf(digit) + (&digit == &symbols.digits[9] ? "}, " : ", ");
   }
-  return text + literal(symbols.decimal) + ", " + literal(symbols.group) + ", " +
-         literal(symbols.infinity) + ", " + literal(symbols.nan) + ",\n     " +
-         styleText(symbols.number) + ",\n     " + styleText(symbols.percent) + "}";
+  return text + texts.offsetOf(symbols.decimal) + ", " + texts.offsetOf(symbols.group) + ", " +
+         texts.offsetOf(symbols.infinity) + ", " + texts.offsetOf(symbols.nan) + ",\n     " +
+         styleText(symbols.number, texts) + ",\n     " + styleText(symbols.percent, texts) + "}";
 }
 
 // The tag packed as msg::Language packs it, as one number whose order is
@@ -234,7 +271,8 @@ int main(int argc, char** argv) {
     std::cerr << "usage: msg_number_symbols_generator <output.cpp>\n";
     return 2;
   }
-  const std::string root = rowText(readSymbols(icu::Locale::getRoot()));
+  TextPool texts;
+  const std::string root = rowText(readSymbols(icu::Locale::getRoot()), texts);
 
   // Languages first, then regions compared with their language. Rows are
   // kept in the order of their packed tags, which the library's binary
@@ -243,7 +281,7 @@ int main(int argc, char** argv) {
   std::map<std::uint32_t, std::pair<std::string, std::string>> rows;
   for (const icu::Locale& locale : msg_tables::holdableLocales()) {
     const bool hasRegion = locale.getCountry()[0] != '\0';
-    const std::string text = rowText(readSymbols(locale));
+    const std::string text = rowText(readSymbols(locale), texts);
     std::string tag = locale.getLanguage();
     if (!hasRegion) {
       languages.emplace(tag, text);
@@ -261,12 +299,14 @@ int main(int argc, char** argv) {
   out << "// The number symbols of ICU " U_ICU_VERSION " for every language a msg tag can hold.\n"
       << "// Written at build time by msg_number_symbols_generator; do not edit.\n\n"
       << "#include \"message_core/NumberSymbolData.h\"\n\nnamespace msg {\n\n"
-      << "const NumberSymbols kNumberRootSymbols = " << root << ";\n\n"
+      << "const char kNumberSymbolTexts[] =\n"
+      << texts.initialiser() << "    ;\n\n"
+      << "const NumberSymbolRow kNumberRootRow = " << root << ";\n\n"
       << "const std::uint32_t kNumberSymbolTags[] = {\n";
   for (const auto& row : rows) {
     out << "    0x" << std::hex << row.first << std::dec << "u,  // " << row.second.first << "\n";
   }
-  out << "};\n\nconst NumberSymbols kNumberSymbolRows[] = {\n";
+  out << "};\n\nconst NumberSymbolRow kNumberSymbolRows[] = {\n";
   for (const auto& row : rows) {
     out << "    // " << row.second.first << "\n    " << row.second.second << ",\n";
   }
