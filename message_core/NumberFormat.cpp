@@ -133,9 +133,12 @@ char digitAt(const Digits& digits, int index) {
 // digits (itself included) to its right, in an integer part of `length`.
 NumberStyleSymbols styleOf(const NumberStyleRow& row) {
   const char* texts = kNumberSymbolTexts;
-  return NumberStyleSymbols{texts + row.positivePrefix, texts + row.positiveSuffix,
-                            texts + row.negativePrefix, texts + row.negativeSuffix,
-                            row.primary,                row.secondary,
+  return NumberStyleSymbols{texts + row.positivePrefix,
+                            texts + row.positiveSuffix,
+                            texts + row.negativePrefix,
+                            texts + row.negativeSuffix,
+                            row.primary,
+                            row.secondary,
                             row.minimumGrouping};
 }
 
