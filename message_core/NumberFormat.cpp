@@ -129,8 +129,7 @@ char digitAt(const Digits& digits, int index) {
   return index >= 0 && index < digits.count ? digits.digit[index] : '0';
 }
 
-// True if a group separator goes before the integer digit with `right`
-// digits (itself included) to its right, in an integer part of `length`.
+// A row of the generated table with its offsets made pointers.
 NumberStyleSymbols styleOf(const NumberStyleRow& row) {
   const char* texts = kNumberSymbolTexts;
   return NumberStyleSymbols{texts + row.positivePrefix,
@@ -156,6 +155,8 @@ NumberSymbols symbolsOf(const NumberSymbolRow& row) {
   return symbols;
 }
 
+// True if a group separator goes before the integer digit with `right`
+// digits (itself included) to its right, in an integer part of `length`.
 bool groupBefore(const NumberStyleSymbols& style, int right, int length) {
   if (style.primary == 0 || length < style.primary + style.minimumGrouping || right == length) {
     return false;
