@@ -172,26 +172,11 @@ std::string writeXliff2(const XliffFile& file) {
   DOMNode fileElement = writer.add(root, "file", 1);
   XliffBuilder::set(fileElement, "id", "f1");
   XliffBuilder::set(fileElement, "original", file.original);
-  DOMNode group;
+  static const XliffUnitNames kNames{"unit", "name", "type", kPluralGroupType};
+  XliffUnitPlacer placer(writer, fileElement, 2, kNames);
   for (const XliffUnit& unit : file.units) {
-    if (unit.form <= 0 && group.isValid()) {
-      writer.close(group, 2);
-      group = DOMNode();
-    }
-    if (unit.form == 0) {
-      group = writer.add(fileElement, "group", 2);
-      XliffBuilder::set(group, "id", unit.key);
-      XliffBuilder::set(group, "name", unit.key);
-      XliffBuilder::set(group, "type", kPluralGroupType);
-    }
-    const int depth = group.isValid() ? 3 : 2;
-    DOMNode element = writer.add(group.isValid() ? group : fileElement, "unit", depth);
-    if (unit.form >= 0) {
-      XliffBuilder::set(element, "id", unit.key + "[" + std::to_string(unit.form) + "]");
-    } else {
-      XliffBuilder::set(element, "id", unit.key);
-      XliffBuilder::set(element, "name", unit.key);
-    }
+    int depth = 0;
+    DOMNode element = placer.place(unit, depth);
     DOMNode notes = writer.add(element, "notes", depth + 1);
     DOMNode severity = writer.add(notes, "note", depth + 2);
     XliffBuilder::set(severity, "category", "severity");
@@ -242,9 +227,7 @@ std::string writeXliff2(const XliffFile& file) {
     writer.close(segment, depth + 1);
     writer.close(element, depth);
   }
-  if (group.isValid()) {
-    writer.close(group, 2);
-  }
+  placer.finish();
   writer.close(fileElement, 1);
   writer.close(root, 0);
   return writer.serialize();

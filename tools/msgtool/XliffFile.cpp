@@ -141,26 +141,11 @@ std::string XliffFile::write() const {
   }
   XliffBuilder::set(file, "datatype", plural ? "po" : "plaintext");
   DOMNode body = writer.add(file, "body", 2);
-  DOMNode group;
+  static const XliffUnitNames kNames{"trans-unit", "resname", "restype", kPluralGroup};
+  XliffUnitPlacer placer(writer, body, 3, kNames);
   for (const XliffUnit& unit : units) {
-    if (unit.form <= 0 && group.isValid()) {
-      writer.close(group, 3);
-      group = DOMNode();
-    }
-    if (unit.form == 0) {
-      group = writer.add(body, "group", 3);
-      XliffBuilder::set(group, "id", unit.key);
-      XliffBuilder::set(group, "resname", unit.key);
-      XliffBuilder::set(group, "restype", kPluralGroup);
-    }
-    const int depth = group.isValid() ? 4 : 3;
-    DOMNode element = writer.add(group.isValid() ? group : body, "trans-unit", depth);
-    if (unit.form >= 0) {
-      XliffBuilder::set(element, "id", unit.key + "[" + std::to_string(unit.form) + "]");
-    } else {
-      XliffBuilder::set(element, "id", unit.key);
-      XliffBuilder::set(element, "resname", unit.key);
-    }
+    int depth = 0;
+    DOMNode element = placer.place(unit, depth);
     if (unit.approved) {
       XliffBuilder::set(element, "approved", "yes");
     }
@@ -195,9 +180,7 @@ std::string XliffFile::write() const {
     }
     writer.close(element, depth);
   }
-  if (group.isValid()) {
-    writer.close(group, 3);
-  }
+  placer.finish();
   writer.close(body, 2);
   writer.close(file, 1);
   writer.close(root, 0);

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "XliffFile.h"
 #include "message_core/PlaceholderScanner.h"
 #include "xml_access/DocumentSerializer.h"
 
@@ -49,6 +50,35 @@ void XliffBuilder::preserveSpace(const Element& element) {
 
 std::string XliffBuilder::serialize() const {
   return XercesXML::serializeAsWritten(document);
+}
+
+XliffBuilder::Element XliffUnitPlacer::place(const XliffUnit& unit, int& unitDepth) {
+  if (unit.form <= 0) {
+    finish();
+  }
+  if (unit.form == 0) {
+    group = writer.add(parent, "group", depth);
+    XliffBuilder::set(group, "id", unit.key);
+    XliffBuilder::set(group, names.name, unit.key);
+    XliffBuilder::set(group, names.groupType, names.pluralGroup);
+  }
+  unitDepth = group.isValid() ? depth + 1 : depth;
+  XliffBuilder::Element element =
+      writer.add(group.isValid() ? group : parent, names.unit, unitDepth);
+  if (unit.form >= 0) {
+    XliffBuilder::set(element, "id", unit.key + "[" + std::to_string(unit.form) + "]");
+  } else {
+    XliffBuilder::set(element, "id", unit.key);
+    XliffBuilder::set(element, names.name, unit.key);
+  }
+  return element;
+}
+
+void XliffUnitPlacer::finish() {
+  if (group.isValid()) {
+    XliffBuilder::close(group, depth);
+    group = XliffBuilder::Element();
+  }
 }
 
 }  // namespace msgtool

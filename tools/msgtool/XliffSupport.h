@@ -58,6 +58,44 @@ class XliffBuilder {
   XercesXML::DOMNode document;
 };
 
+struct XliffUnit;
+
+// What one XLIFF version calls the parts XliffUnitPlacer writes.
+struct XliffUnitNames {
+  const char* unit;         // the unit element: "trans-unit" (1.2), "unit" (2.0)
+  const char* name;         // the attribute naming the key: "resname", "name"
+  const char* groupType;    // the attribute marking a plural group: "restype", "type"
+  const char* pluralGroup;  // its value
+};
+
+// Places the units of a file under `parent` as both versions write them:
+// the forms of one plural message (form 0, 1, ...) in a group of their own
+// whose id and name are the key, each form's id "KEY[i]"; every other unit
+// directly under `parent`, its id and name the key.
+class XliffUnitPlacer {
+ public:
+  // Units go under `parent`, indented `depth` steps (a group's units one
+  // more). `writer` and `names` must outlive the placer.
+  XliffUnitPlacer(const XliffBuilder& writer, const XliffBuilder::Element& parent, int depth,
+                  const XliffUnitNames& names)
+      : writer(writer), parent(parent), depth(depth), names(names) {}
+
+  // The new element of `unit`, with its id and name and nothing else yet;
+  // `unitDepth` is set to its indentation. Closes the group before and
+  // opens a new one where the unit asks for it.
+  XliffBuilder::Element place(const XliffUnit& unit, int& unitDepth);
+
+  // Closes the last group, if one is open. Call after the last unit.
+  void finish();
+
+ private:
+  const XliffBuilder& writer;
+  XliffBuilder::Element parent;
+  int depth;
+  const XliffUnitNames& names;
+  XliffBuilder::Element group;
+};
+
 }  // namespace msgtool
 
 #endif  // MSGTOOL_XLIFFSUPPORT_H_
