@@ -17,7 +17,12 @@
 # Each target <name> grows its corpus in <output dir>/<name>/corpus from the
 # tree's seeds (which are never written), logs to <output dir>/<name>/log,
 # and leaves a failing input in <output dir>/<name>/ as crash-*, timeout-* or
-# oom-*. A failing target does not stop the ones after it. The lines
+# oom-*. A run cut short goes on as a further leg: run the script again with
+# the executions still missing as [runs] and the target's name; it starts
+# from the grown corpus and logs to log.2, log.3, ... so that the legs'
+# `stat::number_of_executed_units` add up. Do not stop the process with
+# SIGSTOP for longer than the timeout (30 s): libFuzzer's alarm then fires
+# when it resumes and reports a false timeout. A failing target does not stop the ones after it. The lines
 # "start <name> <time>" and "end <name> <time> <exit code>" go to
 # <output dir>/runs. Exits 1 if any target failed.
 set -uo pipefail
@@ -48,16 +53,22 @@ for name in "${targets[@]}"; do
     *) dict=xliff ;;
   esac
   mkdir -p "$output/$name/corpus"
-  echo "start $name $(date -u +%FT%TZ)" >>"$output/runs"
+  log="$output/$name/log"
+  leg=1
+  while [ -e "$log" ]; do
+    leg=$((leg + 1))
+    log="$output/$name/log.$leg"
+  done
+  echo "start $name leg $leg runs $runs $(date -u +%FT%TZ)" >>"$output/runs"
   # The seeds come after the corpus: libFuzzer writes new inputs only into
   # the first folder. Xerces-C's known leaks are suppressed as in `make test`
   # (they matter only in an ASan tree).
   LSAN_OPTIONS=suppressions="$source_dir/fuzz/lsan.supp":print_suppressions=0 \
     nice -n 19 "$program" -runs="$runs" -timeout=30 -rss_limit_mb=2048 -print_final_stats=1 \
     -dict="$source_dir/fuzz/$dict.dict" -artifact_prefix="$output/$name/" \
-    "$output/$name/corpus" "$fuzz_dir/seeds/$name" >"$output/$name/log" 2>&1
+    "$output/$name/corpus" "$fuzz_dir/seeds/$name" >"$log" 2>&1
   code=$?
-  echo "end $name $(date -u +%FT%TZ) $code" >>"$output/runs"
+  echo "end $name leg $leg $(date -u +%FT%TZ) $code" >>"$output/runs"
   if [ $code -ne 0 ]; then
     failed=1
   fi
