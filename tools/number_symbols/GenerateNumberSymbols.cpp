@@ -234,9 +234,9 @@ class TextPool {
 
 std::string styleText(const Style& style, TextPool& texts) {
   return "{" + texts.offsetOf(style.positivePrefix) + ", " + texts.offsetOf(style.positiveSuffix) +
-         ", " + texts.offsetOf(style.negativePrefix) + ", " +
-         texts.offsetOf(style.negativeSuffix) + ", " + std::to_string(style.primary) + ", " +
-         std::to_string(style.secondary) + ", " + std::to_string(style.minimumGrouping) + "}";
+         ", " + texts.offsetOf(style.negativePrefix) + ", " + texts.offsetOf(style.negativeSuffix) +
+         ", " + std::to_string(style.primary) + ", " + std::to_string(style.secondary) + ", " +
+         std::to_string(style.minimumGrouping) + "}";
 }
 
 // The row's initialiser behind its tag; equal texts mean equal symbols.
