@@ -459,6 +459,7 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesWithoutIndexAndLeavesTheTable) 
 TEST_F(CompiledCatalogueTest, RefusesDamagedHeadersOfAnIndexedFileAndLeavesTheTable) {
   msg::CompiledCatalogueWriter writer;
   writer.add(msg::info, "en", "app", "k", "text");
+  writer.add(msg::info, "en", "app", "l", "more");  // two keys: an index of four slots
   const Bytes good = writer.bytes();
   using namespace msg::compiled;
   const std::size_t fields = indexFieldsOffset(kPlainMajorVersion);
@@ -483,7 +484,8 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedHeadersOfAnIndexedFileAndLeavesTheTa
   // The checksum is not read at the load of an indexed file: a text changed
   // behind it is shown as it is, and the header alone is trusted.
   Bytes changed = good;
-  changed[readU32(good.data() + kStringBlockOffset) + 6] = 'T';  // "app", "k", "text"
+  const std::string asText(good.begin(), good.end());
+  changed[asText.find(std::string("text\0", 5), readU32(good.data() + kStringBlockOffset))] = 'T';
   Handler handler(msg::LanguageList(msg::Language("en")));
   handler.loadCompiledCatalogue(
       scratch.write("changed.msgc", std::string(changed.begin(), changed.end())).c_str());
