@@ -30,14 +30,8 @@ class XliffTest : public ::testing::Test {
   std::string write(const std::string& name, const std::string& bytes) const {
     return scratch.write(name, bytes);
   }
-  // "file:line: error: message" of the reader's refusal, "" if it read the file.
   static std::string refusalOf(const std::string& path) {
-    try {
-      msgtool::XliffFile::read(path);
-    } catch (const msgtool::ToolError& error) {
-      return error.describe();
-    }
-    return std::string();
+    return test_support::refusalOf(msgtool::XliffFile::read, path);
   }
   test_support::ScratchFolder scratch;
   msgtool::XmlSession session;
