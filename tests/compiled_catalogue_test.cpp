@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -305,32 +306,27 @@ TEST_F(CompiledCatalogueTest, ReadsInPlaceAndPassesOverDamagedTexts) {
       }
     }
   };
+  // Each damage changes the record of one key at most; the others keep
+  // theirs (with the list de, en).
+  const std::map<std::string, std::string> intact = {
+      {"a", "a de|0|de"}, {"b", "&0 files|0|en"}, {"c", "c en|0|en"}, {"missing", "<none>"}};
   const struct {
     std::function<void(unsigned char*)> damage;
-    const char* a;  // records with the list de, en
-    const char* b;
-    const char* c;
+    const char* id;  // of the key whose record changes, "" for none
+    const char* record;
   } cases[] = {
-      {[](unsigned char*) {}, "a de|0|de", "&0 files|0|en", "c en|0|en"},
-      {[&](unsigned char* b) { writeU32(b + entryDe + kEntryText, 0x7fffffff); }, "a en|1|en",
-       "&0 files|0|en", "c en|0|en"},
-      {[&](unsigned char* b) { writeU16(b + entryDe + kEntrySeverity, 9); }, "a en|1|en",
-       "&0 files|0|en", "c en|0|en"},
-      {[&](unsigned char* b) { std::memcpy(b + entryDe + kEntryLanguage, "de\0x", 4); },
-       "a en|1|en", "&0 files|0|en", "c en|0|en"},
+      {[](unsigned char*) {}, "", ""},
+      {[&](unsigned char* b) { writeU32(b + entryDe + kEntryText, 0x7fffffff); }, "a", "a en|1|en"},
+      {[&](unsigned char* b) { writeU16(b + entryDe + kEntrySeverity, 9); }, "a", "a en|1|en"},
+      {[&](unsigned char* b) { std::memcpy(b + entryDe + kEntryLanguage, "de\0x", 4); }, "a",
+       "a en|1|en"},
       // The first text of a key names the key for the index.
-      {[&](unsigned char* b) { writeU32(b + entryDe + kEntryIdentifier, 0); }, "<none>",
-       "&0 files|0|en", "c en|0|en"},
-      {[&](unsigned char* b) { writeU16(b + block + kRecordKind, 7); }, "a de|0|de", "<none>",
-       "c en|0|en"},
-      {[&](unsigned char* b) { writeU32(b + entryB + kEntryVariants, 0xfffffff0); }, "a de|0|de",
-       "<none>", "c en|0|en"},
-      {[&](unsigned char* b) { writeU32(b + slotOf(3) + kSlotFirst, 1000); }, "a de|0|de",
-       "&0 files|0|en", "<none>"},
-      {[&](unsigned char* b) { writeU32(b + slotOf(0) + kSlotTexts, 3); }, "a de|0|de",
-       "&0 files|0|en", "c en|0|en"},
-      {[&](unsigned char* b) { writeU32(b + slotOf(0) + kSlotTexts, 9); }, "<none>",
-       "&0 files|0|en", "c en|0|en"},
+      {[&](unsigned char* b) { writeU32(b + entryDe + kEntryIdentifier, 0); }, "a", "<none>"},
+      {[&](unsigned char* b) { writeU16(b + block + kRecordKind, 7); }, "b", "<none>"},
+      {[&](unsigned char* b) { writeU32(b + entryB + kEntryVariants, 0xfffffff0); }, "b", "<none>"},
+      {[&](unsigned char* b) { writeU32(b + slotOf(3) + kSlotFirst, 1000); }, "c", "<none>"},
+      {[&](unsigned char* b) { writeU32(b + slotOf(0) + kSlotTexts, 3); }, "", ""},
+      {[&](unsigned char* b) { writeU32(b + slotOf(0) + kSlotTexts, 9); }, "a", "<none>"},
       {[&](unsigned char* b) {
          // No empty slot left: a lookup of a missing key still ends.
          for (std::uint32_t i = 0; i < slots; ++i) {
@@ -341,19 +337,19 @@ TEST_F(CompiledCatalogueTest, ReadsInPlaceAndPassesOverDamagedTexts) {
            }
          }
        },
-       "a de|0|de", "&0 files|0|en", "c en|0|en"},
+       "", ""},
   };
   for (const auto& damaged : cases) {
+    SCOPED_TRACE(&damaged - cases);
     Bytes bytes = good;
     damaged.damage(bytes.data());
     const std::string path = scratch.write("damaged.msgc", std::string(bytes.begin(), bytes.end()));
     Handler handler(msg::LanguageList::parse("de,en"));
     handler.loadCompiledCatalogue(path.c_str());
-    EXPECT_EQ(recordOf(handler, "app", "a"), damaged.a);
-    EXPECT_EQ(recordOf(handler, "app", "b"), damaged.b);
-    EXPECT_EQ(recordOf(handler, "app", "c"), damaged.c);
-    EXPECT_EQ(recordOf(handler, "app", "missing"), "<none>");
-    if (damaged.b[0] == '&') {
+    for (const auto& [id, record] : intact) {
+      EXPECT_EQ(recordOf(handler, "app", id.c_str()), id == damaged.id ? damaged.record : record);
+    }
+    if (std::string(damaged.id) != "b") {
       EXPECT_EQ(msg::format(handler, "app", "b", "1"), "1 file");
     }
   }
@@ -393,58 +389,63 @@ void expectRefused(const std::string& path, const std::string& why) {
   EXPECT_EQ(recordOf(handler, "base", "kept"), "loaded before|0|en");
 }
 
+// A change to the bytes of a good file, and the reason its refusal gives.
+struct Damage {
+  std::function<void(unsigned char*)> change;
+  const char* why;
+};
+
+// Each damage done to a copy of `good` is refused. With `checksummed` the
+// checksum is made right again first, so the field's own check has to
+// catch it.
+void expectDamageRefused(const test_support::ScratchFolder& scratch, const Bytes& good,
+                         bool checksummed, const std::vector<Damage>& damages) {
+  for (const Damage& damage : damages) {
+    SCOPED_TRACE(damage.why);
+    Bytes bytes = good;
+    damage.change(bytes.data());
+    if (checksummed) {
+      msg::compiled::writeU64(bytes.data() + msg::compiled::kChecksumOffset,
+                              msg::compiled::checksumOf(bytes.data(), bytes.size()));
+    }
+    expectRefused(scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end())), damage.why);
+  }
+}
+
+// `good` cut at every byte is refused, whatever the reason given.
+void expectEveryCutRefused(const test_support::ScratchFolder& scratch, const Bytes& good) {
+  for (std::size_t size = 0; size < good.size(); ++size) {
+    expectRefused(scratch.write("cut.msgc", std::string(good.begin(), good.begin() + size)),
+                  size == 0 ? "empty" : "");
+  }
+}
+
 TEST_F(CompiledCatalogueTest, RefusesDamagedFilesWithoutIndexAndLeavesTheTable) {
   msg::CompiledCatalogueWriter writer;
   writer.add(msg::info, "en", "app", "k", "text");
   const Bytes good = writer.bytes(false);
-  const auto write = [&](const Bytes& bytes) {
-    return scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end()));
-  };
-  // Damage to a field behind the checksum, with the checksum made right
-  // again, so the field's own check has to catch it.
-  const auto patched = [&](const std::function<void(unsigned char*)>& damage) {
-    Bytes bytes = good;
-    damage(bytes.data());
-    msg::compiled::writeU64(bytes.data() + msg::compiled::kChecksumOffset,
-                            msg::compiled::checksumOf(bytes.data(), bytes.size()));
-    return bytes;
-  };
   using namespace msg::compiled;
-  const struct {
-    Bytes bytes;
-    const char* why;
-  } cases[] = {
-      {Bytes(good.begin(), good.begin() + 30), "inside the 56-byte header"},
-      {Bytes(good.begin(), good.end() - 1), "truncated or extended"},
-      {patched([](unsigned char* b) { b[1] = 'X'; }), "magic"},
-      {patched([](unsigned char* b) { writeU16(b + kMajorOffset, 3); }), "newer"},
-      {patched([](unsigned char* b) { writeU32(b + kByteOrderOffset, 0x04030201); }), "byte-order"},
-      {[&] {
-         Bytes b = good;
-         b.back() ^= 1;
-         return b;
-       }(),
-       "checksum"},
-      {patched([](unsigned char* b) { writeU32(b + kHeaderSize + kEntryText, 999); }), "outside"},
-      {patched([&](unsigned char* b) { b[good.size() - 1] = 'x'; }), "no terminator"},
-      {patched([](unsigned char* b) { writeU32(b + kEntryCountOffset, 0xffffffff); }),
-       "do not fit"},
-      {patched([](unsigned char* b) { writeU32(b + kEntrySizeOffset, 0x80000000); }), "do not fit"},
-      {patched(
-           [](unsigned char* b) { std::memcpy(b + kHeaderSize + kEntryLanguage, "de-ATx", 6); }),
-       "more than 5"},
-      {patched([](unsigned char* b) { writeU16(b + kHeaderSize + kEntrySeverity, 4); }),
-       "severity"},
-  };
-  for (const auto& damaged : cases) {
-    SCOPED_TRACE(damaged.why);
-    expectRefused(write(damaged.bytes), damaged.why);
-  }
-  // Truncated at every byte: refused, whatever the reason given.
-  for (std::size_t size = 0; size < good.size(); ++size) {
-    expectRefused(write(Bytes(good.begin(), good.begin() + static_cast<long>(size))),
-                  size == 0 ? "empty" : "");
-  }
+  expectRefused(scratch.write("bad.msgc", std::string(good.begin(), good.begin() + 30)),
+                "inside the 56-byte header");
+  expectRefused(scratch.write("bad.msgc", std::string(good.begin(), good.end() - 1)),
+                "truncated or extended");
+  expectDamageRefused(scratch, good, false,
+                      {{[&](unsigned char* b) { b[good.size() - 1] ^= 1; }, "checksum"}});
+  expectDamageRefused(
+      scratch, good, true,
+      {
+          {[](unsigned char* b) { b[1] = 'X'; }, "magic"},
+          {[](unsigned char* b) { writeU16(b + kMajorOffset, 3); }, "newer"},
+          {[](unsigned char* b) { writeU32(b + kByteOrderOffset, 0x04030201); }, "byte-order"},
+          {[](unsigned char* b) { writeU32(b + kHeaderSize + kEntryText, 999); }, "outside"},
+          {[&](unsigned char* b) { b[good.size() - 1] = 'x'; }, "no terminator"},
+          {[](unsigned char* b) { writeU32(b + kEntryCountOffset, 0xffffffff); }, "do not fit"},
+          {[](unsigned char* b) { writeU32(b + kEntrySizeOffset, 0x80000000); }, "do not fit"},
+          {[](unsigned char* b) { std::memcpy(b + kHeaderSize + kEntryLanguage, "de-ATx", 6); },
+           "more than 5"},
+          {[](unsigned char* b) { writeU16(b + kHeaderSize + kEntrySeverity, 4); }, "severity"},
+      });
+  expectEveryCutRefused(scratch, good);
   expectRefused(dir, "folder");
   ASSERT_EQ(mkfifo((dir + "/fifo").c_str(), 0600), 0);
   expectRefused(dir + "/fifo", "FIFO");
@@ -454,48 +455,38 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedFilesWithoutIndexAndLeavesTheTable) 
 TEST_F(CompiledCatalogueTest, RefusesDamagedHeadersOfAnIndexedFileAndLeavesTheTable) {
   msg::CompiledCatalogueWriter writer;
   writer.add(msg::info, "en", "app", "k", "text");
+  writer.add(msg::info, "en", "app", "l", "more");  // two keys: an index of four slots
   const Bytes good = writer.bytes();
   using namespace msg::compiled;
   const std::size_t fields = indexFieldsOffset(kPlainMajorVersion);
   const std::uint32_t index = readU32(good.data() + fields);
   const std::uint32_t indexSize = readU32(good.data() + fields + 4);
-  const auto patched = [&](const std::function<void(unsigned char*)>& damage) {
-    Bytes bytes = good;
-    damage(bytes.data());
-    return scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end()));
-  };
-  const struct {
-    std::function<void(unsigned char*)> damage;
-    const char* why;
-  } cases[] = {
-      {[&](unsigned char* b) { writeU32(b + fields, index - 1); }, "key index"},
-      {[&](unsigned char* b) { writeU32(b + fields + 4, indexSize + 1); }, "key index"},
-      {[&](unsigned char* b) { writeU32(b + fields + 4, 4); }, "key index"},
-      {[&](unsigned char* b) { writeU32(b + index + kIndexSlotCount, 3); }, "not a power of two"},
-      {[&](unsigned char* b) { writeU32(b + index + kIndexSlotCount, 0); }, "none"},
-      {[&](unsigned char* b) { writeU32(b + index + kIndexSlotCount, 1u << 20); }, "more than"},
-      {[&](unsigned char* b) { writeU32(b + index + 4, 1); }, "should be zero"},
-      {[&](unsigned char* b) { writeU32(b + kStringBlockSizeOffset, 1u << 30); }, "string block"},
-      {[&](unsigned char* b) { writeU32(b + kEntryCountOffset, 1u << 30); }, "do not fit"},
-      {[&](unsigned char* b) { writeU16(b + kMajorOffset, 3); }, "newer"},
-  };
-  for (const auto& damaged : cases) {
-    SCOPED_TRACE(damaged.why);
-    expectRefused(patched(damaged.damage), damaged.why);
-  }
+  expectDamageRefused(
+      scratch, good, false,
+      {
+          {[&](unsigned char* b) { writeU32(b + fields, index - 1); }, "key index"},
+          {[&](unsigned char* b) { writeU32(b + fields + 4, indexSize + 1); }, "key index"},
+          {[&](unsigned char* b) { writeU32(b + fields + 4, 4); }, "key index"},
+          {[&](unsigned char* b) { writeU32(b + index + kIndexSlotCount, 3); },
+           "not a power of two"},
+          {[&](unsigned char* b) { writeU32(b + index + kIndexSlotCount, 0); }, "none"},
+          {[&](unsigned char* b) { writeU32(b + index + kIndexSlotCount, 1u << 20); }, "more than"},
+          {[&](unsigned char* b) { writeU32(b + index + 4, 1); }, "should be zero"},
+          {[&](unsigned char* b) { writeU32(b + kStringBlockSizeOffset, 1u << 30); },
+           "string block"},
+          {[&](unsigned char* b) { writeU32(b + kEntryCountOffset, 1u << 30); }, "do not fit"},
+          {[&](unsigned char* b) { writeU16(b + kMajorOffset, 3); }, "newer"},
+      });
   // The checksum is not read at the load of an indexed file: a text changed
   // behind it is shown as it is, and the header alone is trusted.
   Bytes changed = good;
-  changed[readU32(good.data() + kStringBlockOffset) + 6] = 'T';  // "app", "k", "text"
+  const std::string asText(good.begin(), good.end());
+  changed[asText.find(std::string("text\0", 5), readU32(good.data() + kStringBlockOffset))] = 'T';
   Handler handler(msg::LanguageList(msg::Language("en")));
   handler.loadCompiledCatalogue(
       scratch.write("changed.msgc", std::string(changed.begin(), changed.end())).c_str());
   EXPECT_EQ(recordOf(handler, "app", "k"), "Text|0|en");
-  // Truncated at every byte: refused, whatever the reason given.
-  for (std::size_t size = 0; size < good.size(); ++size) {
-    expectRefused(scratch.write("cut.msgc", std::string(good.begin(), good.begin() + size)),
-                  size == 0 ? "empty" : "");
-  }
+  expectEveryCutRefused(scratch, good);
 }
 
 const char kPluralMessages[] =
@@ -651,42 +642,32 @@ TEST_F(CompiledCatalogueTest, RefusesADamagedVariantBlockWithoutIndexAndLeavesTh
   const std::size_t entryA = kVariantHeaderSize;
   const std::size_t entryC = kVariantHeaderSize + 2 * kVariantEntrySize;
   const std::size_t firstForm = block + kRecordSize;  // "a"'s forms: one, then =0
-  const auto patched = [&](const std::function<void(unsigned char*)>& damage) {
-    Bytes bytes = good;
-    damage(bytes.data());
-    writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
-    return scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end()));
-  };
-  const struct {
-    std::function<void(unsigned char*)> damage;
-    const char* why;
-  } cases[] = {
-      {[&](unsigned char* b) { writeU32(b + kVariantBlockSizeOffset, blockSize + 1); },
-       "variant block"},
-      {[&](unsigned char* b) { writeU32(b + kVariantBlockOffset, block - 1); }, "variant block"},
-      {[&](unsigned char* b) { writeU32(b + kEntrySizeOffset, kEntrySize); }, "entry size"},
-      {[&](unsigned char* b) { writeU32(b + kHeaderSizeOffset, kHeaderSize); }, "header size"},
-      {[&](unsigned char* b) { writeU32(b + entryA + kEntryVariants, blockSize - 4); },
-       "outside the variant block"},
-      {[&](unsigned char* b) { writeU32(b + entryC + kEntryVariants, 0); }, "over another"},
-      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 40); }, "40 forms"},
-      {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 0); }, "0 forms"},
-      {[&](unsigned char* b) { writeU16(b + block + kRecordKind, 2); }, "kind 2"},
-      {[&](unsigned char* b) { writeU16(b + firstForm + kFormSelector, 5); }, "form 5"},
-      {[&](unsigned char* b) {
-         writeU16(b + firstForm + kFormSize + kFormSelector, 1);
-         writeU64(b + firstForm + kFormSize + kFormValue, 0);
-       },
-       "form 1"},
-      {[&](unsigned char* b) { writeU32(b + firstForm + kFormText, 0x7fffffff); },
-       "outside the string block"},
-      {[&](unsigned char* b) { writeU16(b + firstForm + kFormZero, 1); }, "should be zero"},
-      {[&](unsigned char* b) { writeU64(b + firstForm + kFormValue, 7); }, "should be zero"},
-  };
-  for (const auto& damaged : cases) {
-    SCOPED_TRACE(damaged.why);
-    expectRefused(patched(damaged.damage), damaged.why);
-  }
+  expectDamageRefused(
+      scratch, good, true,
+      {
+          {[&](unsigned char* b) { writeU32(b + kVariantBlockSizeOffset, blockSize + 1); },
+           "variant block"},
+          {[&](unsigned char* b) { writeU32(b + kVariantBlockOffset, block - 1); },
+           "variant block"},
+          {[&](unsigned char* b) { writeU32(b + kEntrySizeOffset, kEntrySize); }, "entry size"},
+          {[&](unsigned char* b) { writeU32(b + kHeaderSizeOffset, kHeaderSize); }, "header size"},
+          {[&](unsigned char* b) { writeU32(b + entryA + kEntryVariants, blockSize - 4); },
+           "outside the variant block"},
+          {[&](unsigned char* b) { writeU32(b + entryC + kEntryVariants, 0); }, "over another"},
+          {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 40); }, "40 forms"},
+          {[&](unsigned char* b) { writeU16(b + block + kRecordFormCount, 0); }, "0 forms"},
+          {[&](unsigned char* b) { writeU16(b + block + kRecordKind, 2); }, "kind 2"},
+          {[&](unsigned char* b) { writeU16(b + firstForm + kFormSelector, 5); }, "form 5"},
+          {[&](unsigned char* b) {
+             writeU16(b + firstForm + kFormSize + kFormSelector, 1);
+             writeU64(b + firstForm + kFormSize + kFormValue, 0);
+           },
+           "form 1"},
+          {[&](unsigned char* b) { writeU32(b + firstForm + kFormText, 0x7fffffff); },
+           "outside the string block"},
+          {[&](unsigned char* b) { writeU16(b + firstForm + kFormZero, 1); }, "should be zero"},
+          {[&](unsigned char* b) { writeU64(b + firstForm + kFormValue, 7); }, "should be zero"},
+      });
   // Cut inside the variant block, with the size in the header made to match.
   for (std::size_t cut = 1; cut <= blockSize; ++cut) {
     Bytes bytes(good.begin(), good.end() - static_cast<long>(cut));

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "msg/XercesXMLException.h"
+#include "tests/xml_test_document.h"
 #include "xml_access/MarkupEditor.h"
 
 namespace {
@@ -30,16 +31,6 @@ void expectEdits(const std::vector<Case>& cases) {
     test.edits(editor);
     EXPECT_EQ(editor.fileBytes(), test.after);
   }
-}
-
-// ASCII `text` in UTF-16LE, with a byte order mark or without.
-std::string utf16(const std::string& text, bool byteOrderMark = true) {
-  std::string bytes = byteOrderMark ? "\xFF\xFE" : "";
-  for (char c : text) {
-    bytes += c;
-    bytes += '\0';
-  }
-  return bytes;
 }
 
 TEST(MarkupEditor, ReadsNamesAttributesAndParentsAsWritten) {
@@ -221,13 +212,14 @@ TEST(MarkupEditor, WritesInTheFilesOwnEncoding) {
          editor.setContent(0, "\xC3\xBC \xE2\x82\xAC");
        },
        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r a=\"\xE9\">\xFC &#x20AC;</r>"},
-      {"UTF-16LE with a byte order mark", utf16(utf16Head + "<r>\n  <a/>\n</r>"),
+      {"UTF-16LE with a byte order mark",
+       "\xFF\xFE" + xml_test::utf16(utf16Head + "<r>\n  <a/>\n</r>"),
        [](MarkupEditor& editor) {
          editor.setContent(1, "\xC3\xA9");
          editor.addElement(0, 1, "b");
        },
-       utf16(utf16Head + "<r>\n  <a>") + std::string("\xE9\0", 2) +
-           utf16("</a>\n  <b/>\n</r>", false)},
+       "\xFF\xFE" + xml_test::utf16(utf16Head + "<r>\n  <a>") + std::string("\xE9\0", 2) +
+           xml_test::utf16("</a>\n  <b/>\n</r>")},
   });
 }
 

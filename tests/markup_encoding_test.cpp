@@ -7,21 +7,14 @@
 #include <gtest/gtest.h>
 
 #include "msg/XercesXMLException.h"
+#include "tests/xml_test_document.h"
 #include "xml_access/MarkupEncoding.h"
 
 namespace {
 
 using XercesXML::MarkupEncoding;
 
-// ASCII `text` in UTF-16, little or big endian, each byte one unit.
-std::string utf16(const std::string& text, bool bigEndian) {
-  std::string bytes;
-  for (char c : text) {
-    bytes += bigEndian ? '\0' : c;
-    bytes += bigEndian ? c : '\0';
-  }
-  return bytes;
-}
+using xml_test::utf16;
 
 const std::string kLatin1Head = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
 const std::string kAsciiHead = "<?xml version='1.0' encoding='us-ascii'?>";

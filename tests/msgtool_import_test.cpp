@@ -59,7 +59,8 @@ std::string xliffFile(const std::string& language, const std::string& unitLangua
 }
 
 // `file` and a comment that makes it one byte larger than 16 MiB, the
-// most that import reads of a translator's file.
+// most that import reads of a translator's file (the PO reader's own
+// refusal is msgtool_po_test's).
 std::string oversized(const std::string& file, const std::string& open, const std::string& close) {
   const std::size_t size = (std::size_t{16} << 20) + 1;
   return file + open + std::string(size - file.size() - open.size() - close.size(), 'x') + close;
@@ -144,8 +145,6 @@ TEST(ImportTest, FilesThatWouldOverwriteOtherLanguagesOrCannotBeReadAreRefused) 
        {"--target", "de"}},
       {"po", binary, 2, "in.po: error: is a binary file, not a PO file" + unchanged},
       {"xliff", binary, 2, "in.xlf: error: is a binary file, not an XML file" + unchanged},
-      {"po", oversized(poFile("de"), "# ", "\n"), 2,
-       "in.po: error: is larger than 16 MiB" + unchanged},
       {"xliff", oversized(xliffFile("de"), "<!-- ", " -->\n"), 2,
        "in.xlf: error: is larger than 16 MiB" + unchanged},
   });

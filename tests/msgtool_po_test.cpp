@@ -14,6 +14,7 @@
 #include "PoFile.h"
 #include "ToolError.h"
 #include "platform/InputLimits.h"
+#include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
@@ -22,14 +23,8 @@ namespace {
 
 class PoFileTest : public ::testing::Test {
  protected:
-  // "file:line: error: message" of the reader's refusal, "" if it read the file.
   static std::string refusalOf(const std::string& path) {
-    try {
-      msgtool::PoFile::read(path);
-    } catch (const msgtool::ToolError& problem) {
-      return problem.describe();
-    }
-    return std::string();
+    return test_support::refusalOf(msgtool::PoFile::read, path);
   }
 
   test_support::ScratchFolder scratch;

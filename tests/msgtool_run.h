@@ -1,5 +1,6 @@
 // Runs msgtool in the test's own process, as its main would, and keeps what
-// it wrote: for the tests of the tool's subcommands that link its code.
+// it wrote: for the tests of the tool's subcommands that link its code; and
+// the refusals of its readers.
 
 #ifndef MSG_TESTS_MSGTOOL_RUN_H_
 #define MSG_TESTS_MSGTOOL_RUN_H_
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "Tool.h"
+#include "ToolError.h"
 
 namespace test_support {
 
@@ -37,6 +39,18 @@ inline ToolRun runMsgtool(std::vector<const char*> arguments,
   std::string err = testing::internal::GetCapturedStderr();
   std::filesystem::current_path(previous);
   return ToolRun{code, std::move(out), std::move(err)};
+}
+
+// "file:line: error: message" of the refusal that `read(path)` raises, ""
+// if it reads the file.
+template <typename Read>
+std::string refusalOf(Read read, const std::string& path) {
+  try {
+    read(path);
+  } catch (const msgtool::ToolError& problem) {
+    return problem.describe();
+  }
+  return std::string();
 }
 
 }  // namespace test_support

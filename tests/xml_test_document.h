@@ -72,6 +72,16 @@ class XmlSystemFixture : public ::testing::Test {
   XercesXML::OutputEncoding encoding;
 };
 
+// ASCII `text` in UTF-16, little or big endian, each character one unit.
+inline std::string utf16(const std::string& text, bool bigEndian = false) {
+  std::string bytes;
+  for (char c : text) {
+    bytes += bigEndian ? '\0' : c;
+    bytes += bigEndian ? c : '\0';
+  }
+  return bytes;
+}
+
 inline std::string dataFile(const std::string& name) {
   return std::string(MSG_TEST_DATA_DIR) + "/xml/" + name;
 }
