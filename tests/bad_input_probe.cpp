@@ -9,11 +9,7 @@
 // "msgx" report texts and three entries). One line of key=value pairs tells
 // the outcome, the report written, the time of the load, the peak resident
 // memory before and after it, and whether the three entries are still found.
-// A crash or a hang shows from outside (exit status, timeout). The plain
-// refusals (missing, empty and schema-invalid files, DOCTYPEs, includes
-// that leave the folder, network references) are unit tests of
-// document_loader_test and document_safety_test; these are the inputs that
-// need a process of their own or a measurement.
+// A crash or a hang shows from outside (exit status, timeout).
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -27,6 +23,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -143,7 +140,20 @@ std::vector<Case> cases() {
   const std::string valid = document("<MessageNamespace name=\"case\">\n" +
                                      message("fine", "a fine text") + "</MessageNamespace>\n");
   return {
+      {"missing_file", Outcome::documentError,
+       [](const fs::path& dir) { return dir / "absent.xml"; }},
+      {"folder", Outcome::documentError, [](const fs::path& dir) { return dir; }},
+      {"empty_file", Outcome::documentError, input("")},
       {"bom_only", Outcome::documentError, input("\xEF\xBB\xBF")},
+      {"binary_garbage", Outcome::documentError,
+       [](const fs::path& dir) {
+         std::mt19937 random(20240611);
+         std::string bytes(4096, '\0');
+         for (char& c : bytes) {
+           c = static_cast<char>(random() & 0xFF);
+         }
+         return writeInput(dir, bytes);
+       }},
       // "&#xFC;" keeps the source ASCII; the parser sees a UTF-16 file.
       {"utf16_declared", Outcome::loaded,
        input(utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + std::string(kRoot) +
@@ -159,8 +169,14 @@ std::vector<Case> cases() {
       {"broken_first_byte", Outcome::documentError, input("!" + valid.substr(1))},
       // "</MessageCollection!", without the final line feed.
       {"broken_last_byte", Outcome::documentError, input(valid.substr(0, valid.size() - 2) + "!")},
+      {"schema_invalid", Outcome::documentError,
+       input(
+           document("<MessageNamespace name=\"case\"><Message id=\"x\">"
+                    "<Text lang=\"de\">lang without xml:</Text></Message></MessageNamespace>\n"))},
       {"schema_missing", Outcome::documentError,
        input(std::string(valid).replace(valid.find("messages.xsd"), 12, "nowhere.xsd"))},
+      {"include_missing_part", Outcome::documentError,
+       input(document("<xi:include href=\"absent-part.xml\"/>\n"))},
       {"include_itself", Outcome::documentError,
        input(document("<xi:include href=\"input.xml\"/>\n"))},
       {"include_each_other", Outcome::documentError,
@@ -179,6 +195,61 @@ std::vector<Case> cases() {
        input(document("<MessageNamespace name=\"case\">" + message("fine", "before the depth") +
                       "</MessageNamespace>\n" + repeated("<Deep>", 200000) +
                       repeated("</Deep>", 200000) + "\n"))},
+      {"entity_expansion_bomb", Outcome::documentError,
+       input(kUtf8Declaration + entityBomb("MessageCollection") + kRoot +
+             "<MessageNamespace name=\"case\">" + message("bomb", "&e9;") +
+             "</MessageNamespace></MessageCollection>\n")},
+      {"external_entity_local_file", Outcome::documentError,
+       [](const fs::path& dir) {
+         // Every element and attribute (also those the round trip adds) is
+         // declared, so both parses would pass validation: only the refusal
+         // of the entity stops the load. The DOCTYPE names a root of its own,
+         // as one named MessageCollection would be taken for the collection.
+         writeFile(dir / "secret.txt", "contents of a local file");
+         const std::string common = " xmlns CDATA #IMPLIED xmlns:xml CDATA #IMPLIED";
+         return writeInput(
+             dir, std::string(kUtf8Declaration) + "<!DOCTYPE Wrapper [\n" +
+                      "<!ELEMENT Wrapper ANY><!ATTLIST Wrapper" + common + ">\n" +
+                      "<!ELEMENT MessageCollection ANY><!ATTLIST MessageCollection" + common +
+                      ">\n" + "<!ELEMENT MessageNamespace ANY>" +
+                      "<!ATTLIST MessageNamespace name CDATA #IMPLIED" + common + ">\n" +
+                      "<!ELEMENT Message ANY><!ATTLIST Message id CDATA #IMPLIED" + common + ">\n" +
+                      "<!ELEMENT Text (#PCDATA)><!ATTLIST Text xml:lang CDATA #IMPLIED" + common +
+                      ">\n" + "<!ENTITY secret SYSTEM \"secret.txt\">\n]>\n" +
+                      "<Wrapper><MessageCollection><MessageNamespace name=\"case\">" +
+                      message("leak", "&secret;") +
+                      "</MessageNamespace></MessageCollection></Wrapper>\n");
+       }},
+      {"quadratic_blowup", Outcome::documentError,
+       input(kUtf8Declaration + std::string("<!DOCTYPE MessageCollection [<!ENTITY big \"") +
+             std::string(50000, 'x') + "\">]>\n" + kRoot + "<MessageNamespace name=\"case\">" +
+             message("big", repeated("&big;", 20000)) +
+             "</MessageNamespace></MessageCollection>\n")},
+      {"include_outside_folder", Outcome::documentError,
+       [](const fs::path& dir) {
+         fs::create_directories(dir / "docs");
+         fs::copy_file(dir / "messages.xsd", dir / "docs" / "messages.xsd");
+         writeFile(dir / "outside.xml", "<MessageNamespace name=\"case\">" +
+                                            message("leak", "outside the folder") +
+                                            "</MessageNamespace>\n");
+         writeFile(dir / "docs" / "input.xml", document("<xi:include href=\"../outside.xml\"/>\n"));
+         return dir / "docs" / "input.xml";
+       }},
+      {"include_part_with_doctype", Outcome::documentError,
+       [](const fs::path& dir) {
+         writeFile(dir / "part.xml",
+                   "<!DOCTYPE MessageNamespace [<!ENTITY x \"x\">]>\n"
+                   "<MessageNamespace name=\"case\">" +
+                       message("leak", "&x;") + "</MessageNamespace>\n");
+         return writeInput(dir, document("<xi:include href=\"part.xml\"/>\n"));
+       }},
+      {"network_references", Outcome::documentError,
+       [valid](const fs::path& dir) {
+         // Port 9 (discard) on the loopback: nothing should ever ask.
+         std::string bytes = valid;
+         bytes.replace(bytes.find("messages.xsd"), 12, "http://127.0.0.1:9/messages.xsd");
+         return writeInput(dir, bytes);
+       }},
       {"schema_entity_bomb", Outcome::documentError,
        [valid](const fs::path& dir) {
          writeFile(dir / "bomb.xsd", entityBomb("xs:schema") +

@@ -13,9 +13,11 @@ msg_strict_warnings(bad_input_probe)
 # as the one without them and adds nothing a unit test would catch. The
 # figures of all are in docs/reliability.md.
 set(msg_bad_input_cases
-  bom_only utf16_declared latin1_declared broken_first_byte broken_last_byte schema_missing
+  missing_file folder empty_file bom_only binary_garbage utf16_declared latin1_declared
+  broken_first_byte broken_last_byte schema_invalid schema_missing include_missing_part
   include_itself include_each_other large_50mb_200k_messages nested_200k_elements text_1mb
-  schema_entity_bomb)
+  entity_expansion_bomb external_entity_local_file quadratic_blowup include_outside_folder
+  include_part_with_doctype network_references schema_entity_bomb)
 foreach(case IN LISTS msg_bad_input_cases)
   add_test(NAME bad_input.${case} COMMAND bad_input_probe ${case})
   set_tests_properties(bad_input.${case} PROPERTIES LABELS bad_input TIMEOUT 600)
