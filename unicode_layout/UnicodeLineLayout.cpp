@@ -80,9 +80,8 @@ bool endsLine(UChar32 c) {
 // message on the same thread finds it busy and gets a workspace of its own.
 struct UnicodeLineLayout::Workspace {
   std::unique_ptr<icu::BreakIterator> lineBreaks;
-  std::string output;               // the expanded format, UTF-8
-  std::vector<UChar> units;         // the same in UTF-16, for ICU
-  std::vector<std::size_t> byteAt;  // byte offset in output of each unit
+  std::string output;        // the expanded format, UTF-8
+  std::vector<UChar> units;  // the same in UTF-16, for ICU
   std::string line;
   std::vector<Cluster> clusters;  // every grapheme cluster of output
   bool busy = false;
@@ -141,47 +140,10 @@ bool UnicodeLineLayout::layOut(const char* format, const LayoutFields& fields,
     Workspace& work;
   } busy(*work);
 
-  // ICU's line iterator walks UTF-16 far faster than UTF-8; byteAt maps
-  // its boundaries back to the UTF-8 bytes. The same pass finds the grapheme
-  // clusters and their widths.
-  work->units.clear();
-  work->clusters.clear();
-  ClusterScanner scanner;
-  std::vector<Cluster>& clusters = work->clusters;
-  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
-  int regional = 0;  // regional indicators in the cluster: two make a flag
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t begin = at;
-    const UChar32 c = decodeValidUtf8(bytes, at);
-    const std::uint8_t properties = codePointProperties(c);
-    if (scanner.startsCluster(properties)) {
-      clusters.emplace_back();
-      Cluster& added = clusters.back();
-      added.begin = begin;
-      added.unit = static_cast<int32_t>(work->units.size());
-      added.width = 0;
-      added.kind = c == ' ' ? Kind::kBlank : (endsLine(c) ? Kind::kLineEnd : Kind::kText);
-      regional = 0;
-    }
-    Cluster& current = clusters.back();
-    current.width = std::max(current.width, displayWidth(properties));
-    if (isRegionalIndicator(c) && ++regional == 2) {
-      current.width = 2;
-    }
-    if (c <= 0xFFFF) {
-      work->units.push_back(static_cast<UChar>(c));
-    } else {
-      work->units.push_back(U16_LEAD(c));
-      work->units.push_back(U16_TRAIL(c));
-    }
-  }
-  for (std::size_t k = 0; k < clusters.size(); ++k) {
-    Cluster& cluster = clusters[k];
-    cluster.end = k + 1 < clusters.size() ? clusters[k + 1].begin : text.size();
-    if (cluster.kind == Kind::kBlank && cluster.end - cluster.begin != 1) {
-      cluster.kind = Kind::kText;  // a blank that carries a mark
-    }
-  }
+  // ICU's line iterator walks UTF-16 far faster than UTF-8; each cluster
+  // keeps its UTF-16 offset, which maps the iterator's boundaries back to
+  // the UTF-8 bytes.
+  scanClusters(text, *work);
   UErrorCode status = U_ZERO_ERROR;
   UText utf16 = UTEXT_INITIALIZER;
   utext_openUChars(&utf16, work->units.data(), static_cast<int64_t>(work->units.size()), &status);
@@ -193,12 +155,57 @@ bool UnicodeLineLayout::layOut(const char* format, const LayoutFields& fields,
   work_ = work;
   text_ = &text;
   work->line.assign(static_cast<std::size_t>(firstColumn_), ' ');
+  fillLines();
+  return true;
+}
 
+void UnicodeLineLayout::scanClusters(const std::string& text, Workspace& work) {
+  work.units.clear();
+  work.clusters.clear();
+  ClusterScanner scanner;
+  std::vector<Cluster>& clusters = work.clusters;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  int regional = 0;  // regional indicators in the cluster: two make a flag
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t begin = at;
+    const UChar32 c = decodeValidUtf8(bytes, at);
+    const std::uint8_t properties = codePointProperties(c);
+    if (scanner.startsCluster(properties)) {
+      clusters.emplace_back();
+      Cluster& added = clusters.back();
+      added.begin = begin;
+      added.unit = static_cast<int32_t>(work.units.size());
+      added.width = 0;
+      added.kind = c == ' ' ? Kind::kBlank : (endsLine(c) ? Kind::kLineEnd : Kind::kText);
+      regional = 0;
+    }
+    Cluster& current = clusters.back();
+    current.width = std::max(current.width, displayWidth(properties));
+    if (isRegionalIndicator(c) && ++regional == 2) {
+      current.width = 2;
+    }
+    if (c <= 0xFFFF) {
+      work.units.push_back(static_cast<UChar>(c));
+    } else {
+      work.units.push_back(U16_LEAD(c));
+      work.units.push_back(U16_TRAIL(c));
+    }
+  }
+  for (std::size_t k = 0; k < clusters.size(); ++k) {
+    Cluster& cluster = clusters[k];
+    cluster.end = k + 1 < clusters.size() ? clusters[k + 1].begin : text.size();
+    if (cluster.kind == Kind::kBlank && cluster.end - cluster.begin != 1) {
+      cluster.kind = Kind::kText;  // a blank that carries a mark
+    }
+  }
+}
+
+void UnicodeLineLayout::fillLines() {
   // Greedy filling, cluster by cluster. Only where a cluster overflows the
   // line is the line break iterator asked for the last break opportunity:
   // walking every opportunity of the text costs more than the rest of the
   // layout.
-
+  const std::vector<Cluster>& clusters = work_->clusters;
   const std::size_t count = clusters.size();
   std::size_t lineStart = 0;  // first cluster of the line
   std::size_t firstText = 0;  // first cluster on it that is not a blank
@@ -240,7 +247,6 @@ bool UnicodeLineLayout::layOut(const char* format, const LayoutFields& fields,
     column = leftMargin_;
   }
   emitLine(lineStart, count, true);
-  return true;
 }
 
 std::size_t UnicodeLineLayout::lastBreakBefore(std::size_t after, std::size_t at) {

@@ -53,6 +53,13 @@ class UnicodeLineLayout {
   };
   struct Workspace;
 
+  // Splits `text` (valid UTF-8) into work.clusters with their widths and
+  // kinds, and writes its UTF-16 form to work.units.
+  static void scanClusters(const std::string& text, Workspace& work);
+
+  // Fills lines greedily from work_->clusters and hands each to the sink.
+  void fillLines();
+
   // The last cluster after `after` and up to `at` before which the line
   // breaking rules allow a break; `at` if there is none.
   std::size_t lastBreakBefore(std::size_t after, std::size_t at);
