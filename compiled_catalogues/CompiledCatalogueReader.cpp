@@ -30,7 +30,7 @@ bool CompiledCatalogueReader::refuse(std::string why) {
   return false;
 }
 
-bool CompiledCatalogueReader::checkHeader() {
+bool CompiledCatalogueReader::checkIdentity(std::uint16_t& major) {
   if (size == 0) {
     return refuse("the file is empty");
   }
@@ -43,7 +43,7 @@ bool CompiledCatalogueReader::checkHeader() {
     return refuse("the file ends after " + decimal(size) + " bytes, inside the " +
                   decimal(kHeaderSize) + "-byte header");
   }
-  const std::uint16_t major = readU16(bytes + kMajorOffset);
+  major = readU16(bytes + kMajorOffset);
   const std::uint16_t minor = readU16(bytes + kMinorOffset);
   if (major != kMajorVersion && major != kPlainMajorVersion) {
     const std::string version = decimal(major) + "." + decimal(minor);
@@ -63,6 +63,15 @@ bool CompiledCatalogueReader::checkHeader() {
     return refuse("the file holds " + decimal(size) + " bytes but its header says " +
                   decimal(declaredSize) + " (truncated or extended)");
   }
+  return true;
+}
+
+bool CompiledCatalogueReader::checkHeader() {
+  std::uint16_t major = 0;
+  if (!checkIdentity(major)) {
+    return false;
+  }
+  const std::uint16_t minor = readU16(bytes + kMinorOffset);
   // A file with a key index is read in place: only what it reads is checked,
   // when it reads it, so the load does not grow with the file. The checksum
   // of the whole file is left to files without an index, whose loader reads
@@ -74,7 +83,15 @@ bool CompiledCatalogueReader::checkHeader() {
   if (!indexed && readU64(bytes + kChecksumOffset) != checksumOf(bytes, size)) {
     return refuse("the checksum does not match the contents (the file is damaged)");
   }
+  std::uint64_t sectionsEnd = 0;
+  if (!checkSections(major == kMajorVersion, headerSize, sectionsEnd)) {
+    return false;
+  }
+  return !indexed || checkIndex(indexFields, sectionsEnd);
+}
 
+bool CompiledCatalogueReader::checkSections(bool withVariants, std::uint64_t headerSize,
+                                            std::uint64_t& sectionsEnd) {
   // The sections, in this order, each inside the file: header, entry table,
   // string block. Every sum is made in 64 bits from 32-bit fields, and the
   // table's length is compared by division, so nothing can overflow.
@@ -83,7 +100,6 @@ bool CompiledCatalogueReader::checkHeader() {
   const std::uint64_t tableOffset = readU32(bytes + kEntryTableOffset);
   const std::uint64_t stringsOffset = readU32(bytes + kStringBlockOffset);
   stringsSize = readU32(bytes + kStringBlockSizeOffset);
-  const bool withVariants = major == kMajorVersion;
   const std::size_t leastHeader = withVariants ? kVariantHeaderSize : kHeaderSize;
   const std::size_t leastEntry = withVariants ? kVariantEntrySize : kEntrySize;
   if (headerSize < leastHeader || headerSize > size) {
@@ -111,6 +127,7 @@ bool CompiledCatalogueReader::checkHeader() {
     return refuse("the file has entries but no strings");
   }
   table = bytes + tableOffset;
+  sectionsEnd = stringsOffset + stringsSize;
   strings = reinterpret_cast<const char*>(bytes + stringsOffset);
   if (withVariants) {
     const std::uint64_t variantsOffset = readU32(bytes + kVariantBlockOffset);
@@ -122,30 +139,30 @@ bool CompiledCatalogueReader::checkHeader() {
                     " bytes) lies outside the file or over the strings");
     }
     variantBlock = bytes + variantsOffset;
+    sectionsEnd = variantsOffset + variantBlockSize;
   }
-  if (indexed) {
-    const std::uint64_t before =
-        withVariants ? static_cast<std::uint64_t>(variantBlock - bytes) + variantBlockSize
-                     : stringsOffset + stringsSize;
-    const std::uint64_t indexOffset = readU32(bytes + indexFields);
-    const std::uint64_t indexSize = readU32(bytes + indexFields + 4);
-    if (indexOffset < before || indexOffset > size || indexSize > size - indexOffset ||
-        indexSize < kIndexSlots) {
-      return refuse("the key index (offset " + decimal(indexOffset) + ", " + decimal(indexSize) +
-                    " bytes) lies outside the file or over the sections before it");
-    }
-    const unsigned char* index = bytes + indexOffset;
-    slotCount = readU32(index + kIndexSlotCount);
-    if (slotCount == 0 || (slotCount & (slotCount - 1)) != 0 ||
-        slotCount > (indexSize - kIndexSlots) / kSlotSize) {
-      return refuse("the key index has " + decimal(slotCount) +
-                    " slots: none, not a power of two, or more than its size holds");
-    }
-    if (readU32(index + kIndexSlotCount + 4) != 0) {
-      return refuse("the key index has bytes that should be zero");
-    }
-    slots = index + kIndexSlots;
+  return true;
+}
+
+bool CompiledCatalogueReader::checkIndex(std::size_t indexFields, std::uint64_t sectionsEnd) {
+  const std::uint64_t indexOffset = readU32(bytes + indexFields);
+  const std::uint64_t indexSize = readU32(bytes + indexFields + 4);
+  if (indexOffset < sectionsEnd || indexOffset > size || indexSize > size - indexOffset ||
+      indexSize < kIndexSlots) {
+    return refuse("the key index (offset " + decimal(indexOffset) + ", " + decimal(indexSize) +
+                  " bytes) lies outside the file or over the sections before it");
   }
+  const unsigned char* index = bytes + indexOffset;
+  slotCount = readU32(index + kIndexSlotCount);
+  if (slotCount == 0 || (slotCount & (slotCount - 1)) != 0 ||
+      slotCount > (indexSize - kIndexSlots) / kSlotSize) {
+    return refuse("the key index has " + decimal(slotCount) +
+                  " slots: none, not a power of two, or more than its size holds");
+  }
+  if (readU32(index + kIndexSlotCount + 4) != 0) {
+    return refuse("the key index has bytes that should be zero");
+  }
+  slots = index + kIndexSlots;
   return true;
 }
 

@@ -156,7 +156,15 @@ class CompiledCatalogueReader {
   }
 
  private:
+  // checkHeader() checks the header and that every section lies inside the
+  // file, in steps: what the file is (magic, version, byte order, size;
+  // checkIdentity), the checksum of a file without index, where the entry
+  // table, string block and variant block lie (checkSections, which gives
+  // the offset where they end), and the key index behind them (checkIndex).
   bool checkHeader();
+  bool checkIdentity(std::uint16_t& major);
+  bool checkSections(bool withVariants, std::uint64_t headerSize, std::uint64_t& sectionsEnd);
+  bool checkIndex(std::size_t indexFields, std::uint64_t sectionsEnd);
   bool checkEntries();
   bool checkVariants(std::uint32_t index, std::uint32_t offset, std::uint64_t& nextRecord);
 
