@@ -61,6 +61,32 @@ class Candidates {
   std::uint32_t count = 0;
 };
 
+// For each language the latest text; of those the best rank, and at equal
+// rank the language that arrived last. Null if no candidate.
+const Candidate* bestOf(const Candidates& candidates) {
+  std::uint32_t best = 0;
+  int bestRank = -1;
+  std::uint64_t bestArrival = 0;
+  for (std::uint32_t i = 0; i < candidates.size(); ++i) {
+    const Candidate& candidate = candidates[i];
+    bool latest = true;
+    std::uint64_t arrival = candidate.arrival;
+    for (std::uint32_t j = 0; j < candidates.size() && latest; ++j) {
+      if (j != i && candidates[j].language == candidate.language) {
+        latest = candidates[j].content < candidate.content;
+        arrival = std::min(arrival, candidates[j].arrival);
+      }
+    }
+    if (latest && (bestRank < 0 || candidate.rank < bestRank ||
+                   (candidate.rank == bestRank && arrival > bestArrival))) {
+      best = i;
+      bestRank = candidate.rank;
+      bestArrival = arrival;
+    }
+  }
+  return bestRank < 0 ? nullptr : &candidates[best];
+}
+
 // Room for the texts a catalogue has of one key, not initialised: textsOf()
 // constructs what it writes.
 union TextRoom {
@@ -137,32 +163,11 @@ MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& tabl
     }
   }
 
-  // For each language the latest text; of those the best rank, and at equal
-  // rank the language that arrived last.
-  std::uint32_t best = 0;
-  int bestRank = -1;
-  std::uint64_t bestArrival = 0;
-  for (std::uint32_t i = 0; i < candidates.size(); ++i) {
-    const Candidate& candidate = candidates[i];
-    bool latest = true;
-    std::uint64_t arrival = candidate.arrival;
-    for (std::uint32_t j = 0; j < candidates.size() && latest; ++j) {
-      if (j != i && candidates[j].language == candidate.language) {
-        latest = candidates[j].content < candidate.content;
-        arrival = std::min(arrival, candidates[j].arrival);
-      }
-    }
-    if (latest && (bestRank < 0 || candidate.rank < bestRank ||
-                   (candidate.rank == bestRank && arrival > bestArrival))) {
-      best = i;
-      bestRank = candidate.rank;
-      bestArrival = arrival;
-    }
-  }
-  if (bestRank < 0) {
+  const Candidate* const best = bestOf(candidates);
+  if (best == nullptr) {
     return MessageTable::Choice();
   }
-  const Candidate& chosen = candidates[best];
+  const Candidate& chosen = *best;
   MessageTable::Choice choice;
   choice.entry = chosen.entry;
   choice.text = chosen.text.text;
