@@ -235,46 +235,9 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
   RoundTripPlaces places;
   try {
     serializeToMemory(firstDocument, memory.target, std::string());
-    if (!xIncludeOutputFile.empty()) {
-      // Default mode: text mode, and an existing file is truncated.
-      std::ofstream output(xIncludeOutputFile);
-      if (output.fail()) {
-        std::ostringstream text;
-        text << "File " << xIncludeOutputFile << " could not be opened" << std::endl;
-        throw ParsingError(text.str());
-      }
-      output.write(reinterpret_cast<const char*>(memory.target->getRawBuffer()),
-                   static_cast<std::streamsize>(memory.target->getLen()));
-      output.close();
-    }
+    writeXIncludeOutput(*memory.target);
     if (reparse) {
-      // The second document has the same elements in the same order as the
-      // first, so their positions carry over. A parse with positions lets
-      // the first tree go now, so only one is held; parseFile keeps it to
-      // the end of the round trip.
-      std::vector<SourcePosition> ordered;
-      if (positions != nullptr) {
-        ordered = positions->inDocumentOrder(firstDocument.node);
-        firstDocument = DOMNode();
-      }
-      // The source and its stream only refer to the bytes; the guard keeps
-      // them alive.
-      xercesc::MemBufInputSource source(memory.target->getRawBuffer(), memory.target->getLen(),
-                                        systemId.c_str(), false,
-                                        xercesc::XMLPlatformUtils::fgMemoryManager);
-      source.setCopyBufToStream(false);
-      parser->setKeepPositions(false);
-      parser->parseBounded(source);
-      applyRelaxedSettings();
-      if (positions != nullptr) {
-        *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered, *positions);
-      }
-      const ParseRefused* refused = guard->getRefusal();
-      if (reporter.hasHeld() || (refused != nullptr && refused->problem.file == systemId)) {
-        // Failures are rare: only they pay for a second look at the files.
-        places = locateRoundTrip(systemId, *memory.target);
-      }
-      reporter.release([&places](ParseProblem& problem) { places.place(problem); });
+      places = parseCopy(systemId, *memory.target, firstDocument, positions, reporter);
     }
   } catch (const Exception& exception) {
     recover();
@@ -318,6 +281,54 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     return parser->adoptDocument();
   }
   return giveUpDocument(firstDocument);
+}
+
+void Parser::writeXIncludeOutput(const xercesc::MemBufFormatTarget& copy) const {
+  if (xIncludeOutputFile.empty()) {
+    return;
+  }
+  // Default mode: text mode, and an existing file is truncated.
+  std::ofstream output(xIncludeOutputFile);
+  if (output.fail()) {
+    std::ostringstream text;
+    text << "File " << xIncludeOutputFile << " could not be opened" << std::endl;
+    throw ParsingError(text.str());
+  }
+  output.write(reinterpret_cast<const char*>(copy.getRawBuffer()),
+               static_cast<std::streamsize>(copy.getLen()));
+  output.close();
+}
+
+RoundTripPlaces Parser::parseCopy(const std::string& systemId,
+                                  const xercesc::MemBufFormatTarget& copy, DOMNode& firstDocument,
+                                  PositionTable* positions, TreeErrorReporter& reporter) {
+  RoundTripPlaces places;
+  // The second document has the same elements in the same order as the
+  // first, so their positions carry over. A parse with positions lets
+  // the first tree go now, so only one is held; parseFile keeps it to
+  // the end of the round trip.
+  std::vector<SourcePosition> ordered;
+  if (positions != nullptr) {
+    ordered = positions->inDocumentOrder(firstDocument.node);
+    firstDocument = DOMNode();
+  }
+  // The source and its stream only refer to the bytes of `copy`.
+  xercesc::MemBufInputSource source(copy.getRawBuffer(), copy.getLen(), systemId.c_str(), false,
+                                    xercesc::XMLPlatformUtils::fgMemoryManager);
+  source.setCopyBufToStream(false);
+  parser->setKeepPositions(false);
+  parser->parseBounded(source);
+  applyRelaxedSettings();
+  if (positions != nullptr) {
+    *positions = PositionTable::fromDocumentOrder(parser->getDocument(), ordered, *positions);
+  }
+  const ParseRefused* refused = guard->getRefusal();
+  if (reporter.hasHeld() || (refused != nullptr && refused->problem.file == systemId)) {
+    // Failures are rare: only they pay for a second look at the files.
+    places = locateRoundTrip(systemId, copy);
+  }
+  reporter.release([&places](ParseProblem& problem) { places.place(problem); });
+  return places;
 }
 
 RoundTripPlaces Parser::locateRoundTrip(const std::string& systemId,

@@ -22,6 +22,8 @@
 
 namespace XercesXML {
 
+class TreeErrorReporter;
+
 // Wraps one Xerces-C DOM parser with a fixed set of settings and reads files
 // with it. Every parse failure, whether the parser reports it or throws,
 // leaves parseFile as one ParsingError whose text holds the error blocks of
@@ -168,6 +170,20 @@ class Parser {
   // exists of a second one stays with the parser object.
   xercesc::DOMNode* validateAfterXInclude(const std::string& systemId, bool reparse,
                                           PositionTable* positions);
+
+  // Writes `copy`, the serialised first document, to the remembered output
+  // file, if any. Raises ParsingError if it cannot be opened.
+  void writeXIncludeOutput(const xercesc::MemBufFormatTarget& copy) const;
+
+  // The second parse of the round trip, of `copy`, under the strict
+  // settings that validateAfterXInclude has set; restores the relaxed ones.
+  // With `positions`, releases `firstDocument` before it parses and
+  // carries the positions over to the second document. Hands the problems
+  // `reporter` holds on, placed in the files where a failure needs it, and
+  // returns those places. Raises what the parse raises.
+  RoundTripPlaces parseCopy(const std::string& systemId, const xercesc::MemBufFormatTarget& copy,
+                            DOMNode& firstDocument, PositionTable* positions,
+                            TreeErrorReporter& reporter);
 
   // After a failed second parse: parses `systemId` again as the first parse
   // did, with positions, and the serialised `copy` with the marks of its
