@@ -236,10 +236,10 @@ void findPluralFaults(const PluralKey& key, const std::set<const CatalogueEntry*
   }
 }
 
-// Faults between the texts of one key.
-void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
-                   const std::vector<std::string>& required, const CheckSettings& settings,
-                   Collector& out) {
+// Texts of one key in a language that already has one. Returns the first
+// text of each language.
+std::map<std::string, const CatalogueEntry*> findDuplicateTexts(
+    const std::vector<const CatalogueEntry*>& entries, Collector& out) {
   // The variants of one Message are no duplicates; a later Message with
   // texts in the language is, once.
   std::map<std::string, const CatalogueEntry*> firstOfLanguage;
@@ -264,7 +264,10 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
           .related.push_back(first->place);
     }
   }
+  return firstOfLanguage;
+}
 
+void findStaleTexts(const std::vector<const CatalogueEntry*>& entries, Collector& out) {
   // Every stamped text is judged by its stamp alone, as stats and export
   // judge it: with no text in the reference language the first text stands
   // in as the reference, but may still be stale.
@@ -276,7 +279,12 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
               entry);
     }
   }
+}
 
+// Placeholders and whitespace of every text against the reference text, and
+// the plural faults of the texts whose placeholders fit.
+void findPlaceholderFaults(const std::vector<const CatalogueEntry*>& entries,
+                           const CheckSettings& settings, Collector& out) {
   const CatalogueEntry* reference = referenceOf(entries, settings.reference);
   const std::set<unsigned> expected = placeholderNumbers(reference->text);
   if (!expected.empty() && *expected.rbegin() + 1 != expected.size()) {
@@ -320,7 +328,12 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
   if (isPlural) {
     findPluralFaults(plural, matching, out);
   }
+}
 
+void findMissingLanguages(const std::vector<const CatalogueEntry*>& entries,
+                          const std::map<std::string, const CatalogueEntry*>& firstOfLanguage,
+                          const std::vector<std::string>& required, const CheckSettings& settings,
+                          Collector& out) {
   // A regional language is served by its bare language when it has no text
   // of its own, so only a key with neither misses it.
   for (const std::string& language : required) {
@@ -335,6 +348,17 @@ void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
       finding.language = language;
     }
   }
+}
+
+// Faults between the texts of one key.
+void findKeyFaults(const std::vector<const CatalogueEntry*>& entries,
+                   const std::vector<std::string>& required, const CheckSettings& settings,
+                   Collector& out) {
+  const std::map<std::string, const CatalogueEntry*> firstOfLanguage =
+      findDuplicateTexts(entries, out);
+  findStaleTexts(entries, out);
+  findPlaceholderFaults(entries, settings, out);
+  findMissingLanguages(entries, firstOfLanguage, required, settings, out);
 }
 
 }  // namespace
