@@ -178,25 +178,29 @@ class Importer {
     return first;
   }
 
-  void apply(const IncomingUnit& unit, const std::string& source, const std::string& language) {
+  // The key of `unit` and in `variant` the variant its key names, if the
+  // unit may be imported: a key the document can hold and has (or may be
+  // given), and a translation that is neither missing nor unreviewed.
+  // Otherwise counts and reports why not, and returns nothing.
+  std::optional<MessageKey> admittedKey(const IncomingUnit& unit,
+                                        std::optional<MessageDocumentEditor::Variant>& variant) {
     const std::string unwritableKey = whyDocumentCannotHold(unit.key);
     if (!unwritableKey.empty()) {
       ++skipped, ++refused;
       report(unit, "error", "the key holds " + unwritableKey + "; not imported");
-      return;
+      return std::nullopt;
     }
     std::string keyText = unit.key;
-    const std::optional<MessageDocumentEditor::Variant> variant =
-        unit.sourcePlural ? std::nullopt : TextWrite::takeVariant(keyText);
+    variant = unit.sourcePlural ? std::nullopt : TextWrite::takeVariant(keyText);
     std::optional<MessageKey> key = keyOf(keyText);
     if (!key || key->first.empty() || key->second.empty()) {
       ++skipped, ++refused;
       report(unit, "error", "is no key \"namespace:identifier\"");
-      return;
+      return std::nullopt;
     }
     if (unit.untranslated) {
       ++skipped, ++untranslated;
-      return;
+      return std::nullopt;
     }
     // A new document has no keys to keep: everything in the file is new.
     if (!editor.isNew() && !options.addNewKeys && !editor.hasMessage(key->first, key->second)) {
@@ -204,16 +208,50 @@ class Importer {
       report(unit, "error",
              "the document has no such message; not imported (correct the key, or give "
              "--add-new-keys to add it)");
-      return;
+      return std::nullopt;
     }
     if (unit.fuzzy && !options.acceptFuzzy) {
       ++skipped, ++fuzzy;
       report(unit, "note",
              "is marked fuzzy and was not imported; review it, or give --accept-fuzzy");
+      return std::nullopt;
+    }
+    return key;
+  }
+
+  // Whether every text of `writes` fits the source's placeholders
+  // `expected` and count placeholder `count`; otherwise counts and reports
+  // the first that does not.
+  bool formsFit(const IncomingUnit& unit, const std::vector<TextWrite>& writes,
+                const std::set<unsigned>& expected, unsigned count) {
+    for (std::size_t form = 0; form < writes.size(); ++form) {
+      const std::string which = unit.sourcePlural
+                                    ? "the form " + std::string(writes[form].variant.value.empty()
+                                                                    ? "other"
+                                                                    : writes[form].variant.value)
+                                    : std::string("the translation");
+      const std::string fault = writes[form].fault(expected, count, which);
+      if (!fault.empty() && writes[form].text.empty() && unit.sourcePlural) {
+        ++skipped, ++untranslated;
+        report(unit, "note", fault + "; not imported until every form is translated");
+        return false;
+      }
+      if (!fault.empty()) {
+        ++skipped, ++refused;
+        report(unit, "error", fault + "; not imported");
+        return false;
+      }
+    }
+    return true;
+  }
+
+  void apply(const IncomingUnit& unit, const std::string& source, const std::string& language) {
+    std::optional<MessageDocumentEditor::Variant> variant;
+    const std::optional<MessageKey> key = admittedKey(unit, variant);
+    if (!key) {
       return;
     }
     const std::string& sourceText = unit.sourcePlural ? *unit.sourcePlural : unit.source;
-    const std::set<unsigned> expected = placeholderNumbers(sourceText);
     // Files exported before the count note travelled name none: the
     // document's Message still knows its count. "&0" where neither names one.
     const std::string countText =
@@ -226,23 +264,8 @@ class Importer {
       return;
     }
     const std::vector<TextWrite> writes = TextWrite::writesOf(unit, variant, language);
-    for (std::size_t form = 0; form < writes.size(); ++form) {
-      const std::string which = unit.sourcePlural
-                                    ? "the form " + std::string(writes[form].variant.value.empty()
-                                                                    ? "other"
-                                                                    : writes[form].variant.value)
-                                    : std::string("the translation");
-      const std::string fault = writes[form].fault(expected, count, which);
-      if (!fault.empty() && writes[form].text.empty() && unit.sourcePlural) {
-        ++skipped, ++untranslated;
-        report(unit, "note", fault + "; not imported until every form is translated");
-        return;
-      }
-      if (!fault.empty()) {
-        ++skipped, ++refused;
-        report(unit, "error", fault + "; not imported");
-        return;
-      }
+    if (!formsFit(unit, writes, placeholderNumbers(sourceText), count)) {
+      return;
     }
     const std::string stamp = SourceStamp::of(source, sourceText).toString();
     bool same = true;
