@@ -43,16 +43,20 @@ msgtool::XliffUnit unit(const std::string& key, const std::string& source,
   return made;
 }
 
-// The fields a reader takes from the file are those of `expected`.
-void expectUnit(const msgtool::XliffUnit& read, const msgtool::XliffUnit& expected) {
-  EXPECT_EQ(read.key, expected.key);
-  EXPECT_EQ(read.source, expected.source);
-  EXPECT_EQ(read.target, expected.target);
-  EXPECT_EQ(read.state, expected.state);
-  EXPECT_EQ(read.severity, expected.severity);
-  EXPECT_EQ(read.form, expected.form);
-  EXPECT_EQ(read.count, expected.count);
-  EXPECT_GT(read.line, 0);
+// What a reader takes from a file, as text: the file's version, original
+// and languages, then one line per unit; with the line of each unit in the
+// file if `lines`.
+std::string describe(const msgtool::XliffFile& file, bool lines = true) {
+  std::string text = (file.version2 ? "2.0 " : "1.2 ") + file.original + " " + file.sourceLanguage +
+                     " -> " + file.targetLanguage + "\n";
+  for (const msgtool::XliffUnit& unit : file.units) {
+    text += unit.key + (unit.form >= 0 ? "[" + std::to_string(unit.form) + "]" : "") + ": " +
+            unit.source + " -> " + unit.target.value_or("(none)") + " [" + unit.state + ", " +
+            unit.severity + (unit.count.empty() ? "" : ", count " + unit.count) +
+            (unit.approved ? ", approved" : "") + "]" +
+            (lines ? " line " + std::to_string(unit.line) : "") + "\n";
+  }
+  return text;
 }
 
 // The forms of one plural message, as export writes them.
@@ -96,14 +100,7 @@ TEST_F(XliffTest, WrittenFilesReadBackAsTheyWere) {
     const std::string written = file.write();
     const msgtool::XliffFile read = msgtool::XliffFile::read(scratch.write("round.xlf", written));
 
-    EXPECT_EQ(read.version2, version2);
-    EXPECT_EQ(read.original, "app.xml");
-    EXPECT_EQ(read.sourceLanguage, "en");
-    EXPECT_EQ(read.targetLanguage, "pl");
-    ASSERT_EQ(read.units.size(), file.units.size());
-    for (std::size_t i = 0; i < file.units.size(); ++i) {
-      expectUnit(read.units[i], file.units[i]);
-    }
+    EXPECT_EQ(describe(read, false), describe(file, false));
     if (!version2) {
       EXPECT_THAT(written, HasSubstr("datatype=\"po\""));
       file.units = plain;
@@ -129,15 +126,10 @@ TEST_F(XliffTest, FilesOfOtherToolsReadAsMeant) {
       "   </trans-unit></group></group>\n"
       "   <trans-unit id=\"app:plain\"><source>Plain</source></trans-unit>\n"
       "  </body></file></xliff>\n");
-  const msgtool::XliffFile read12 = msgtool::XliffFile::read(v12);
-  EXPECT_FALSE(read12.version2);
-  EXPECT_EQ(read12.targetLanguage, "fr");
-  ASSERT_EQ(read12.units.size(), 2u);
-  expectUnit(read12.units[0], unit("app:start", "Start &0 &1", "&1 <&> &0", "final", "info"));
-  EXPECT_EQ(read12.units[0].line, 5);
-  EXPECT_TRUE(read12.units[0].approved);
-  EXPECT_EQ(read12.units[1].key, "app:plain");
-  EXPECT_FALSE(read12.units[1].target.has_value());
+  EXPECT_EQ(describe(msgtool::XliffFile::read(v12)),
+            "1.2 a.xml en -> fr\n"
+            "app:start: Start &0 &1 -> &1 <&> &0 [final, info, approved] line 5\n"
+            "app:plain: Plain -> (none) [, ] line 10\n");
 
   const std::string v2 = scratch.write(
       "other2.xlf",
@@ -152,14 +144,11 @@ TEST_F(XliffTest, FilesOfOtherToolsReadAsMeant) {
       "</segment><ignorable><source>.</source></ignorable></unit>\n"
       "<unit id=\"app:open\"><segment><source>A</source><target>a</target></segment>"
       "<segment state=\"initial\"><source>B</source></segment></unit></group></file></xliff>\n");
-  const msgtool::XliffFile read2 = msgtool::XliffFile::read(v2);
-  EXPECT_TRUE(read2.version2);
-  EXPECT_EQ(read2.original, "b.xml");
-  EXPECT_EQ(read2.targetLanguage, "pt");
-  ASSERT_EQ(read2.units.size(), 2u);
-  expectUnit(read2.units[0], unit("app:start", "Start &0, &1.", "&1 &0.", "translated", "abort"));
-  EXPECT_EQ(read2.units[1].source, "AB");
-  EXPECT_FALSE(read2.units[1].target.has_value()) << "a unit translated in part has no target";
+  // A unit translated in part has no target.
+  EXPECT_EQ(describe(msgtool::XliffFile::read(v2)),
+            "2.0 b.xml en -> pt\n"
+            "app:start: Start &0, &1. -> &1 &0. [translated, abort] line 2\n"
+            "app:open: AB -> (none) [, ] line 4\n");
 }
 
 // Each refusal is a ToolError naming the file and the line of the fault.
