@@ -155,6 +155,8 @@ TEST(ImportTest, UnitsWithCharactersADocumentCannotHoldAreRefused) {
   const std::string holds = "in.po:6: error: app:hello: the translation holds ";
   expectRefusals({
       {"po", helloPo("de", "Hal\\alo"), 1, holds + "U+0007" + refused},
+      // A form feed is whitespace to C, but no character of XML 1.0.
+      {"po", helloPo("de", "Hallo\\f"), 1, holds + "U+000C" + refused},
       {"po", helloPo("de", "Hal\x1Flo"), 1, holds + "U+001F" + refused},
       {"po", helloPo("de", "Hallo \xEF\xBF\xBE"), 1, holds + "U+FFFE" + refused},
       {"po", helloPo("de", "Hallo \xEF\xBF\xBF"), 1, holds + "U+FFFF" + refused},
