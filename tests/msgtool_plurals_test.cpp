@@ -114,11 +114,11 @@ class PluralCheckTest : public ::testing::Test {
 };
 
 // The English texts of a plural message: one and other.
-const char kEnglish[] =
+const std::string kEnglish =
     "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
     "<Text xml:lang=\"en\">&amp;0 files</Text>\n";
 
-// A Message of the key app:m (on line 5) holding `texts`.
+// A Message of the key app:m holding `texts`.
 std::string message(const std::string& texts, const std::string& attributes = "") {
   return "<Message id=\"m\"" + attributes + ">\n" + texts + "</Message>\n";
 }
@@ -127,21 +127,21 @@ std::string message(const std::string& texts, const std::string& attributes = ""
 TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
   const CheckCase cases[] = {
       {"complete en, pl and ar: no variant is a duplicate",
-       message(kEnglish + std::string("<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
-                                      "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
-                                      "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
-                                      "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
-                                      "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات</Text>\n"
-                                      "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد</Text>\n"
-                                      "<Text xml:lang=\"ar\" plural=\"two\">ملفان</Text>\n"
-                                      "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>\n"
-                                      "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>\n"
-                                      "<Text xml:lang=\"ar\">&amp;0 ملف</Text>\n")),
+       message(kEnglish + "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
+                          "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
+                          "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
+                          "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"two\">ملفان</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>\n"
+                          "<Text xml:lang=\"ar\">&amp;0 ملف</Text>\n"),
        {}},
       {"Polish without one falls back to other for 1",
-       message(kEnglish + std::string("<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
-                                      "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
-                                      "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n")),
+       message(kEnglish + "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
+                          "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
+                          "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"),
        {{10, "plural-form-missing"}}},
       {"a plain text in a language of a plural key lacks its forms",
        message(kEnglish) + message("<Text xml:lang=\"de\">&amp;0 Dateien</Text>\n"),
