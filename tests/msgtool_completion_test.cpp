@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "CommandLineWalk.h"
+#include "CommandSupport.h"
 #include "Tool.h"
 #include "tests/scratch_folder.h"
 
@@ -24,8 +25,7 @@ class CompletionTest : public ::testing::Test {
  protected:
   CompletionTest() { script = scratch.write("msgtool.bash", tool.generate("complete-bash")); }
 
-  // What bash completes the last of `words` to, run in `folder` (the scratch
-  // folder by default).
+  // What bash completes the last of `words` to, run in the scratch folder.
   Words complete(const std::vector<std::string>& words) const {
     std::string command = "cd '" + scratch.path().string() +
                           "' && bash --norc -c 'source \"$1\" && shift && COMP_WORDS=(\"$@\") && "
@@ -35,28 +35,17 @@ class CompletionTest : public ::testing::Test {
     for (const std::string& word : words) {
       command += " '" + word + "'";
     }
-    Words completions;
     FILE* bash = popen(command.c_str(), "r");
-    EXPECT_NE(bash, nullptr);
-    if (bash == nullptr) {
-      return completions;
+    std::string out;
+    char buffer[256];
+    while (bash != nullptr && std::fgets(buffer, sizeof buffer, bash) != nullptr) {
+      out += buffer;
     }
-    std::string line;
-    for (int c; (c = std::fgetc(bash)) != EOF;) {
-      if (c == '\n') {
-        completions.insert(line);
-        line.clear();
-      } else {
-        line += static_cast<char>(c);
-      }
-    }
-    EXPECT_EQ(pclose(bash), 0) << command;
+    EXPECT_EQ(bash != nullptr ? pclose(bash) : -1, 0) << command;
+    const std::vector<std::string> lines = msgtool::linesOf(out);
+    Words completions(lines.begin(), lines.end());
     completions.erase("");  // printf's line for an empty COMPREPLY
     return completions;
-  }
-
-  const CLI::App& subcommand(const std::string& name) const {
-    return *tool.commandLine().get_subcommand(name);
   }
 
   // The names of `app`'s options that start with `prefix`.

@@ -3,20 +3,17 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "Catalogue.h"
 #include "MessageDocumentEditor.h"
-#include "ToolError.h"
 #include "message_documents/MessageDocumentReader.h"
+#include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
@@ -26,6 +23,7 @@ namespace {
 using test_support::readFile;
 using test_support::writeFile;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 using Text = msgtool::MessageDocumentEditor::ExistingText;
 
 const char kHead[] =
@@ -54,12 +52,6 @@ const char kPart[] =
     "xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
     "  <Message id=\"only\"><Text xml:lang=\"de\">Teil</Text></Message>\n"
     "</MessageNamespace>\n";
-
-// The root element of a new document.
-const char kEditedHead[] =
-    "<MessageCollection xmlns:msgtool=\"urn:x-msg:msgtool:1\" "
-    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n";
 
 class EditorTest : public ::testing::Test {
  protected:
@@ -264,40 +256,43 @@ TEST_F(EditorTest, NewDocumentNamesItsSchemaAndLoads) {
   editor.setText("app", "hello", "info", "de", "Hallo", "en:5");
   editor.save();
   EXPECT_EQ(readFile(fresh),
-            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + std::string(kEditedHead) +
-                "  <MessageNamespace name=\"app\">\n"
-                "    <Message id=\"hello\" severity=\"info\">\n"
-                "      <Text msgtool:translated-from=\"en:5\" xml:lang=\"de\">Hallo</Text>\n"
-                "    </Message>\n"
-                "  </MessageNamespace>\n"
-                "</MessageCollection>\n");
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<MessageCollection xmlns:msgtool=\"urn:x-msg:msgtool:1\" "
+            "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+            "xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
+            "  <MessageNamespace name=\"app\">\n"
+            "    <Message id=\"hello\" severity=\"info\">\n"
+            "      <Text msgtool:translated-from=\"en:5\" xml:lang=\"de\">Hallo</Text>\n"
+            "    </Message>\n"
+            "  </MessageNamespace>\n"
+            "</MessageCollection>\n");
+}
+
+// The refusal ("file:line: error: message") of reading `path`, setting the
+// German text of `nameSpace`:start and saving; "" if it is saved.
+std::string refusalOfEdit(const std::string& path, const std::string& nameSpace = "app") {
+  return test_support::refusalOf(
+      [&nameSpace](const std::string& file) {
+        msgtool::MessageDocumentEditor editor(file, "unused.xsd");
+        editor.setText(nameSpace, "start", "", "de", "Neu", "en:1");
+        editor.save();
+      },
+      path);
 }
 
 // A refusal names the file and the line the loader gives, and the document
 // is byte for byte as it was; also when the loader refuses the edited one.
 TEST_F(EditorTest, RefusedDocumentsAndEditsLeaveTheFileAsItWas) {
   const std::string file = document();
-  const std::string refused = std::string(kHead) +
-                              "  <MessageNamespace bogus=\"1\"/>\n"
-                              "</MessageCollection>\n";
-  writeFile(file, refused);
-  try {
-    msgtool::MessageDocumentEditor editor(file, "unused.xsd");
-    ADD_FAILURE() << "not refused";
-  } catch (const msgtool::ToolError& error) {
-    EXPECT_STREQ(error.what(),
-                 "attribute 'bogus' is not declared for element 'MessageNamespace' (the document "
-                 "must load before texts can be imported into it)");
-    EXPECT_EQ(error.getFile(), file);
-    EXPECT_GT(error.getLine(), 0);
-  }
-  EXPECT_EQ(readFile(file), refused);
-
-  // Documents the editor cannot write back as they are, and a namespace a
-  // part given on its own cannot hold.
   std::string otherPrefix = kDocument;
   otherPrefix.insert(otherPrefix.find(" xmlns:xsi"), " xmlns:msgtool=\"urn:other\"");
-  const std::vector<std::tuple<std::string, std::string, const char*, const char*>> refusals = {
+  // Documents that do not load or that the editor cannot write back as they
+  // are, and a namespace a part given on its own cannot hold.
+  const std::vector<std::tuple<std::string, std::string, const char*, std::string>> refusals = {
+      {"messages.xml",
+       std::string(kHead) + "  <MessageNamespace bogus=\"1\"/>\n</MessageCollection>\n", "app",
+       ":5: error: attribute 'bogus' is not declared for element 'MessageNamespace' (the "
+       "document must load before texts can be imported into it)"},
       {"messages.xml",
        "<?xml version=\"1.0\" encoding=\"KOI8-R\"?>" + kDocument.substr(kDocument.find('\n')),
        "app", "the encoding \"KOI8-R\""},
@@ -305,39 +300,29 @@ TEST_F(EditorTest, RefusedDocumentsAndEditsLeaveTheFileAsItWas) {
       {"part.xml", kPart, "other", "is a part that holds one MessageNamespace"}};
   for (const auto& [name, bytes, nameSpace, message] : refusals) {
     SCOPED_TRACE(message);
-    writeFile(scratch / name, bytes);
-    try {
-      msgtool::MessageDocumentEditor editor((scratch / name).string(), "unused.xsd");
-      editor.setText(nameSpace, "start", "", "de", "Neu", "en:1");
-      editor.save();
-      ADD_FAILURE() << "not refused";
-    } catch (const msgtool::ToolError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(message));
-      EXPECT_EQ(error.getFile(), (scratch / name).string());
-    }
-    EXPECT_EQ(readFile(scratch / name), bytes);
+    const std::string path = (scratch / name).string();
+    writeFile(path, bytes);
+    const std::string refusal = refusalOfEdit(path, nameSpace);
+    EXPECT_THAT(refusal, StartsWith(path + ":"));
+    EXPECT_THAT(refusal, HasSubstr(message));
+    EXPECT_EQ(readFile(path), bytes);
   }
-  writeFile(scratch / "part.xml", kPart);
+  writeFile(file, kDocument);
 
   // The schema has gone since the document was read: the part, written
   // first, is put back.
-  writeFile(file, kDocument);
-  msgtool::MessageDocumentEditor editor(file, "unused.xsd");
-  editor.setText("app", "start", "", "de", "Neu", "en:1");
-  editor.setText("part", "only", "", "de", "Neu", "en:1");
-  fs::remove(scratch / "messages.xsd");
-  try {
-    editor.save();
-    ADD_FAILURE() << "an edit the loader refuses was saved";
-  } catch (const msgtool::ToolError& error) {
-    EXPECT_EQ(error.getFile(), file);
-    EXPECT_EQ(error.getLine(), 0);
-    EXPECT_EQ(std::string(error.what())
-                  .rfind("the edited document would not load, so it was left as it was: ", 0),
-              0u)
-        << error.what();
-    EXPECT_THAT(error.what(), HasSubstr("part.xml, written before, was put back as it was"));
-  }
+  const std::string refusal = test_support::refusalOf(
+      [this](const std::string& path) {
+        msgtool::MessageDocumentEditor editor(path, "unused.xsd");
+        editor.setText("app", "start", "", "de", "Neu", "en:1");
+        editor.setText("part", "only", "", "de", "Neu", "en:1");
+        fs::remove(scratch / "messages.xsd");
+        editor.save();
+      },
+      file);
+  EXPECT_THAT(refusal, StartsWith(file + ": error: the edited document would not load, so it "
+                                         "was left as it was: "));
+  EXPECT_THAT(refusal, HasSubstr("part.xml, written before, was put back as it was"));
   EXPECT_EQ(readFile(file), kDocument);
   EXPECT_EQ(readFile(scratch / "part.xml"), kPart);
   EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path()), fs::directory_iterator()), 2)

@@ -7,17 +7,16 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "GettextPlurals.h"
 #include "PluralNeeds.h"
-#include "Tool.h"
 #include "msg/LanguageList.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/Typed.h"
+#include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace {
@@ -80,20 +79,17 @@ TEST_P(GettextTest, NgettextChoosesTheTextMsgChooses) {
   }
   texts += "<Text xml:lang=\"" + language + "\">" + language + " other &amp;0</Text>";
   test_support::copySchemaInto(scratch.path());
-  const std::string document =
-      scratch.write("app.xml",
-                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MessageCollection "
-                    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-                    "xsi:noNamespaceSchemaLocation=\"messages.xsd\"><MessageNamespace "
-                    "name=\"app\"><Message id=\"deleted\">" +
-                        texts + "</Message></MessageNamespace></MessageCollection>\n");
+  const std::string document = scratch.write(
+      "app.xml", test_support::messageDocument("<MessageNamespace name=\"app\"><Message "
+                                               "id=\"deleted\">" +
+                                               texts + "</Message></MessageNamespace>\n"));
   const std::string po = (scratch / "app.po").string();
   const std::string mo = (scratch / language / "LC_MESSAGES" / "app.mo").string();
   std::filesystem::create_directories(scratch / language / "LC_MESSAGES");
-  const char* exportArgs[] = {"msgtool",  "export",   "--format",      "po",
-                              "--source", "eo",       "--target",      language.c_str(),
-                              "-o",       po.c_str(), document.c_str()};
-  ASSERT_EQ(0, msgtool::runTool(static_cast<int>(std::size(exportArgs)), exportArgs));
+  const test_support::ToolRun exported =
+      test_support::runMsgtool({"export", "--format", "po", "--source", "eo", "--target",
+                                language.c_str(), "-o", po.c_str(), document.c_str()});
+  ASSERT_EQ(exported.code, 0) << exported.err;
   ASSERT_EQ(0, std::system(("msgfmt -c -o '" + mo + "' '" + po + "' 2>/dev/null").c_str()))
       << "msgfmt -c refuses " << po;
 

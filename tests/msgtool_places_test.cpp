@@ -2,19 +2,22 @@
 // references of a PO export and the location notes of XLIFF exports name
 // the part's own file and the line there, also for a part of a part.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
-#include "Tool.h"
 #include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 const char kDocument[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -75,17 +78,6 @@ class PlacesInPartsTest : public ::testing::Test {
   test_support::ScratchFolder scratch;
 };
 
-// The line of `text` that `prefix` starts nearest before `end`, without
-// the prefix; empty if none.
-std::string lastLineBefore(const std::string& text, const std::string& prefix, std::size_t end) {
-  const std::size_t start = text.rfind("\n" + prefix, end);
-  if (start == std::string::npos || end == std::string::npos) {
-    return std::string();
-  }
-  const std::size_t from = start + 1 + prefix.size();
-  return text.substr(from, text.find_first_of("<\n", from) - from);
-}
-
 TEST_F(PlacesInPartsTest, FindingsReferencesAndNotesNameThePartsFileAndLine) {
   struct Row {
     const char* key;
@@ -103,15 +95,11 @@ TEST_F(PlacesInPartsTest, FindingsReferencesAndNotesNameThePartsFileAndLine) {
   const std::string xliff = run({"export", "--format", "xliff2", "--target", "de", "docs/app.xml"});
   for (const Row& row : rows) {
     SCOPED_TRACE(row.key);
-    EXPECT_NE(findings.find(std::string(row.finding) + ": error: "), std::string::npos) << findings;
-    const std::size_t entry = po.find("msgctxt \"" + std::string(row.key) + "\"");
-    EXPECT_EQ(lastLineBefore(po, "#: ", entry), row.reference) << po;
-    const std::size_t unit = xliff.find("<unit id=\"" + std::string(row.key) + "\"");
-    const std::size_t notes = xliff.find("</notes>", unit);
-    EXPECT_NE(xliff.substr(unit, notes - unit)
-                  .find("<note category=\"location\">" + std::string(row.reference) + "</note>"),
-              std::string::npos)
-        << xliff;
+    EXPECT_THAT(findings, HasSubstr(std::string(row.finding) + ": error: "));
+    EXPECT_THAT(po, HasSubstr("#: " + std::string(row.reference) + "\nmsgctxt \"" + row.key));
+    // Each reference names another line, so the note is the unit's own.
+    EXPECT_THAT(xliff,
+                HasSubstr("<note category=\"location\">" + std::string(row.reference) + "</note>"));
   }
 }
 
@@ -121,9 +109,8 @@ TEST_F(PlacesInPartsTest, ASchemaFaultInAPartOfAPartIsNamedWhereItIsWritten) {
   faulty.replace(faulty.find("<Text xml:lang=\"de\">"), 20, "<Text lang=\"de\">");
   scratch.write("docs/parts/deeper/inner.xml", faulty);
   const std::string findings = run({"check", "docs/app.xml"});
-  EXPECT_NE(findings.find("docs/parts/deeper/inner.xml:5:3: error: "), std::string::npos)
-      << findings;
-  EXPECT_EQ(findings.find("docs/app.xml:"), std::string::npos) << findings;
+  EXPECT_THAT(findings, HasSubstr("docs/parts/deeper/inner.xml:5:3: error: "));
+  EXPECT_THAT(findings, Not(HasSubstr("docs/app.xml:")));
 }
 
 }  // namespace

@@ -81,7 +81,7 @@ TEST(PluralNeedsTest, WholeNumbersAndSingleNumbersFollowTheRules) {
 
 struct CheckCase {
   const char* name;
-  const char* messages;                            // inside a MessageNamespace
+  std::string messages;                            // inside a MessageNamespace
   std::set<std::pair<int, std::string>> findings;  // line, code
 };
 
@@ -113,101 +113,85 @@ class PluralCheckTest : public ::testing::Test {
   test_support::ScratchFolder scratch;
 };
 
+// The English texts of a plural message: one and other.
+const std::string kEnglish =
+    "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
+    "<Text xml:lang=\"en\">&amp;0 files</Text>\n";
+
+// A Message of the key app:m holding `texts`.
+std::string message(const std::string& texts, const std::string& attributes = "") {
+  return "<Message id=\"m\"" + attributes + ">\n" + texts + "</Message>\n";
+}
+
 // Lines: the document's messages start on line 5.
 TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
   const CheckCase cases[] = {
       {"complete en, pl and ar: no variant is a duplicate",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
-       "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
-       "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات</Text>\n"
-       "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد</Text>\n"
-       "<Text xml:lang=\"ar\" plural=\"two\">ملفان</Text>\n"
-       "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>\n"
-       "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>\n"
-       "<Text xml:lang=\"ar\">&amp;0 ملف</Text>\n"
-       "</Message>\n",
+       message(kEnglish + "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
+                          "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
+                          "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
+                          "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"two\">ملفان</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>\n"
+                          "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>\n"
+                          "<Text xml:lang=\"ar\">&amp;0 ملف</Text>\n"),
        {}},
       {"Polish without one falls back to other for 1",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
-       "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
-       "</Message>\n",
+       message(kEnglish + "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
+                          "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
+                          "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"),
        {{10, "plural-form-missing"}}},
       {"a plain text in a language of a plural key lacks its forms",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-       "</Message>\n"
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"de\">&amp;0 Dateien</Text>\n"
-       "</Message>\n",
+       message(kEnglish) + message("<Text xml:lang=\"de\">&amp;0 Dateien</Text>\n"),
        {{10, "plural-form-missing"}}},
       {"an exact value stands in for a category of that number alone",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" plural=\"=1\">one file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-       "</Message>\n",
+       message("<Text xml:lang=\"en\" plural=\"=1\">one file</Text>\n"
+               "<Text xml:lang=\"en\">&amp;0 files</Text>\n"),
        {}},
       {"but not for a category of more numbers",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"fr\" plural=\"=1\">un fichier</Text>\n"
-       "<Text xml:lang=\"fr\" plural=\"many\">&amp;0 de fichiers</Text>\n"
-       "<Text xml:lang=\"fr\">&amp;0 fichiers</Text>\n"
-       "</Message>\n",
+       message("<Text xml:lang=\"fr\" plural=\"=1\">un fichier</Text>\n"
+               "<Text xml:lang=\"fr\" plural=\"many\">&amp;0 de fichiers</Text>\n"
+               "<Text xml:lang=\"fr\">&amp;0 fichiers</Text>\n"),
        {{8, "plural-form-missing"}}},
       {"a form the rules never choose",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-       "<Text xml:lang=\"en\" plural=\"few\">&amp;0 files</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-       "<Text xml:lang=\"ja\" plural=\"one\">&amp;0 ファイル</Text>\n"
-       "<Text xml:lang=\"ja\">&amp;0 ファイル</Text>\n"
-       "</Message>\n",
+       message("<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
+               "<Text xml:lang=\"en\" plural=\"few\">&amp;0 files</Text>\n"
+               "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
+               "<Text xml:lang=\"ja\" plural=\"one\">&amp;0 ファイル</Text>\n"
+               "<Text xml:lang=\"ja\">&amp;0 ファイル</Text>\n"),
        {{7, "plural-form-unused"}, {9, "plural-form-unused"}}},
       {"ordinal rules: English needs one, two and few",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0th</Text>\n"
-       "</Message>\n",
+       message("<Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
+               "<Text xml:lang=\"en\">&amp;0th</Text>\n"),
        {{7, "plural-form-missing"}}},
+      // Russian `one` is also 21, 31, ...
       {"a form for one number may leave out the count, a form for many may not",
-       "<Message id=\"m\">\n"
-       "<Text xml:lang=\"en\" plural=\"=0\">No files</Text>\n"
-       "<Text xml:lang=\"en\" plural=\"one\">One file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-       "<Text xml:lang=\"ru\" plural=\"one\">Один файл</Text>\n"
-       "<Text xml:lang=\"ru\" plural=\"few\">&amp;0 файла</Text>\n"
-       "<Text xml:lang=\"ru\" plural=\"many\">&amp;0 файлов</Text>\n"
-       "<Text xml:lang=\"ru\">&amp;0 файла</Text>\n"
-       "</Message>\n",
-       // Russian `one` is also 21, 31, ...
+       message("<Text xml:lang=\"en\" plural=\"=0\">No files</Text>\n"
+               "<Text xml:lang=\"en\" plural=\"one\">One file</Text>\n"
+               "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
+               "<Text xml:lang=\"ru\" plural=\"one\">Один файл</Text>\n"
+               "<Text xml:lang=\"ru\" plural=\"few\">&amp;0 файла</Text>\n"
+               "<Text xml:lang=\"ru\" plural=\"many\">&amp;0 файлов</Text>\n"
+               "<Text xml:lang=\"ru\">&amp;0 файла</Text>\n"),
        {{9, "placeholder-mismatch"}}},
       {"a variant with other placeholders than the reference other",
-       "<Message id=\"m\" count=\"&amp;1\">\n"
-       "<Text xml:lang=\"en\" plural=\"one\">&amp;0: &amp;1 file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0: &amp;1 files</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"one\">&amp;1 plik</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"few\">&amp;0: &amp;1 pliki</Text>\n"
-       "<Text xml:lang=\"pl\" plural=\"many\">&amp;1 plików</Text>\n"
-       "<Text xml:lang=\"pl\">&amp;0: &amp;1 pliku</Text>\n"
-       "</Message>\n",
+       message("<Text xml:lang=\"en\" plural=\"one\">&amp;0: &amp;1 file</Text>\n"
+               "<Text xml:lang=\"en\">&amp;0: &amp;1 files</Text>\n"
+               "<Text xml:lang=\"pl\" plural=\"one\">&amp;1 plik</Text>\n"
+               "<Text xml:lang=\"pl\" plural=\"few\">&amp;0: &amp;1 pliki</Text>\n"
+               "<Text xml:lang=\"pl\" plural=\"many\">&amp;1 plików</Text>\n"
+               "<Text xml:lang=\"pl\">&amp;0: &amp;1 pliku</Text>\n",
+               " count=\"&amp;1\""),
        {{8, "placeholder-mismatch"}, {10, "placeholder-mismatch"}}},
+      // The exact value has the count the others lack.
       {"the count is in no text that serves many numbers",
-       "<Message id=\"m\" count=\"&amp;1\">\n"
-       "<Text xml:lang=\"en\" plural=\"=1\">&amp;0: &amp;1 file</Text>\n"
-       "<Text xml:lang=\"en\">&amp;0: files</Text>\n"
-       "<Text xml:lang=\"de\" plural=\"one\">&amp;0: eine Datei</Text>\n"
-       "<Text xml:lang=\"de\">&amp;0: Dateien</Text>\n"
-       "</Message>\n",
-       // The exact value has the count the others lack.
+       message("<Text xml:lang=\"en\" plural=\"=1\">&amp;0: &amp;1 file</Text>\n"
+               "<Text xml:lang=\"en\">&amp;0: files</Text>\n"
+               "<Text xml:lang=\"de\" plural=\"one\">&amp;0: eine Datei</Text>\n"
+               "<Text xml:lang=\"de\">&amp;0: Dateien</Text>\n",
+               " count=\"&amp;1\""),
        {{6, "placeholder-mismatch"}, {7, "plural-count-missing"}, {9, "plural-count-missing"}}},
   };
   for (const CheckCase& row : cases) {
@@ -219,13 +203,8 @@ TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
 // Two Messages of one key in one language: the second is one duplicate,
 // not one per variant.
 TEST_F(PluralCheckTest, ASecondMessageOfAPluralKeyIsOneDuplicate) {
-  const std::string first =
-      "<Message id=\"m\">\n"
-      "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-      "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-      "</Message>\n";
-  const std::string file = scratch.write("first.xml", documentOf(first));
-  const std::string again = scratch.write("again.xml", documentOf(first));
+  const std::string file = scratch.write("first.xml", documentOf(message(kEnglish)));
+  const std::string again = scratch.write("again.xml", documentOf(message(kEnglish)));
   const msgtool::Catalogue catalogue = msgtool::Catalogue::read({file, again});
   const std::vector<msgtool::Finding> findings =
       msgtool::findFindings(catalogue, msgtool::CheckSettings());
@@ -241,26 +220,25 @@ TEST_F(PluralCheckTest, FormsAreStaleOnlyWhenTheirSourceTextChanged) {
   const std::string other = msgtool::SourceStamp::of("en", "&0 files").toString();
   const std::string none = msgtool::SourceStamp::of("en", "No files").toString();
   const std::string old = msgtool::SourceStamp::of("en", "&0 file(s)").toString();
-  const auto message = [](const std::string& fewStamp, const std::string& exactStamp) {
-    return "<Message id=\"m\">\n"
-           "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
-           "<Text xml:lang=\"en\" plural=\"=0\">No files</Text>\n"
-           "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
-           "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
-           "<Text xml:lang=\"pl\" plural=\"few\" msgtool:translated-from=\"" +
-           fewStamp +
-           "\">&amp;0 pliki</Text>\n"
-           "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
-           "<Text xml:lang=\"pl\" plural=\"=0\" msgtool:translated-from=\"" +
-           exactStamp +
-           "\">Brak plików</Text>\n"
-           "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"
-           "</Message>\n";
+  const auto stamped = [](const std::string& fewStamp, const std::string& exactStamp) {
+    return message(
+        "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
+        "<Text xml:lang=\"en\" plural=\"=0\">No files</Text>\n"
+        "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
+        "<Text xml:lang=\"pl\" plural=\"one\">&amp;0 plik</Text>\n"
+        "<Text xml:lang=\"pl\" plural=\"few\" msgtool:translated-from=\"" +
+        fewStamp +
+        "\">&amp;0 pliki</Text>\n"
+        "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
+        "<Text xml:lang=\"pl\" plural=\"=0\" msgtool:translated-from=\"" +
+        exactStamp +
+        "\">Brak plików</Text>\n"
+        "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n");
   };
   using Found = std::set<std::pair<int, std::string>>;
-  EXPECT_EQ(findingsOf(message(other, none)), Found{});
-  EXPECT_EQ(findingsOf(message(old, none)), (Found{{10, "stale-translation"}}));
-  EXPECT_EQ(findingsOf(message(other, old)), (Found{{12, "stale-translation"}}));
+  EXPECT_EQ(findingsOf(stamped(other, none)), Found{});
+  EXPECT_EQ(findingsOf(stamped(old, none)), (Found{{10, "stale-translation"}}));
+  EXPECT_EQ(findingsOf(stamped(other, old)), (Found{{12, "stale-translation"}}));
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <set>
 #include <string>
 #include <tuple>
@@ -102,21 +101,9 @@ TEST_F(MsgtoolTest, CheckFindsEveryPlantedFaultAtItsLineAndStatsCountsEachLangua
     }
   }
 
-  // The text form carries the same findings, one line each.
-  const Outcome text = run("check " + en + " " + de);
-  EXPECT_EQ(text.exitCode, 1);
-  EXPECT_THAT(text.out, HasSubstr(de + ":9:"));
-  EXPECT_THAT(text.out, HasSubstr(": error: "));
-  EXPECT_THAT(text.out, HasSubstr("[placeholder-mismatch]\n"));
-
-  const Outcome counted = run("stats --format json " + en + " " + de);
-  ASSERT_EQ(counted.exitCode, 0) << counted.err;
-  const nlohmann::json stats = nlohmann::json::parse(counted.out);
-  EXPECT_EQ(stats["messages"], 11);
-  EXPECT_EQ(stats["languages"][0]["language"], "de");
-  EXPECT_EQ(stats["languages"][0]["translated"], 10);
-  EXPECT_EQ(stats["languages"][0]["missing"], 1);
-  EXPECT_EQ(stats["languages"][1]["translated"], 11);
+  EXPECT_EQ(run("stats " + en + " " + de).out,
+            "de: 10 translated, 1 missing, 90.9% of 11 messages\n"
+            "en: 11 translated, 0 missing, 100.0% of 11 messages\n");
 }
 
 TEST_F(MsgtoolTest, CheckExitCodeFollowsStrictAndLanguages) {
@@ -219,30 +206,29 @@ TEST_F(MsgtoolTest, ImportWritesThroughALinkAndRefusesAReadOnlyDocument) {
     <Message id="start" severity="info"><Text xml:lang="en">Starting</Text></Message>
   </MessageNamespace>
 )"));
-  const fs::path link = scratch / "linked.xml";
-  fs::create_symlink("repo/messages.xml", link);
+  fs::create_symlink("repo/messages.xml", scratch / "linked.xml");
   const auto import = [&](const std::string& translation) {
-    const fs::path po = write("de.po",
-                              "msgid \"\"\nmsgstr \"\"\n\"Language: de\\n\"\n\n"
-                              "msgctxt \"app:start\"\nmsgid \"Starting\"\nmsgstr \"" +
-                                  translation + "\"\n");
-    return run("import --format po '" + po.string() + "' --into '" + link.string() + "'");
+    write("de.po",
+          "msgid \"\"\nmsgstr \"\"\n\"Language: de\\n\"\n\nmsgctxt \"app:start\"\n"
+          "msgid \"Starting\"\nmsgstr \"" +
+              translation + "\"\n");
+    return run("import --format po de.po --into linked.xml", scratch.path());
   };
 
   const Outcome linked = import("Los");
   EXPECT_EQ(linked.exitCode, 0) << linked.err;
-  EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_THAT(readFile(real), HasSubstr(">Los</Text>"));
-
+  EXPECT_TRUE(fs::is_symlink(scratch / "linked.xml"));
   const std::string before = readFile(real);
-  ASSERT_EQ(chmod(real.c_str(), 0444), 0);
+  EXPECT_THAT(before, HasSubstr(">Los</Text>"));
+
+  fs::permissions(real, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
   const Outcome readOnly = import("Start");
   EXPECT_EQ(readOnly.exitCode, 2);
   EXPECT_EQ(readOnly.out, "");
   EXPECT_THAT(readOnly.err, HasSubstr("linked.xml: error: cannot be written: the file is "
                                       "read-only; make it writable (chmod u+w)"));
   EXPECT_EQ(readFile(real), before);
-  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_TRUE(fs::is_symlink(scratch / "linked.xml"));
 }
 
 }  // namespace
@@ -301,7 +287,6 @@ TEST_F(MsgtoolPluralTest, ShowPrintsTheVariantThatTheCountAsWrittenChooses) {
       {"en", "deleted 0", "app:deleted (en, info, form =0)\nNo files deleted.\n"},
       {"en", "deleted 1", "app:deleted (en, info, form one)\n1 file deleted.\n"},
       {"en", "deleted 1.0", "app:deleted (en, info, form other)\n1.0 files deleted.\n"},
-      {"en", "deleted 2.50", "app:deleted (en, info, form other)\n2.50 files deleted.\n"},
       {"pl", "deleted 22", "app:deleted (pl, info, form few)\nUsunięto 22 pliki.\n"},
       // The count is &1 here, the first argument a folder.
       {"pl", "moved docs 3", "app:moved (pl, info, form few)\ndocs: przeniesiono 3 pliki.\n"},
@@ -321,15 +306,18 @@ TEST_F(MsgtoolPluralTest, ShowPrintsTheVariantThatTheCountAsWrittenChooses) {
 TEST_F(MsgtoolPluralTest, StatsCountsAPluralMessageOnlyWithEveryFormTheLanguageNeeds) {
   const Outcome counted = run("stats --format json " + documents);
   ASSERT_EQ(counted.exitCode, 0) << counted.err;
-  const nlohmann::json stats = nlohmann::json::parse(counted.out);
-  EXPECT_EQ(stats["messages"], 4);
-  std::map<std::string, std::pair<int, int>> found;
-  for (const auto& language : stats["languages"]) {
-    found[language["language"]] = {language["translated"], language["missing"]};
-  }
-  const std::map<std::string, std::pair<int, int>> expected{
-      {"ar", {2, 2}}, {"de", {1, 3}}, {"en", {4, 0}}, {"pl", {4, 0}}};
-  EXPECT_EQ(found, expected);
+  const auto language = [](const char* tag, int translated, int missing, double share) {
+    return nlohmann::json{{"language", tag},
+                          {"translated", translated},
+                          {"missing", missing},
+                          {"stale", 0},
+                          {"share", share}};
+  };
+  EXPECT_EQ(nlohmann::json::parse(counted.out),
+            (nlohmann::json{{"messages", 4},
+                            {"languages",
+                             {language("ar", 2, 2, 0.5), language("de", 1, 3, 0.25),
+                              language("en", 4, 0, 1.0), language("pl", 4, 0, 1.0)}}}));
 }
 
 TEST_F(MsgtoolPluralTest, CheckAndHeaderTreatPluralKeys) {

@@ -4,16 +4,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "Catalogue.h"
-#include "Tool.h"
-#include "ToolError.h"
 #include "XliffFile.h"
 #include "tests/msgtool_run.h"
 #include "tests/scratch_folder.h"
@@ -23,13 +19,9 @@ namespace fs = std::filesystem;
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 class XliffTest : public ::testing::Test {
  protected:
-  std::string write(const std::string& name, const std::string& bytes) const {
-    return scratch.write(name, bytes);
-  }
   static std::string refusalOf(const std::string& path) {
     return test_support::refusalOf(msgtool::XliffFile::read, path);
   }
@@ -51,25 +43,47 @@ msgtool::XliffUnit unit(const std::string& key, const std::string& source,
   return made;
 }
 
-// The fields a reader takes from the file are those of `expected`.
-void expectUnit(const msgtool::XliffUnit& read, const msgtool::XliffUnit& expected) {
-  EXPECT_EQ(read.key, expected.key);
-  EXPECT_EQ(read.source, expected.source);
-  EXPECT_EQ(read.target, expected.target);
-  EXPECT_EQ(read.state, expected.state);
-  EXPECT_EQ(read.severity, expected.severity);
-  EXPECT_GT(read.line, 0);
+// What a reader takes from a file, as text: the file's version, original
+// and languages, then one line per unit; with the line of each unit in the
+// file if `lines`.
+std::string describe(const msgtool::XliffFile& file, bool lines = true) {
+  std::string text = (file.version2 ? "2.0 " : "1.2 ") + file.original + " " + file.sourceLanguage +
+                     " -> " + file.targetLanguage + "\n";
+  for (const msgtool::XliffUnit& unit : file.units) {
+    text += unit.key + (unit.form >= 0 ? "[" + std::to_string(unit.form) + "]" : "") + ": " +
+            unit.source + " -> " + unit.target.value_or("(none)") + " [" + unit.state + ", " +
+            unit.severity + (unit.count.empty() ? "" : ", count " + unit.count) +
+            (unit.approved ? ", approved" : "") + "]" +
+            (lines ? " line " + std::to_string(unit.line) : "") + "\n";
+  }
+  return text;
+}
+
+// The forms of one plural message, as export writes them.
+std::vector<msgtool::XliffUnit> pluralForms(const std::string& key,
+                                            const std::vector<std::string>& targets) {
+  std::vector<msgtool::XliffUnit> forms;
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    msgtool::XliffUnit form = unit(key, i == 0 ? "&1 file" : "&1 files", targets[i], "translated");
+    form.form = static_cast<int>(i);
+    form.count = "&1";
+    forms.push_back(form);
+  }
+  return forms;
 }
 
 // Everything a catalogue text can hold comes back byte for byte, in both
 // versions: placeholders repeated, moved, with leading zeros, next to a
-// bare '&', and markup characters.
+// bare '&', and markup characters; and a plural group, each form with its
+// index, its target and the count note. The 1.2 file is of gettext's
+// datatype only while it holds a plural group.
 TEST_F(XliffTest, WrittenFilesReadBackAsTheyWere) {
   for (const bool version2 : {false, true}) {
+    SCOPED_TRACE(version2 ? "XLIFF 2.0" : "XLIFF 1.2");
     msgtool::XliffFile file;
     file.original = "app.xml";
     file.sourceLanguage = "en";
-    file.targetLanguage = "de";
+    file.targetLanguage = "pl";
     file.version2 = version2;
     file.units = {
         unit("app:start", "Start &0, then &1 & &0.", "&1 dann &0 & &0.", "translated"),
@@ -77,17 +91,20 @@ TEST_F(XliffTest, WrittenFilesReadBackAsTheyWere) {
         unit("app:stale", "Old &0", "Alt &0", "needs-review-translation"),
         unit("ns:a:b", "Untranslated &2", std::nullopt, ""),
     };
-    const std::string path = write(version2 ? "v2.xlf" : "v12.xlf", file.write());
-    const msgtool::XliffFile read = msgtool::XliffFile::read(path);
+    const std::vector<msgtool::XliffUnit> plain = file.units;
+    for (const msgtool::XliffUnit& form :
+         pluralForms("app:deleted", {"&1 plik", "&1 pliki", "&1 plików"})) {
+      file.units.push_back(form);
+    }
+    file.units.push_back(unit("app:plain", "Plain", "Zwykły", "translated"));
+    const std::string written = file.write();
+    const msgtool::XliffFile read = msgtool::XliffFile::read(scratch.write("round.xlf", written));
 
-    SCOPED_TRACE(version2 ? "XLIFF 2.0" : "XLIFF 1.2");
-    EXPECT_EQ(read.version2, version2);
-    EXPECT_EQ(read.original, "app.xml");
-    EXPECT_EQ(read.sourceLanguage, "en");
-    EXPECT_EQ(read.targetLanguage, "de");
-    ASSERT_EQ(read.units.size(), file.units.size());
-    for (std::size_t i = 0; i < file.units.size(); ++i) {
-      expectUnit(read.units[i], file.units[i]);
+    EXPECT_EQ(describe(read, false), describe(file, false));
+    if (!version2) {
+      EXPECT_THAT(written, HasSubstr("datatype=\"po\""));
+      file.units = plain;
+      EXPECT_THAT(file.write(), HasSubstr("datatype=\"plaintext\""));
     }
   }
 }
@@ -95,7 +112,7 @@ TEST_F(XliffTest, WrittenFilesReadBackAsTheyWere) {
 // What other tools write: groups, wrappers around text, CDATA, inline
 // elements that the translator moved, codes named by their text only.
 TEST_F(XliffTest, FilesOfOtherToolsReadAsMeant) {
-  const std::string v12 = write(
+  const std::string v12 = scratch.write(
       "other.xlf",
       "<?xml version=\"1.0\"?>\n"
       "<xliff version=\"1.1\" xmlns=\"urn:oasis:names:tc:xliff:document:1.2\">\n"
@@ -109,17 +126,12 @@ TEST_F(XliffTest, FilesOfOtherToolsReadAsMeant) {
       "   </trans-unit></group></group>\n"
       "   <trans-unit id=\"app:plain\"><source>Plain</source></trans-unit>\n"
       "  </body></file></xliff>\n");
-  const msgtool::XliffFile read12 = msgtool::XliffFile::read(v12);
-  EXPECT_FALSE(read12.version2);
-  EXPECT_EQ(read12.targetLanguage, "fr");
-  ASSERT_EQ(read12.units.size(), 2u);
-  expectUnit(read12.units[0], unit("app:start", "Start &0 &1", "&1 <&> &0", "final", "info"));
-  EXPECT_EQ(read12.units[0].line, 5);
-  EXPECT_TRUE(read12.units[0].approved);
-  EXPECT_EQ(read12.units[1].key, "app:plain");
-  EXPECT_FALSE(read12.units[1].target.has_value());
+  EXPECT_EQ(describe(msgtool::XliffFile::read(v12)),
+            "1.2 a.xml en -> fr\n"
+            "app:start: Start &0 &1 -> &1 <&> &0 [final, info, approved] line 5\n"
+            "app:plain: Plain -> (none) [, ] line 10\n");
 
-  const std::string v2 = write(
+  const std::string v2 = scratch.write(
       "other2.xlf",
       "<xliff version=\"2.1\" srcLang=\"en\" trgLang=\"pt\" "
       "xmlns=\"urn:oasis:names:tc:xliff:document:2.0\"><file id=\"f\" original=\"b.xml\">\n"
@@ -132,14 +144,11 @@ TEST_F(XliffTest, FilesOfOtherToolsReadAsMeant) {
       "</segment><ignorable><source>.</source></ignorable></unit>\n"
       "<unit id=\"app:open\"><segment><source>A</source><target>a</target></segment>"
       "<segment state=\"initial\"><source>B</source></segment></unit></group></file></xliff>\n");
-  const msgtool::XliffFile read2 = msgtool::XliffFile::read(v2);
-  EXPECT_TRUE(read2.version2);
-  EXPECT_EQ(read2.original, "b.xml");
-  EXPECT_EQ(read2.targetLanguage, "pt");
-  ASSERT_EQ(read2.units.size(), 2u);
-  expectUnit(read2.units[0], unit("app:start", "Start &0, &1.", "&1 &0.", "translated", "abort"));
-  EXPECT_EQ(read2.units[1].source, "AB");
-  EXPECT_FALSE(read2.units[1].target.has_value()) << "a unit translated in part has no target";
+  // A unit translated in part has no target.
+  EXPECT_EQ(describe(msgtool::XliffFile::read(v2)),
+            "2.0 b.xml en -> pt\n"
+            "app:start: Start &0, &1. -> &1 &0. [translated, abort] line 2\n"
+            "app:open: AB -> (none) [, ] line 4\n");
 }
 
 // Each refusal is a ToolError naming the file and the line of the fault.
@@ -186,54 +195,8 @@ TEST_F(XliffTest, BadFilesAreRefusedWithFileAndLine) {
        "3: error: the inline element <ph id=\"p\"> stands for no placeholder"},
   };
   for (const Case& bad : cases) {
-    const std::string path = write("bad.xlf", bad.content);
+    const std::string path = scratch.write("bad.xlf", bad.content);
     EXPECT_EQ(refusalOf(path), path + ":" + bad.expected) << bad.content;
-  }
-}
-
-// The forms of one plural message, as export writes them.
-std::vector<msgtool::XliffUnit> pluralForms(const std::string& key,
-                                            const std::vector<std::string>& targets) {
-  std::vector<msgtool::XliffUnit> forms;
-  for (std::size_t i = 0; i < targets.size(); ++i) {
-    msgtool::XliffUnit form = unit(key, i == 0 ? "&1 file" : "&1 files", targets[i], "translated");
-    form.form = static_cast<int>(i);
-    form.count = "&1";
-    forms.push_back(form);
-  }
-  return forms;
-}
-
-// A plural group and the unit after it read back in both versions: each
-// form with its index, its target and the count note; the 1.2 file is of
-// gettext's datatype only while it holds a plural group.
-TEST_F(XliffTest, PluralGroupsReadBackWithTheirCount) {
-  for (const bool version2 : {false, true}) {
-    SCOPED_TRACE(version2 ? "XLIFF 2.0" : "XLIFF 1.2");
-    msgtool::XliffFile file;
-    file.original = "app.xml";
-    file.sourceLanguage = "en";
-    file.targetLanguage = "pl";
-    file.version2 = version2;
-    file.units = pluralForms("app:deleted", {"&1 plik", "&1 pliki", "&1 plików"});
-    file.units.push_back(unit("app:plain", "Plain", "Zwykły", "translated"));
-    const std::string written = file.write();
-    const msgtool::XliffFile read = msgtool::XliffFile::read(write("plural.xlf", written));
-    ASSERT_EQ(read.units.size(), 4u);
-    for (std::size_t i = 0; i < 3; ++i) {
-      expectUnit(read.units[i], file.units[i]);
-      EXPECT_EQ(read.units[i].form, static_cast<int>(i));
-      EXPECT_EQ(read.units[i].count, "&1");
-    }
-    EXPECT_EQ(read.units[3].key, "app:plain");
-    EXPECT_EQ(read.units[3].form, -1);
-    EXPECT_EQ(read.units[3].count, "");
-    if (!version2) {
-      EXPECT_THAT(written, HasSubstr("datatype=\"po\""));
-      file.units = {unit("app:plain", "Plain", "Zwykły", "translated")};
-      EXPECT_THAT(file.write(), Not(HasSubstr("datatype=\"po\"")));
-      EXPECT_THAT(file.write(), HasSubstr("datatype=\"plaintext\""));
-    }
   }
 }
 
@@ -266,25 +229,26 @@ std::string formUnit(bool version2, const std::string& index, const std::string&
 }
 
 // Tools may reorder the units of a group: each form is read by the index in
-// its id, and comes back in the order of the index with the count note.
+// its id, and comes back in the order of the index with the count note and
+// the line of its unit.
 TEST_F(XliffTest, PluralFormsAreReadByTheirIndex) {
   for (const bool version2 : {false, true}) {
     SCOPED_TRACE(version2 ? "XLIFF 2.0" : "XLIFF 1.2");
-    const std::string path =
-        write("order.xlf", pluralFile(version2, formUnit(version2, "[2]", "&amp;1 plików") +
-                                                    formUnit(version2, "[0]", "&amp;1 plik") +
-                                                    formUnit(version2, "[1]", "&amp;1 pliki")));
+    const std::string path = scratch.write(
+        "order.xlf", pluralFile(version2, formUnit(version2, "[2]", "&amp;1 plików") +
+                                              formUnit(version2, "[0]", "&amp;1 plik") +
+                                              formUnit(version2, "[1]", "&amp;1 pliki")));
     const msgtool::XliffFile read = msgtool::XliffFile::read(path);
     EXPECT_EQ(read.version2, version2);
-    ASSERT_EQ(read.units.size(), 3u);
-    const std::vector<std::string> targets = {"&1 plik", "&1 pliki", "&1 plików"};
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-      EXPECT_EQ(read.units[i].key, "app:deleted");
-      EXPECT_EQ(read.units[i].form, static_cast<int>(i));
-      EXPECT_EQ(read.units[i].target, targets[i]);
-      EXPECT_EQ(read.units[i].count, "&1");
-      EXPECT_EQ(read.units[i].line, 4 + (i + 1) % 3) << "the line of the unit";
+    std::string forms;
+    for (const msgtool::XliffUnit& form : read.units) {
+      forms += form.key + "[" + std::to_string(form.form) + "] " + *form.target + " (" +
+               form.count + ") line " + std::to_string(form.line) + "\n";
     }
+    EXPECT_EQ(forms,
+              "app:deleted[0] &1 plik (&1) line 5\n"
+              "app:deleted[1] &1 pliki (&1) line 6\n"
+              "app:deleted[2] &1 plików (&1) line 4\n");
   }
 }
 
@@ -315,29 +279,10 @@ TEST_F(XliffTest, BadPluralGroupsAreRefused) {
       for (const std::string& index : bad.indexes) {
         body += formUnit(version2, index, "x");
       }
-      const std::string path = write("bad.xlf", pluralFile(version2, body));
+      const std::string path = scratch.write("bad.xlf", pluralFile(version2, body));
       EXPECT_EQ(refusalOf(path), path + ":" + bad.expected);
     }
   }
-}
-
-const char kOrdinalDocument[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
-    "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
-    "  <MessageNamespace name=\"app\">\n"
-    "    <Message id=\"place\" severity=\"info\">\n"
-    "      <Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
-    "      <Text xml:lang=\"en\">&amp;0th</Text>\n"
-    "    </Message>\n"
-    "  </MessageNamespace>\n"
-    "</MessageCollection>\n";
-
-// Runs msgtool with `arguments` in the scratch folder; its exit code.
-int runIn(const test_support::ScratchFolder& folder, const std::vector<const char*>& arguments) {
-  const test_support::ToolRun run = test_support::runMsgtool(arguments, folder.path());
-  EXPECT_EQ(run.code, 0) << run.err;
-  return run.code;
 }
 
 // An ordinal message goes out as one unit per category of the target
@@ -346,22 +291,31 @@ TEST_F(XliffTest, OrdinalMessagesTravelThroughExportAndImport) {
   for (const char* format : {"xliff", "xliff2"}) {
     SCOPED_TRACE(format);
     test_support::copySchemaInto(scratch.path());
-    write("messages.xml", kOrdinalDocument);
-    ASSERT_EQ(runIn(scratch, {"export", "--format", format, "--target", "fr", "-o", "fr.xlf",
-                              "messages.xml"}),
-              0);
-    msgtool::XliffFile exported = msgtool::XliffFile::read((scratch / "fr.xlf").string());
+    scratch.write("messages.xml",
+                  test_support::messageDocument(
+                      "  <MessageNamespace name=\"app\">\n"
+                      "    <Message id=\"place\" severity=\"info\">\n"
+                      "      <Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
+                      "      <Text xml:lang=\"en\">&amp;0th</Text>\n"
+                      "    </Message>\n"
+                      "  </MessageNamespace>\n"));
+    const test_support::ToolRun exported = test_support::runMsgtool(
+        {"export", "--format", format, "--target", "fr", "-o", "fr.xlf", "messages.xml"},
+        scratch.path());
+    ASSERT_EQ(exported.code, 0) << exported.err;
+    msgtool::XliffFile file = msgtool::XliffFile::read((scratch / "fr.xlf").string());
     std::vector<std::string> keys;
-    for (msgtool::XliffUnit& out : exported.units) {
+    for (msgtool::XliffUnit& out : file.units) {
       keys.push_back(out.key);
       out.target = out.key == "app:place[ordinal one]" ? "premier" : "&0e";
       out.state = "translated";
     }
     EXPECT_EQ(keys,
               (std::vector<std::string>{"app:place[ordinal one]", "app:place[ordinal other]"}));
-    write("fr.xlf", exported.write());
-    ASSERT_EQ(runIn(scratch, {"import", "--format", format, "fr.xlf", "--into", "messages.xml"}),
-              0);
+    scratch.write("fr.xlf", file.write());
+    const test_support::ToolRun imported = test_support::runMsgtool(
+        {"import", "--format", format, "fr.xlf", "--into", "messages.xml"}, scratch.path());
+    ASSERT_EQ(imported.code, 0) << imported.err;
     const std::string document = test_support::readFile(scratch / "messages.xml");
     EXPECT_THAT(document, HasSubstr("xml:lang=\"fr\" ordinal=\"one\">premier</Text>"));
     EXPECT_THAT(document, HasSubstr("xml:lang=\"fr\">&amp;0e</Text>"));
