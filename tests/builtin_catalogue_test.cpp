@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <typeinfo>
 
@@ -14,6 +13,7 @@
 #include "msg/Message.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
+#include "tests/catalogue_support.h"
 
 namespace msg {
 namespace {
@@ -63,8 +63,7 @@ class BuiltinCatalogueTest : public ::testing::Test {
 
   void useList(const LanguageList& list) { singleton->setLanguageList(list); }
   std::string lookUp(const char* nameSpace, const char* identifier) {
-    std::unique_ptr<Message> found(singleton->getMessage(nameSpace, identifier));
-    return found == nullptr ? "<none>" : found->getText();
+    return test_support::textOf(*singleton, nameSpace, identifier);
   }
 
   MessageHandler* singleton = MessageHandler::object();
@@ -79,11 +78,8 @@ TEST_F(BuiltinCatalogueTest, AfterLoadAPlainSingletonHoldsExactlyTheTwentyTwoRow
   for (const Row& row : kRows) {
     SCOPED_TRACE(std::string(row.nameSpace) + ":" + row.identifier + " " + row.language);
     useList(LanguageList(Language(row.language)));
-    std::unique_ptr<Message> found(singleton->getMessage(row.nameSpace, row.identifier));
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(found->getLanguage(), Language(row.language));
-    EXPECT_EQ(found->getSeverityLevel(), row.severity);
-    EXPECT_EQ(std::string(found->getText()), row.text);
+    EXPECT_EQ(test_support::recordOf(*singleton, row.nameSpace, row.identifier),
+              std::string(row.text) + "|" + std::to_string(row.severity) + "|" + row.language);
   }
 }
 

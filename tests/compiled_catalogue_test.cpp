@@ -25,9 +25,9 @@
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
-#include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/Typed.h"
+#include "tests/catalogue_support.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/XMLSystem.h"
 
@@ -41,30 +41,22 @@ class Handler : public msg::MessageHandlerX {
   std::uint32_t entryCount() const { return messageTableOf(*this)->getCount(); }
 };
 
-// "text|severity|language" of a key, or "<none>".
-std::string recordOf(const msg::MessageHandler& handler, const char* nameSpace, const char* id) {
-  std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
-  if (record == nullptr) {
-    return "<none>";
-  }
-  return std::string(record->getText()) + "|" + std::to_string(record->getSeverityLevel()) + "|" +
-         record->getLanguage().toString();
+using test_support::recordOf;
+
+// Writes `bytes` to the file `name` of `scratch`; returns its path.
+std::string writeBytes(const test_support::ScratchFolder& scratch, const std::string& name,
+                       const Bytes& bytes) {
+  return scratch.write(name, std::string(bytes.begin(), bytes.end()));
 }
 
 class CompiledCatalogueTest : public ::testing::Test {
  protected:
-  CompiledCatalogueTest() {
-    std::filesystem::copy_file(MSG_SOURCE_DIR "/schema/messages.xsd", scratch / "messages.xsd");
-  }
+  CompiledCatalogueTest() { test_support::copySchemaInto(scratch.path()); }
 
   // A document of namespace "app" with `body` (Message elements) inside.
   std::string document(const std::string& name, const std::string& body) {
-    std::ofstream(dir + "/" + name)
-        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-           "xsi:noNamespaceSchemaLocation=\"messages.xsd\"><MessageNamespace name=\"app\">"
-        << body << "</MessageNamespace></MessageCollection>\n";
-    return dir + "/" + name;
+    return scratch.write(name, test_support::messageDocument("<MessageNamespace name=\"app\">" +
+                                                             body + "</MessageNamespace>"));
   }
 
   // For each language list: every key gives the same record from the
@@ -79,8 +71,7 @@ class CompiledCatalogueTest : public ::testing::Test {
     const std::string compiled = dir + "/app.msgc";
     writer.writeFile(compiled);
     const Bytes unindexed = writer.bytes(false);
-    const std::string registered =
-        scratch.write("registered.msgc", std::string(unindexed.begin(), unindexed.end()));
+    const std::string registered = writeBytes(scratch, "registered.msgc", unindexed);
     const msg::Language austrianFirst[] = {msg::Language("de-AT"), msg::Language("de"),
                                            msg::Language("en")};
     const msg::LanguageList lists[] = {msg::LanguageList(msg::Language("en")),
@@ -191,7 +182,7 @@ TEST_F(CompiledCatalogueTest, ALanguageTwiceInOneKeyIsReplacedAsInAnyLoad) {
       }
     }
     writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
-    const std::string path = scratch.write("twice.msgc", std::string(bytes.begin(), bytes.end()));
+    const std::string path = writeBytes(scratch, "twice.msgc", bytes);
 
     Handler handler(msg::LanguageList{"en", "de-AT"});
     handler.loadCompiledCatalogue(path.c_str());
@@ -235,8 +226,8 @@ TEST_F(CompiledCatalogueTest, MixedWithCodeAndDocumentsGivesTheRecordsOfDocument
     msg::CompiledCatalogueWriter writer;
     msg::addMessageDocument(writer, source.c_str());
     const Bytes bytes = writer.bytes(indexed);
-    return scratch.write(source.substr(dir.size() + 1) + (indexed ? ".msgc" : ".old.msgc"),
-                         std::string(bytes.begin(), bytes.end()));
+    return writeBytes(scratch, source.substr(dir.size() + 1) + (indexed ? ".msgc" : ".old.msgc"),
+                      bytes);
   };
   const auto fromCode = [](msg::MessageHandler& handler) {
     new msg::MTE(msg::info, "en", "app", "k1", "code en", &handler, false, true);
@@ -343,7 +334,7 @@ TEST_F(CompiledCatalogueTest, ReadsInPlaceAndPassesOverDamagedTexts) {
     SCOPED_TRACE(&damaged - cases);
     Bytes bytes = good;
     damaged.damage(bytes.data());
-    const std::string path = scratch.write("damaged.msgc", std::string(bytes.begin(), bytes.end()));
+    const std::string path = writeBytes(scratch, "damaged.msgc", bytes);
     Handler handler(msg::LanguageList::parse("de,en"));
     handler.loadCompiledCatalogue(path.c_str());
     for (const auto& [id, record] : intact) {
@@ -355,26 +346,14 @@ TEST_F(CompiledCatalogueTest, ReadsInPlaceAndPassesOverDamagedTexts) {
   }
 }
 
-// Keeps each message written through it as "namespace:identifier".
-class RecordingChannel : public msg::MessageChannel {
- public:
-  std::vector<std::string> lines;
-
- protected:
-  void onMessage(const msg::Message& message) override {
-    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier());
-  }
-};
-
 // A valid file with one key, made damaged by `damage`, is refused with the
 // report, the exception and its problem, and the table as it was.
 void expectRefused(const std::string& path, const std::string& why) {
   Handler handler(msg::LanguageList(msg::Language("en")));
-  RecordingChannel channel;
+  test_support::RecordingChannel channel;
   handler.setMessageChannel(&channel, false);
   new msg::MTE(msg::info, "en", "base", "kept", "loaded before", &handler, false, true);
-  new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler, false,
-               true);
+  test_support::addRefusalReport(handler);
   try {
     handler.loadCompiledCatalogue(path.c_str());
     ADD_FAILURE() << "accepted: " << why;
@@ -384,7 +363,8 @@ void expectRefused(const std::string& path, const std::string& why) {
     EXPECT_NE(failure.getProblems()[0].message.find(why), std::string::npos)
         << failure.getProblems()[0].message;
   }
-  EXPECT_EQ(channel.lines, std::vector<std::string>{"msgx:MessageDocumentError"});
+  EXPECT_EQ(channel.lines,
+            std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
   EXPECT_EQ(handler.entryCount(), 2u);
   EXPECT_EQ(recordOf(handler, "base", "kept"), "loaded before|0|en");
 }
@@ -408,7 +388,7 @@ void expectDamageRefused(const test_support::ScratchFolder& scratch, const Bytes
       msg::compiled::writeU64(bytes.data() + msg::compiled::kChecksumOffset,
                               msg::compiled::checksumOf(bytes.data(), bytes.size()));
     }
-    expectRefused(scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end())), damage.why);
+    expectRefused(writeBytes(scratch, "bad.msgc", bytes), damage.why);
   }
 }
 
@@ -483,8 +463,7 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedHeadersOfAnIndexedFileAndLeavesTheTa
   const std::string asText(good.begin(), good.end());
   changed[asText.find(std::string("text\0", 5), readU32(good.data() + kStringBlockOffset))] = 'T';
   Handler handler(msg::LanguageList(msg::Language("en")));
-  handler.loadCompiledCatalogue(
-      scratch.write("changed.msgc", std::string(changed.begin(), changed.end())).c_str());
+  handler.loadCompiledCatalogue(writeBytes(scratch, "changed.msgc", changed).c_str());
   EXPECT_EQ(recordOf(handler, "app", "k"), "Text|0|en");
   expectEveryCutRefused(scratch, good);
 }
@@ -673,7 +652,7 @@ TEST_F(CompiledCatalogueTest, RefusesADamagedVariantBlockWithoutIndexAndLeavesTh
     Bytes bytes(good.begin(), good.end() - static_cast<long>(cut));
     writeU64(bytes.data() + kFileSizeOffset, bytes.size());
     writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
-    expectRefused(scratch.write("cut.msgc", std::string(bytes.begin(), bytes.end())), "variant");
+    expectRefused(writeBytes(scratch, "cut.msgc", bytes), "variant");
   }
 }
 

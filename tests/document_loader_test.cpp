@@ -3,7 +3,6 @@
 // Nothing here stacks the process-wide handler.
 
 #include <clocale>
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,74 +12,46 @@
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
-#include "msg/MessageChannel.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandlerX.h"
+#include "tests/catalogue_support.h"
 #include "xml_access/XMLSystem.h"
 
 namespace {
 
+using test_support::recordOf;
+using test_support::textOf;
+
 std::string documentPath(const std::string& name) {
   return std::string(MSG_TEST_DATA_DIR) + "/documents/" + name;
 }
-
-// The text `handler` picks for a key; "<none>" if no entry is acceptable.
-std::string textOf(const msg::MessageHandler& handler, const char* nameSpace, const char* id) {
-  std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
-  if (record == nullptr) {
-    return "<none>";
-  }
-  return record->getText() != nullptr ? record->getText() : "";
-}
-
-// Keeps each message written through it as "namespace:identifier: text".
-class RecordingChannel : public msg::MessageChannel {
- public:
-  std::vector<std::string> lines;
-
- protected:
-  void onMessage(const msg::Message& message) override {
-    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier() + ": " +
-                    message.getMessage());
-  }
-};
 
 class DocumentLoaderTest : public ::testing::Test {
  protected:
   DocumentLoaderTest() { handler.setMessageChannel(&channel, false); }
 
   msg::MessageHandlerX handler;
-  RecordingChannel channel;
+  test_support::RecordingChannel channel;
 };
 
 TEST_F(DocumentLoaderTest, AppliesTheDefaultsAndPassesOverUnknownElements) {
   handler.loadMessageDocument(documentPath("rules.xml").c_str());
   EXPECT_TRUE(channel.lines.empty());
 
-  struct Expected {
-    const char* nameSpace;
-    const char* identifier;
-    const char* text;
-    msg::SeverityLevel severity;
-    const char* language;
-  } const expected[] = {
-      {"rules", "languages", "english", msg::info, "en"},
-      {"rules", "nolang", "without xml:lang", msg::warning, "en"},
-      {"rules", "british", "colour", msg::abort, "en-GB"},
-      {"rules", "empty", "", msg::info, "en"},
-      {"rules", "no-id", "second without id", msg::info, "en"},
-      {"rules", "capital", "capital", msg::error, "en"},
-      {"rules", "placeholders", "Copied &0 of &1 files.", msg::error, "en"},
-      {"no-ns", "anonymous", "no namespace name", msg::info, "en"},
-      {"included", "part", "from the included part", msg::warning, "en"},
+  // "text|severity|language", severities by number (info 0 to abort 3).
+  const char* const expected[][3] = {
+      {"rules", "languages", "english|0|en"},
+      {"rules", "nolang", "without xml:lang|1|en"},
+      {"rules", "british", "colour|3|en-GB"},
+      {"rules", "empty", "|0|en"},
+      {"rules", "no-id", "second without id|0|en"},
+      {"rules", "capital", "capital|2|en"},
+      {"rules", "placeholders", "Copied &0 of &1 files.|2|en"},
+      {"no-ns", "anonymous", "no namespace name|0|en"},
+      {"included", "part", "from the included part|1|en"},
   };
-  for (const Expected& entry : expected) {
-    SCOPED_TRACE(std::string(entry.nameSpace) + ":" + entry.identifier);
-    std::unique_ptr<msg::Message> record(handler.getMessage(entry.nameSpace, entry.identifier));
-    ASSERT_NE(record, nullptr);
-    EXPECT_STREQ(record->getText() != nullptr ? record->getText() : "", entry.text);
-    EXPECT_EQ(record->getSeverityLevel(), entry.severity);
-    EXPECT_EQ(record->getLanguage(), msg::Language(entry.language));
+  for (const auto& entry : expected) {
+    EXPECT_EQ(recordOf(handler, entry[0], entry[1]), entry[2]) << entry[0] << ":" << entry[1];
   }
   EXPECT_EQ(textOf(handler, "rules", "hidden"), "<none>");
   EXPECT_EQ(textOf(handler, "no-ns", "misplaced"), "<none>");
@@ -120,8 +91,7 @@ void PrintTo(const BadInput& input, std::ostream* out) {
 class BadDocumentTest : public DocumentLoaderTest, public ::testing::WithParamInterface<BadInput> {
  protected:
   BadDocumentTest() {
-    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
-                 false, true);
+    test_support::addRefusalReport(handler);
     new msg::MTE(msg::error, "en", "msgx", "NoMessageCollection", "No catalogue in &0.", &handler,
                  false, true);
     handler.loadMessageDocument(documentPath("base.xml").c_str());
@@ -179,10 +149,7 @@ void PrintTo(const SchemaFault& fault, std::ostream* out) {
 class SchemaFaultTest : public DocumentLoaderTest,
                         public ::testing::WithParamInterface<SchemaFault> {
  protected:
-  SchemaFaultTest() {
-    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
-                 false, true);
-  }
+  SchemaFaultTest() { test_support::addRefusalReport(handler); }
 };
 
 TEST_P(SchemaFaultTest, NamesTheFileAndLineOfTheFaultyElement) {

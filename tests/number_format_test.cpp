@@ -9,6 +9,7 @@
 #include <unicode/numberformatter.h>
 
 #include <cctype>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <iterator>
@@ -80,50 +81,20 @@ const Style kStyles[] = {
      [](std::int64_t v) { return percent(v, 1); }},
 };
 
-const double kDoubles[] = {0.0,
-                           1.0,
-                           -1.0,
-                           0.5,
-                           1234.5,
-                           -1234.5,
-                           1e6,
-                           12345678.9,
-                           1000.0,
-                           10000.0,
-                           123456.0,
-                           0.125,  // ties round to even
-                           0.375,
-                           2.5,
-                           1.005,  // shortest digits 1.005, though the double is below
-                           999.9995,
-                           9.99999,
-                           0.0005,
-                           0.0015,
-                           0.1 + 0.2,
-                           -0.0004,  // rounds to a negative zero
-                           -0.0,
-                           1e21,
-                           123456789012345678.0,
-                           1e300,
-                           std::numeric_limits<double>::max(),
-                           std::numeric_limits<double>::lowest(),
-                           1e-300,
-                           std::numeric_limits<double>::min(),
-                           std::numeric_limits<double>::denorm_min(),
-                           std::numeric_limits<double>::infinity(),
-                           -std::numeric_limits<double>::infinity(),
-                           std::numeric_limits<double>::quiet_NaN(),
-                           -std::numeric_limits<double>::quiet_NaN()};
+// 0.125, 0.375 and 2.5 round ties to even; 1.005 has the shortest digits
+// 1.005, though the double is below; 0.30000000000000004 is 0.1 + 0.2;
+// -0.0004 rounds to a negative zero.
+const double kDoubles[] = {0.0,     1.0,          -1.0,     0.5,
+                           1234.5,  -1234.5,      1e6,      12345678.9,
+                           1000.0,  10000.0,      123456.0, 0.125,
+                           0.375,   2.5,          1.005,    999.9995,
+                           9.99999, 0.0005,       0.0015,   0.30000000000000004,
+                           -0.0004, -0.0,         1e21,     123456789012345678.0,
+                           1e300,   DBL_MAX,      -DBL_MAX, 1e-300,
+                           DBL_MIN, DBL_TRUE_MIN, HUGE_VAL, -HUGE_VAL,
+                           NAN,     -NAN};
 
-const std::int64_t kIntegers[] = {0,
-                                  1,
-                                  -1,
-                                  7,
-                                  1234,
-                                  -12345,
-                                  1234567890,
-                                  std::numeric_limits<std::int64_t>::max(),
-                                  std::numeric_limits<std::int64_t>::min()};
+const std::int64_t kIntegers[] = {0, 1, -1, 7, 1234, -12345, 1234567890, INT64_MAX, INT64_MIN};
 
 TEST(NumberFormatTest, EqualsIcuForEveryLanguageStyleAndValue) {
   const std::vector<icu::Locale> locales = tableLocales();

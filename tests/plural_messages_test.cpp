@@ -12,23 +12,21 @@
 
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
-#include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/Typed.h"
 #include "msg/XercesXMLException.h"
+#include "tests/catalogue_support.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/Parser.h"
 
 namespace msg {
 namespace {
 
+// A document of namespace "app" with `messages` inside, the first on line 4.
 std::string document(const std::string& messages) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
-         "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
-         "<MessageNamespace name=\"app\">\n" +
-         messages + "</MessageNamespace>\n</MessageCollection>\n";
+  return test_support::messageDocument("<MessageNamespace name=\"app\">\n" + messages +
+                                       "</MessageNamespace>\n");
 }
 
 const char kCatalogue[] = R"(<Message id="deleted" severity="info">
@@ -157,7 +155,7 @@ TEST_F(PluralMessagesTest, RecordCallsTakeTheCountFirstWhereverItStands) {
 TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLineAndLoadNothing) {
   load(R"(<Message id="before"><Text>loaded before</Text></Message>)");
   // The loader reports a refusal through the handler before it throws.
-  new MTE(error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler, false, true);
+  test_support::addRefusalReport(handler);
   handler.setMessageChannel(nullptr, false);
   const struct {
     const char* fault;
@@ -166,7 +164,7 @@ TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLin
     int line;  // 0: the schema finds it, and names a line of its own reading
   } cases[] = {
       {"missing other", "<Message id=\"m\">\n<Text plural=\"one\">&amp;0 file</Text>\n</Message>\n",
-       "no other", 6},
+       "no other", 5},
       {"unknown category",
        "<Message id=\"m\">\n<Text plural=\"single\">&amp;0 file</Text>\n<Text>&amp;0</Text>\n"
        "</Message>\n",
@@ -174,19 +172,19 @@ TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLin
       {"same category twice",
        "<Message id=\"m\">\n<Text plural=\"one\">a &amp;0</Text>\n<Text>b &amp;0</Text>\n"
        "<Text plural=\"one\">c &amp;0</Text>\n</Message>\n",
-       "twice", 9},
+       "twice", 8},
       {"same exact value twice",
        "<Message id=\"m\">\n<Text plural=\"=2\">a</Text>\n<Text>b &amp;0</Text>\n"
        "<Text plural=\"=2\">c</Text>\n</Message>\n",
-       "twice", 9},
+       "twice", 8},
       {"count placeholder in no text",
        "<Message id=\"m\" count=\"&amp;2\">\n<Text plural=\"one\">&amp;0 &amp;1</Text>\n"
        "<Text>&amp;0 &amp;1</Text>\n</Message>\n",
-       "&2 is in no text", 6},
+       "&2 is in no text", 5},
       {"plural and ordinal mixed",
        "<Message id=\"m\">\n<Text plural=\"one\">&amp;0</Text>\n<Text ordinal=\"two\">&amp;0"
        "</Text>\n<Text>&amp;0</Text>\n</Message>\n",
-       "mixed", 8},
+       "mixed", 7},
   };
   for (const auto& c : cases) {
     const std::string messages =
