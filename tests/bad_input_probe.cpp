@@ -161,10 +161,7 @@ std::vector<Case> cases() {
                      "</MessageNamespace></MessageCollection>\n"))},
       {"latin1_declared", Outcome::loaded,
        input("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n" + std::string(kRoot) +
-             "<MessageNamespace name=\"case\">" +
-             message("fine",
-                     "Gr\xFC\xDF"
-                     "e") +
+             "<MessageNamespace name=\"case\">" + message("fine", "Gr\374\337e") +
              "</MessageNamespace></MessageCollection>\n")},
       {"broken_first_byte", Outcome::documentError, input("!" + valid.substr(1))},
       // "</MessageCollection!", without the final line feed.

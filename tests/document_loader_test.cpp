@@ -3,7 +3,6 @@
 // Nothing here stacks the process-wide handler.
 
 #include <clocale>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -77,103 +76,79 @@ TEST_F(DocumentLoaderTest, FiltersByTheListInForceAndTheLastTextWins) {
 
 // Each bad input: the report, the exception, and a table that holds what an
 // earlier load put there and nothing of the failed document.
-struct BadInput {
-  const char* file;
-  bool noCollection;  // false: the document cannot be parsed or validated
-  const char* namespaceOfTheDocument;
-};
-
-// Names the case in test output (the raw bytes would include padding).
-void PrintTo(const BadInput& input, std::ostream* out) {
-  *out << (*input.file != '\0' ? input.file : "<the folder>");
+TEST_F(DocumentLoaderTest, BadDocumentsAreReportedRejectedAndLeaveTheTableAsItWas) {
+  test_support::addRefusalReport(handler);
+  new msg::MTE(msg::error, "en", "msgx", "NoMessageCollection", "No catalogue in &0.", &handler,
+               false, true);
+  handler.loadMessageDocument(documentPath("base.xml").c_str());
+  const struct {
+    const char* file;  // "": the folder itself
+    const char* namespaceOfTheDocument;
+  } cases[] = {{"no_such_document.xml", nullptr},
+               {"", nullptr},
+               {"empty.xml", nullptr},
+               {"garbage.bin", nullptr},
+               {"not_well_formed.xml", "broken"},
+               {"schema_invalid.xml", "invalid"},
+               {"no_schema.xml", "noschema"},
+               {"missing_part.xml", "missing"},
+               {"fault_in_part.xml", "whole"},
+               {"no_collection.xml", "lonely"}};
+  for (const auto& bad : cases) {
+    const std::string path = documentPath(bad.file);
+    SCOPED_TRACE(path);
+    channel.lines.clear();
+    std::string thrown = "<nothing thrown>";
+    try {
+      handler.loadMessageDocument(path.c_str());
+    } catch (const msg::ErrorInMessageDocument& failure) {
+      thrown = failure.getText();
+    }
+    if (std::string(bad.file) == "no_collection.xml") {
+      EXPECT_EQ(thrown, "No MessageCollection element found in document");
+      EXPECT_EQ(channel.lines, std::vector<std::string>{
+                                   "msgx:NoMessageCollection: No catalogue in " + path + "."});
+    } else {
+      EXPECT_EQ(thrown, "Message document \"" + path + "\" contains syntactical error.");
+      EXPECT_EQ(channel.lines,
+                std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
+    }
+    EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
+    if (bad.namespaceOfTheDocument != nullptr) {
+      EXPECT_EQ(textOf(handler, bad.namespaceOfTheDocument, "first"), "<none>");
+    }
+  }
 }
 
-class BadDocumentTest : public DocumentLoaderTest, public ::testing::WithParamInterface<BadInput> {
- protected:
-  BadDocumentTest() {
-    test_support::addRefusalReport(handler);
-    new msg::MTE(msg::error, "en", "msgx", "NoMessageCollection", "No catalogue in &0.", &handler,
-                 false, true);
-    handler.loadMessageDocument(documentPath("base.xml").c_str());
-  }
-};
-
-TEST_P(BadDocumentTest, IsReportedRejectedAndLeavesTheTableAsItWas) {
-  const std::string path = documentPath(GetParam().file);
-  std::string thrown = "<nothing thrown>";
-  try {
-    handler.loadMessageDocument(path.c_str());
-  } catch (const msg::ErrorInMessageDocument& failure) {
-    thrown = failure.getText();
-  }
-  if (GetParam().noCollection) {
-    EXPECT_EQ(thrown, "No MessageCollection element found in document");
-    EXPECT_EQ(channel.lines,
-              std::vector<std::string>{"msgx:NoMessageCollection: No catalogue in " + path + "."});
-  } else {
-    EXPECT_EQ(thrown, "Message document \"" + path + "\" contains syntactical error.");
-    EXPECT_EQ(channel.lines,
-              std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
-  }
-  EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
-  if (GetParam().namespaceOfTheDocument != nullptr) {
-    EXPECT_EQ(textOf(handler, GetParam().namespaceOfTheDocument, "first"), "<none>");
+// A schema fault names the file where the faulty element is written, and
+// the line and column of its start there.
+TEST_F(DocumentLoaderTest, ASchemaFaultNamesTheFileAndLineOfTheFaultyElement) {
+  test_support::addRefusalReport(handler);
+  const struct {
+    const char* document;
+    const char* file;  // the document itself or the part holding the fault
+    int line;
+    int column;
+  } cases[] = {// The root start tag takes three lines; the copy has it on one.
+               {"fault_after_long_root.xml", "fault_after_long_root.xml", 5, 3},
+               // An element inside a Text is the faulty one, not the Text.
+               {"fault_in_content.xml", "fault_in_content.xml", 6, 32},
+               {"fault_in_part.xml", "fault_part.xml", 6, 5},
+               {"fault_in_nested_part.xml", "fault_inner_part.xml", 4, 28}};
+  for (const auto& fault : cases) {
+    SCOPED_TRACE(fault.document);
+    std::vector<msg::DocumentProblem> problems;
+    try {
+      handler.loadMessageDocument(documentPath(fault.document).c_str());
+    } catch (const msg::ErrorInMessageDocument& failure) {
+      problems = failure.getProblems();
+    }
+    ASSERT_FALSE(problems.empty());
+    EXPECT_EQ(problems.front().file, documentPath(fault.file));
+    EXPECT_EQ(problems.front().line, fault.line);
+    EXPECT_EQ(problems.front().column, fault.column);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(EveryKind, BadDocumentTest,
-                         ::testing::Values(BadInput{"no_such_document.xml", false, nullptr},
-                                           BadInput{"", false, nullptr},  // the folder itself
-                                           BadInput{"empty.xml", false, nullptr},
-                                           BadInput{"garbage.bin", false, nullptr},
-                                           BadInput{"not_well_formed.xml", false, "broken"},
-                                           BadInput{"schema_invalid.xml", false, "invalid"},
-                                           BadInput{"no_schema.xml", false, "noschema"},
-                                           BadInput{"missing_part.xml", false, "missing"},
-                                           BadInput{"fault_in_part.xml", false, "whole"},
-                                           BadInput{"no_collection.xml", true, "lonely"}));
-
-// A schema fault and the place the failure names: the file where the
-// faulty element is written, and the line and column of its start there.
-struct SchemaFault {
-  const char* document;
-  const char* file;  // the document itself or the part holding the fault
-  int line;
-  int column;
-};
-
-void PrintTo(const SchemaFault& fault, std::ostream* out) {
-  *out << fault.document;
-}
-
-class SchemaFaultTest : public DocumentLoaderTest,
-                        public ::testing::WithParamInterface<SchemaFault> {
- protected:
-  SchemaFaultTest() { test_support::addRefusalReport(handler); }
-};
-
-TEST_P(SchemaFaultTest, NamesTheFileAndLineOfTheFaultyElement) {
-  std::vector<msg::DocumentProblem> problems;
-  try {
-    handler.loadMessageDocument(documentPath(GetParam().document).c_str());
-  } catch (const msg::ErrorInMessageDocument& failure) {
-    problems = failure.getProblems();
-  }
-  ASSERT_FALSE(problems.empty());
-  EXPECT_EQ(problems.front().file, documentPath(GetParam().file));
-  EXPECT_EQ(problems.front().line, GetParam().line);
-  EXPECT_EQ(problems.front().column, GetParam().column);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    EveryPlace, SchemaFaultTest,
-    ::testing::Values(
-        // The root start tag takes three lines; the copy has it on one.
-        SchemaFault{"fault_after_long_root.xml", "fault_after_long_root.xml", 5, 3},
-        // An element inside a Text is the faulty one, not the Text.
-        SchemaFault{"fault_in_content.xml", "fault_in_content.xml", 6, 32},
-        SchemaFault{"fault_in_part.xml", "fault_part.xml", 6, 5},
-        SchemaFault{"fault_in_nested_part.xml", "fault_inner_part.xml", 4, 28}));
 
 TEST(DocumentLoaderReportTest, WithoutAnyTextForTheReportMessageNotFoundLeaves) {
   // A handler of its own has no parent, so no not-found text to report with.
