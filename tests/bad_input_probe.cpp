@@ -50,6 +50,11 @@ std::string message(const std::string& id, const std::string& text) {
   return "<Message id=\"" + id + "\"><Text xml:lang=\"en\">" + text + "</Text></Message>\n";
 }
 
+// The namespace "case" holding one message.
+std::string caseOf(const std::string& id, const std::string& text) {
+  return "<MessageNamespace name=\"case\">" + message(id, text) + "</MessageNamespace>\n";
+}
+
 const char* const kKeptIds[] = {"first", "second", "third"};
 
 std::string keptText(const char* id) {
@@ -137,8 +142,7 @@ std::string entityBomb(const std::string& root) {
 }
 
 std::vector<Case> cases() {
-  const std::string valid = document("<MessageNamespace name=\"case\">\n" +
-                                     message("fine", "a fine text") + "</MessageNamespace>\n");
+  const std::string valid = document(caseOf("fine", "a fine text"));
   return {
       {"missing_file", Outcome::documentError,
        [](const fs::path& dir) { return dir / "absent.xml"; }},
@@ -157,12 +161,10 @@ std::vector<Case> cases() {
       // "&#xFC;" keeps the source ASCII; the parser sees a UTF-16 file.
       {"utf16_declared", Outcome::loaded,
        input(utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + std::string(kRoot) +
-                     "<MessageNamespace name=\"case\">" + message("fine", "Gr&#xFC;&#xDF;e") +
-                     "</MessageNamespace></MessageCollection>\n"))},
+                     caseOf("fine", "Gr&#xFC;&#xDF;e") + "</MessageCollection>\n"))},
       {"latin1_declared", Outcome::loaded,
        input("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n" + std::string(kRoot) +
-             "<MessageNamespace name=\"case\">" + message("fine", "Gr\374\337e") +
-             "</MessageNamespace></MessageCollection>\n")},
+             caseOf("fine", "Gr\374\337e") + "</MessageCollection>\n")},
       {"broken_first_byte", Outcome::documentError, input("!" + valid.substr(1))},
       // "</MessageCollection!", without the final line feed.
       {"broken_last_byte", Outcome::documentError, input(valid.substr(0, valid.size() - 2) + "!")},
@@ -189,13 +191,11 @@ std::vector<Case> cases() {
       {"large_50mb_200k_messages_with_placeholders", Outcome::loaded,
        [](const fs::path& dir) { return writeLarge(dir, 200000, 220, true); }},
       {"nested_200k_elements", Outcome::documentError,
-       input(document("<MessageNamespace name=\"case\">" + message("fine", "before the depth") +
-                      "</MessageNamespace>\n" + repeated("<Deep>", 200000) +
+       input(document(caseOf("fine", "before the depth") + repeated("<Deep>", 200000) +
                       repeated("</Deep>", 200000) + "\n"))},
       {"entity_expansion_bomb", Outcome::documentError,
-       input(kUtf8Declaration + entityBomb("MessageCollection") + kRoot +
-             "<MessageNamespace name=\"case\">" + message("bomb", "&e9;") +
-             "</MessageNamespace></MessageCollection>\n")},
+       input(kUtf8Declaration + entityBomb("MessageCollection") + kRoot + caseOf("bomb", "&e9;") +
+             "</MessageCollection>\n")},
       {"external_entity_local_file", Outcome::documentError,
        [](const fs::path& dir) {
          // Every element and attribute (also those the round trip adds) is
@@ -219,25 +219,20 @@ std::vector<Case> cases() {
        }},
       {"quadratic_blowup", Outcome::documentError,
        input(kUtf8Declaration + std::string("<!DOCTYPE MessageCollection [<!ENTITY big \"") +
-             std::string(50000, 'x') + "\">]>\n" + kRoot + "<MessageNamespace name=\"case\">" +
-             message("big", repeated("&big;", 20000)) +
-             "</MessageNamespace></MessageCollection>\n")},
+             std::string(50000, 'x') + "\">]>\n" + kRoot + caseOf("big", repeated("&big;", 20000)) +
+             "</MessageCollection>\n")},
       {"include_outside_folder", Outcome::documentError,
        [](const fs::path& dir) {
          fs::create_directories(dir / "docs");
          fs::copy_file(dir / "messages.xsd", dir / "docs" / "messages.xsd");
-         writeFile(dir / "outside.xml", "<MessageNamespace name=\"case\">" +
-                                            message("leak", "outside the folder") +
-                                            "</MessageNamespace>\n");
+         writeFile(dir / "outside.xml", caseOf("leak", "outside the folder"));
          writeFile(dir / "docs" / "input.xml", document("<xi:include href=\"../outside.xml\"/>\n"));
          return dir / "docs" / "input.xml";
        }},
       {"include_part_with_doctype", Outcome::documentError,
        [](const fs::path& dir) {
          writeFile(dir / "part.xml",
-                   "<!DOCTYPE MessageNamespace [<!ENTITY x \"x\">]>\n"
-                   "<MessageNamespace name=\"case\">" +
-                       message("leak", "&x;") + "</MessageNamespace>\n");
+                   "<!DOCTYPE MessageNamespace [<!ENTITY x \"x\">]>\n" + caseOf("leak", "&x;"));
          return writeInput(dir, document("<xi:include href=\"part.xml\"/>\n"));
        }},
       {"network_references", Outcome::documentError,
@@ -258,9 +253,7 @@ std::vector<Case> cases() {
          bytes.replace(bytes.find("messages.xsd"), 12, "bomb.xsd");
          return writeInput(dir, bytes);
        }},
-      {"text_1mb", Outcome::loaded,
-       input(document("<MessageNamespace name=\"case\">" +
-                      message("long", std::string(1 << 20, 'y')) + "</MessageNamespace>\n"))},
+      {"text_1mb", Outcome::loaded, input(document(caseOf("long", std::string(1 << 20, 'y'))))},
   };
 }
 
