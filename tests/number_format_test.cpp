@@ -14,17 +14,15 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "message_core/MessageTable.h"
-#include "message_core/PluralForms.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageHandler.h"
 #include "msg/Number.h"
+#include "msg/PluralMTE.h"
 #include "msg/Typed.h"
 
 namespace msg {
@@ -151,32 +149,17 @@ TEST(NumberFormatTest, RegionsFallBackToTheirLanguageAndUnknownLanguagesToTheRoo
   EXPECT_EQ(shown("xx-YY", percent(12.5)), "12.5%");
 }
 
-// A handler with entries made in code, the way a program's built-in
-// catalogue is. The handler's table owns the entries.
-class CodeHandler : public MessageHandler {
- public:
-  void add(const char* language, const char* identifier, const char* text) {
-    last = new MTE(info, language, "app", identifier, text, this, false, true);
-  }
-  void addPlural(const char* language, const char* identifier, const char* other,
-                 std::initializer_list<std::pair<PluralCategory, const char*>> forms) {
-    add(language, identifier, other);
-    auto plural =
-        std::make_unique<PluralForms>(PluralKind::cardinal, 0, Language(language), last->getText());
-    for (const auto& form : forms) {
-      plural->setText(form.first, plural->keep(form.second));
-    }
-    messageTableOf(*this)->attachPluralForms(last, std::move(plural));
-  }
+// Entries made in code, the way a program's built-in catalogue is; the
+// handler's table owns them.
+void add(MessageHandler& handler, const char* language, const char* identifier, const char* text) {
+  new MTE(info, language, "app", identifier, text, &handler, false, true);
+}
 
- private:
-  const MTE* last = nullptr;
-};
-
-TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenText) {
-  CodeHandler handler;
-  handler.add("de-AT", "size", "Größe: &0 (&1)");
-  handler.add("en", "size", "Size: &0 (&1)");
+TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenTextAndPlainNumbersKeepTheirCForm) {
+  MessageHandler handler;
+  add(handler, "de-AT", "size", "Größe: &0 (&1)");
+  add(handler, "en", "size", "Size: &0 (&1)");
+  add(handler, "de", "n", "&0 &1 &2 &3");
   handler.setLanguageList(LanguageList::parse("fr, de-AT, en"));
   // No French text: the de-AT text is chosen, and its numbers are de-AT's,
   // not those of French, the first language asked for.
@@ -184,22 +167,19 @@ TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenText) {
             "Größe: 1\u00a0234,5 (50\u00a0%)");
   handler.setLanguageList(LanguageList::parse("en"));
   EXPECT_EQ(format(handler, "app", "size", number(1234.5), percent(50)), "Size: 1,234.5 (50%)");
-}
-
-TEST(NumberFormatTest, PlainNumbersKeepTheirCForm) {
-  CodeHandler handler;
-  handler.add("de", "n", "&0 &1 &2 &3");
   handler.setLanguageList(LanguageList::parse("de"));
   EXPECT_EQ(format(handler, "app", "n", 1234567, 1234.5, fixed(1234.5, 2), number(1234.5)),
             "1234567 1234.500000 1234.50 1.234,5");
 }
 
 TEST(NumberFormatTest, APluralCountChoosesItsFormByTheDigitsShown) {
-  CodeHandler handler;
-  handler.addPlural("fr", "files", "&0 fichiers", {{PluralCategory::one, "&0 fichier"}});
-  handler.addPlural("en", "files", "&0 files", {{PluralCategory::one, "&0 file"}});
-  handler.addPlural("ar", "files", "&0 ملف",
-                    {{PluralCategory::two, "ملفان (&0)"}, {PluralCategory::few, "&0 ملفات"}});
+  MessageHandler handler;
+  const PluralMTE french(info, "fr", "app", "files", PluralKind::cardinal, 0, "&0 fichiers",
+                         {{"one", "&0 fichier"}}, &handler);
+  const PluralMTE english(info, "en", "app", "files", PluralKind::cardinal, 0, "&0 files",
+                          {{"one", "&0 file"}}, &handler);
+  const PluralMTE arabic(info, "ar", "app", "files", PluralKind::cardinal, 0, "&0 ملف",
+                         {{"two", "ملفان (&0)"}, {"few", "&0 ملفات"}}, &handler);
   const PluralKey<1, 0> files{"app", "files"};
 
   handler.setLanguageList(LanguageList::parse("fr"));
