@@ -8,7 +8,6 @@
 #include <unicode/locid.h>
 #include <unicode/numberformatter.h>
 
-#include <cctype>
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
@@ -24,6 +23,7 @@
 #include "msg/Number.h"
 #include "msg/PluralMTE.h"
 #include "msg/Typed.h"
+#include "tests/icu_locales.h"
 
 namespace msg {
 namespace {
@@ -32,32 +32,6 @@ std::string shown(const char* tag, const NumberArgument& argument) {
   Message message("t", "t", info, Language(tag), "&0");
   EXPECT_TRUE(message.substitute(0, argument));
   return message.getMessage();
-}
-
-// The tags a msg language can hold that ICU has data for: a two-letter
-// language, optionally with a two-letter region, as the symbol table is made.
-std::vector<icu::Locale> tableLocales() {
-  std::vector<icu::Locale> locales;
-  int32_t count = 0;
-  const icu::Locale* available = icu::Locale::getAvailableLocales(count);
-  for (int32_t k = 0; k < count; ++k) {
-    const icu::Locale& locale = available[k];
-    const std::string region = locale.getCountry();
-    if (std::string(locale.getLanguage()).size() == 2 && locale.getScript()[0] == '\0' &&
-        locale.getVariant()[0] == '\0' && (region.empty() || region.size() == 2) &&
-        (region.empty() || std::isupper(static_cast<unsigned char>(region[0])))) {
-      locales.push_back(locale);
-    }
-  }
-  return locales;
-}
-
-std::string tagOf(const icu::Locale& locale) {
-  std::string tag = locale.getLanguage();
-  if (locale.getCountry()[0] != '\0') {
-    tag += std::string("-") + locale.getCountry();
-  }
-  return tag;
 }
 
 struct Style {
@@ -95,12 +69,11 @@ const double kDoubles[] = {0.0,     1.0,          -1.0,     0.5,
 const std::int64_t kIntegers[] = {0, 1, -1, 7, 1234, -12345, 1234567890, INT64_MAX, INT64_MIN};
 
 TEST(NumberFormatTest, EqualsIcuForEveryLanguageStyleAndValue) {
-  const std::vector<icu::Locale> locales = tableLocales();
+  const std::vector<test_support::TaggedLocale> locales = test_support::holdableLocales();
   ASSERT_GT(locales.size(), 150u) << "ICU lists too few locales for a proof";
   int compared = 0;
   std::vector<std::string> differences;
-  for (const icu::Locale& locale : locales) {
-    const std::string tag = tagOf(locale);
+  for (const auto& [tag, locale] : locales) {
     for (const Style& style : kStyles) {
       UErrorCode status = U_ZERO_ERROR;
       const icu::number::LocalizedNumberFormatter icu =
