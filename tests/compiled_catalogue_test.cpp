@@ -28,6 +28,7 @@
 #include "msg/MessageHandlerX.h"
 #include "msg/Typed.h"
 #include "tests/catalogue_support.h"
+#include "tests/plural_catalogue.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/XMLSystem.h"
 
@@ -467,49 +468,20 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedHeadersOfAnIndexedFileAndLeavesTheTa
   expectEveryCutRefused(scratch, good);
 }
 
-const char kPluralMessages[] =
-    "<Message id=\"deleted\" severity=\"warning\">"
-    "<Text xml:lang=\"en\" plural=\"=0\">No files deleted.</Text>"
-    "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file deleted.</Text>"
-    "<Text xml:lang=\"en\">&amp;0 files deleted.</Text>"
-    "<Text xml:lang=\"pl\" plural=\"one\">Usunięto &amp;0 plik.</Text>"
-    "<Text xml:lang=\"pl\" plural=\"few\">Usunięto &amp;0 pliki.</Text>"
-    "<Text xml:lang=\"pl\" plural=\"many\">Usunięto &amp;0 plików.</Text>"
-    "<Text xml:lang=\"pl\">Usunięto &amp;0 pliku.</Text>"
-    "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات (&amp;0)</Text>"
-    "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد (&amp;0)</Text>"
-    "<Text xml:lang=\"ar\" plural=\"two\">ملفان (&amp;0)</Text>"
-    "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>"
-    "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>"
-    "<Text xml:lang=\"ar\">&amp;0 ملف</Text>"
-    "</Message>"
-    "<Message id=\"moved\" count=\"&amp;1\">"
-    "<Text xml:lang=\"en\" plural=\"one\">&amp;0: &amp;1 file moved</Text>"
-    "<Text xml:lang=\"en\">&amp;0: &amp;1 files moved</Text>"
-    "<Text xml:lang=\"pl\">&amp;0: przeniesiono &amp;1</Text>"
-    "</Message>"
-    "<Message id=\"place\">"
-    "<Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>"
-    "<Text xml:lang=\"en\" ordinal=\"two\">&amp;0nd</Text>"
-    "<Text xml:lang=\"en\" ordinal=\"few\">&amp;0rd</Text>"
-    "<Text xml:lang=\"en\">&amp;0th</Text>"
-    "</Message>"
-    "<Message id=\"plain\"><Text xml:lang=\"en\">plain &amp;0</Text></Message>";
-
 TEST_F(CompiledCatalogueTest, PluralAndOrdinalMessagesRenderAsFromTheDocument) {
-  const std::string source = document("plural.xml", kPluralMessages);
+  const std::string source = document("plural.xml", test_support::kPluralMessages);
   msg::CompiledCatalogueWriter writer;
   msg::addMessageDocument(writer, source.c_str());
   const std::string compiled = dir + "/plural.msgc";
   writer.writeFile(compiled);
 
-  const msg::LanguageList everything = msg::LanguageList::parse("en,pl,ar");
+  const msg::LanguageList everything = msg::LanguageList::parse("en,pl,ar,ja,fr,pt,pt-PT");
   Handler fromDocument(everything);
   Handler fromCompiled(everything);
   fromDocument.loadMessageDocument(source.c_str());
   fromCompiled.loadCompiledCatalogue(compiled.c_str());
   const char* const counts[] = {"0", "1", "2", "3", "5", "11", "22", "101", "1.0", "1.5"};
-  for (const char* languages : {"en", "pl,en", "ar,en"}) {
+  for (const char* languages : {"en", "pl,en", "ar,en", "fr,en", "pt-PT,pt,en", "pt-BR,pt,en"}) {
     fromDocument.setLanguageList(msg::LanguageList::parse(languages));
     fromCompiled.setLanguageList(msg::LanguageList::parse(languages));
     for (const char* count : counts) {
@@ -528,7 +500,7 @@ TEST_F(CompiledCatalogueTest, PluralAndOrdinalMessagesRenderAsFromTheDocument) {
   fromCompiled.setLanguageList(msg::LanguageList::parse("pl"));
   EXPECT_EQ(msg::format(fromCompiled, "app", "deleted", "22"), "Usunięto 22 pliki.");
   fromCompiled.setLanguageList(msg::LanguageList::parse("en"));
-  EXPECT_EQ(msg::format(fromCompiled, "app", "place", "22"), "22nd");
+  EXPECT_EQ(msg::format(fromCompiled, "app", "place", "22"), "22nd place");
   EXPECT_EQ(msg::format(fromCompiled, "app", "deleted", "0"), "No files deleted.");
 }
 
