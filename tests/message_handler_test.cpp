@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <string>
 
