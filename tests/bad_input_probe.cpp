@@ -30,6 +30,7 @@
 
 #include "message_core/MessageTable.h"
 #include "msg/msg.h"
+#include "tests/catalogue_support.h"
 
 namespace fs = std::filesystem;
 
@@ -257,16 +258,6 @@ std::vector<Case> cases() {
   };
 }
 
-// Keeps the lines the handler writes.
-class RecordingChannel : public msg::MessageChannel {
- public:
-  void onMessage(const msg::Message& message) override {
-    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier() + ": " +
-                    (message.getMessage() != nullptr ? message.getMessage() : ""));
-  }
-  std::vector<std::string> lines;
-};
-
 struct TableAccess : msg::MessageHandler {
   static std::uint32_t entryCount(const msg::MessageHandler& handler) {
     return messageTableOf(handler)->getCount();
@@ -297,7 +288,7 @@ int run(const Case& probe) {
   writeFile(dir / "base.xml", baseDocument());
 
   msg::MessageHandlerX* handler = msg::MessageHandlerX::object();
-  RecordingChannel* channel = new RecordingChannel();
+  auto* channel = new test_support::RecordingChannel();
   handler->setMessageChannel(channel, true);
   handler->loadMessageDocument((dir / "base.xml").c_str());
   const fs::path input = probe.make(dir);
