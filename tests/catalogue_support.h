@@ -1,7 +1,7 @@
 // Test support for tests that load catalogues into a handler of their own:
-// message documents written at run time, the text a handler picks for a
-// key, the report text of a refused document, and a channel that keeps what
-// a handler writes.
+// message documents (and hostile ones) written at run time, the text a
+// handler picks for a key, the report text of a refused document, and a
+// channel that keeps what a handler writes.
 
 #ifndef MSG_TESTS_CATALOGUE_SUPPORT_H_
 #define MSG_TESTS_CATALOGUE_SUPPORT_H_
@@ -26,6 +26,21 @@ inline std::string messageDocument(const std::string& body) {
          "xsi:noNamespaceSchemaLocation=\"messages.xsd\" "
          "xmlns:xi=\"http://www.w3.org/2001/XInclude\">\n" +
          body + "</MessageCollection>\n";
+}
+
+// The DOCTYPE of the billion laughs for the root element `root`, on one
+// line: ten levels of ten references each, so that "&l9;" expands to 10^9
+// times "ha".
+inline std::string entityBomb(const std::string& root) {
+  std::string dtd = "<!DOCTYPE " + root + " [<!ENTITY l0 \"ha\">";
+  for (int level = 1; level <= 9; ++level) {
+    dtd += "<!ENTITY l" + std::to_string(level) + " \"";
+    for (int i = 0; i < 10; ++i) {
+      dtd += "&l" + std::to_string(level - 1) + ";";
+    }
+    dtd += "\">";
+  }
+  return dtd + "]>\n";
 }
 
 // The text `handler` picks for a key; "<none>" if no entry is acceptable.
