@@ -28,7 +28,6 @@
 #include <utility>
 #include <vector>
 
-#include "message_core/MessageTable.h"
 #include "msg/msg.h"
 #include "tests/catalogue_support.h"
 
@@ -247,12 +246,6 @@ std::vector<Case> cases() {
   };
 }
 
-struct TableAccess : msg::MessageHandler {
-  static std::uint32_t entryCount(const msg::MessageHandler& handler) {
-    return messageTableOf(handler)->getCount();
-  }
-};
-
 long peakResidentKb() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
@@ -281,7 +274,7 @@ int run(const Case& probe) {
   handler->setMessageChannel(channel, true);
   handler->loadMessageDocument((dir / "base.xml").c_str());
   const fs::path input = probe.make(dir);
-  const std::uint32_t entriesBefore = TableAccess::entryCount(*handler);
+  const std::uint32_t entriesBefore = test_support::entryCount(*handler);
   const long peakBefore = peakResidentKb();
 
   std::string outcome;
@@ -310,7 +303,7 @@ int run(const Case& probe) {
       "case=%s outcome=%s new_entries=%ld report=\"%s\" time_ms=%.1f peak_kb_before=%ld "
       "peak_kb_after=%ld kept_entries_found=%s\n",
       probe.name, outcome.c_str(),
-      static_cast<long>(TableAccess::entryCount(*handler)) - static_cast<long>(entriesBefore),
+      static_cast<long>(test_support::entryCount(*handler)) - static_cast<long>(entriesBefore),
       channel->lines.empty() ? "" : channel->lines.back().c_str(), milliseconds, peakBefore,
       peakResidentKb(), kept ? "yes" : "no");
   fs::remove_all(dir);

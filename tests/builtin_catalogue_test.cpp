@@ -4,11 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <string>
 #include <typeinfo>
 
-#include "message_core/MessageTable.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageExceptions.h"
@@ -50,12 +48,6 @@ const struct Row {
      "sind 1: [&3], 2: [&4], 3: [&5], usw."},
 };
 
-struct TableAccess : MessageHandler {
-  static std::uint32_t count(const MessageHandler& handler) {
-    return messageTableOf(handler)->getCount();
-  }
-};
-
 // Every test leaves the process-wide handler with its list of load time.
 class BuiltinCatalogueTest : public ::testing::Test {
  protected:
@@ -74,7 +66,7 @@ class BuiltinCatalogueTest : public ::testing::Test {
 TEST_F(BuiltinCatalogueTest, AfterLoadAPlainSingletonHoldsExactlyTheTwentyTwoRows) {
   const MessageHandler& object = *singleton;
   EXPECT_EQ(typeid(object), typeid(MessageHandler));
-  EXPECT_EQ(TableAccess::count(*singleton), 22u);
+  EXPECT_EQ(test_support::entryCount(*singleton), 22u);
   for (const Row& row : kRows) {
     SCOPED_TRACE(std::string(row.nameSpace) + ":" + row.identifier + " " + row.language);
     useList(LanguageList(Language(row.language)));
@@ -107,7 +99,7 @@ TEST_F(BuiltinCatalogueTest, ClientEntriesMeetBuiltInRows) {
   useList(LanguageList(Language("fr"), Language("de")));
   EXPECT_EQ(lookUp("msg", "yes"), "oui");
   EXPECT_EQ(lookUp("msg", "no"), "Nein!");
-  EXPECT_EQ(TableAccess::count(*singleton), 23u);
+  EXPECT_EQ(test_support::entryCount(*singleton), 23u);
 }
 
 }  // namespace

@@ -1,15 +1,17 @@
 // Test support for tests that load catalogues into a handler of their own:
 // message documents (and hostile ones) written at run time, the text a
-// handler picks for a key, the report text of a refused document, and a
-// channel that keeps what a handler writes.
+// handler picks for a key, the number of entries in its table, the report text of a refused
+// document, and a channel that keeps what a handler writes.
 
 #ifndef MSG_TESTS_CATALOGUE_SUPPORT_H_
 #define MSG_TESTS_CATALOGUE_SUPPORT_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "message_core/MessageTable.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
@@ -26,6 +28,14 @@ inline std::string messageDocument(const std::string& body) {
          "xsi:noNamespaceSchemaLocation=\"messages.xsd\" "
          "xmlns:xi=\"http://www.w3.org/2001/XInclude\">\n" +
          body + "</MessageCollection>\n";
+}
+
+// The number of entries registered in `handler`'s own table.
+inline std::uint32_t entryCount(const msg::MessageHandler& handler) {
+  struct TableAccess : msg::MessageHandler {
+    using MessageHandler::messageTableOf;
+  };
+  return TableAccess::messageTableOf(handler)->getCount();
 }
 
 // The DOCTYPE of the billion laughs for the root element `root`, on one
