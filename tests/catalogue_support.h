@@ -1,7 +1,8 @@
 // Test support for tests that load catalogues into a handler of their own:
-// message documents (and hostile ones) written at run time, the text a
-// handler picks for a key, the number of entries in its table, the report text of a refused
-// document, and a channel that keeps what a handler writes.
+// message documents (and hostile ones) written at run time; the text and
+// the record a handler picks for a key, and the number of entries in its
+// table; the report text of a refused document; and a channel that keeps
+// what a handler writes.
 
 #ifndef MSG_TESTS_CATALOGUE_SUPPORT_H_
 #define MSG_TESTS_CATALOGUE_SUPPORT_H_
