@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unicode/brkiter.h>
 #include <unicode/uchar.h>
+#include <unicode/unistr.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
@@ -47,13 +48,6 @@ std::vector<std::string> layOut(const std::string& text, int width, TextModel mo
   channel.onMessage(Message("ns", "id", error, "en", text.c_str()));
   EXPECT_TRUE(channel.sawLast) << text;
   return channel.lines;
-}
-
-std::string utf8Of(UChar32 c) {
-  char bytes[4];
-  int32_t length = 0;
-  U8_APPEND_UNSAFE(bytes, length, c);
-  return std::string(bytes, static_cast<std::size_t>(length));
 }
 
 bool validUtf8(const std::string& text) {
@@ -198,7 +192,8 @@ std::vector<GraphemeCase> readGraphemeBreakTest() {
       if (field == "÷") {
         current.boundaries.insert(current.text.size());
       } else if (field != "×") {
-        current.text += utf8Of(static_cast<UChar32>(std::stoul(field, nullptr, 16)));
+        icu::UnicodeString(static_cast<UChar32>(std::stoul(field, nullptr, 16)))
+            .toUTF8String(current.text);
       }
     }
     if (!current.text.empty()) {
