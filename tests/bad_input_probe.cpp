@@ -28,8 +28,8 @@
 #include <utility>
 #include <vector>
 
-#include "message_core/MessageTable.h"
 #include "msg/msg.h"
+#include "tests/catalogue_support.h"
 
 namespace fs = std::filesystem;
 
@@ -48,6 +48,11 @@ std::string document(const std::string& body) {
 
 std::string message(const std::string& id, const std::string& text) {
   return "<Message id=\"" + id + "\"><Text xml:lang=\"en\">" + text + "</Text></Message>\n";
+}
+
+// The namespace "case" holding one message.
+std::string caseOf(const std::string& id, const std::string& text) {
+  return "<MessageNamespace name=\"case\">" + message(id, text) + "</MessageNamespace>\n";
 }
 
 const char* const kKeptIds[] = {"first", "second", "third"};
@@ -125,20 +130,8 @@ std::string utf16le(const std::string& ascii) {
   return out;
 }
 
-// The billion laughs: a DOCTYPE of `root` in which &e9; expands to 10^9
-// times "lol".
-std::string entityBomb(const std::string& root) {
-  std::string dtd = "<!DOCTYPE " + root + " [\n<!ENTITY e0 \"lol\">\n";
-  for (int i = 1; i <= 9; ++i) {
-    dtd += "<!ENTITY e" + std::to_string(i) + " \"" +
-           repeated("&e" + std::to_string(i - 1) + ";", 10) + "\">\n";
-  }
-  return dtd + "]>\n";
-}
-
 std::vector<Case> cases() {
-  const std::string valid = document("<MessageNamespace name=\"case\">\n" +
-                                     message("fine", "a fine text") + "</MessageNamespace>\n");
+  const std::string valid = document(caseOf("fine", "a fine text"));
   return {
       {"missing_file", Outcome::documentError,
        [](const fs::path& dir) { return dir / "absent.xml"; }},
@@ -157,15 +150,10 @@ std::vector<Case> cases() {
       // "&#xFC;" keeps the source ASCII; the parser sees a UTF-16 file.
       {"utf16_declared", Outcome::loaded,
        input(utf16le("<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n" + std::string(kRoot) +
-                     "<MessageNamespace name=\"case\">" + message("fine", "Gr&#xFC;&#xDF;e") +
-                     "</MessageNamespace></MessageCollection>\n"))},
+                     caseOf("fine", "Gr&#xFC;&#xDF;e") + "</MessageCollection>\n"))},
       {"latin1_declared", Outcome::loaded,
        input("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n" + std::string(kRoot) +
-             "<MessageNamespace name=\"case\">" +
-             message("fine",
-                     "Gr\xFC\xDF"
-                     "e") +
-             "</MessageNamespace></MessageCollection>\n")},
+             caseOf("fine", "Gr\374\337e") + "</MessageCollection>\n")},
       {"broken_first_byte", Outcome::documentError, input("!" + valid.substr(1))},
       // "</MessageCollection!", without the final line feed.
       {"broken_last_byte", Outcome::documentError, input(valid.substr(0, valid.size() - 2) + "!")},
@@ -192,13 +180,11 @@ std::vector<Case> cases() {
       {"large_50mb_200k_messages_with_placeholders", Outcome::loaded,
        [](const fs::path& dir) { return writeLarge(dir, 200000, 220, true); }},
       {"nested_200k_elements", Outcome::documentError,
-       input(document("<MessageNamespace name=\"case\">" + message("fine", "before the depth") +
-                      "</MessageNamespace>\n" + repeated("<Deep>", 200000) +
+       input(document(caseOf("fine", "before the depth") + repeated("<Deep>", 200000) +
                       repeated("</Deep>", 200000) + "\n"))},
       {"entity_expansion_bomb", Outcome::documentError,
-       input(kUtf8Declaration + entityBomb("MessageCollection") + kRoot +
-             "<MessageNamespace name=\"case\">" + message("bomb", "&e9;") +
-             "</MessageNamespace></MessageCollection>\n")},
+       input(kUtf8Declaration + test_support::entityBomb("MessageCollection") + kRoot +
+             caseOf("bomb", "&l9;") + "</MessageCollection>\n")},
       {"external_entity_local_file", Outcome::documentError,
        [](const fs::path& dir) {
          // Every element and attribute (also those the round trip adds) is
@@ -222,25 +208,20 @@ std::vector<Case> cases() {
        }},
       {"quadratic_blowup", Outcome::documentError,
        input(kUtf8Declaration + std::string("<!DOCTYPE MessageCollection [<!ENTITY big \"") +
-             std::string(50000, 'x') + "\">]>\n" + kRoot + "<MessageNamespace name=\"case\">" +
-             message("big", repeated("&big;", 20000)) +
-             "</MessageNamespace></MessageCollection>\n")},
+             std::string(50000, 'x') + "\">]>\n" + kRoot + caseOf("big", repeated("&big;", 20000)) +
+             "</MessageCollection>\n")},
       {"include_outside_folder", Outcome::documentError,
        [](const fs::path& dir) {
          fs::create_directories(dir / "docs");
          fs::copy_file(dir / "messages.xsd", dir / "docs" / "messages.xsd");
-         writeFile(dir / "outside.xml", "<MessageNamespace name=\"case\">" +
-                                            message("leak", "outside the folder") +
-                                            "</MessageNamespace>\n");
+         writeFile(dir / "outside.xml", caseOf("leak", "outside the folder"));
          writeFile(dir / "docs" / "input.xml", document("<xi:include href=\"../outside.xml\"/>\n"));
          return dir / "docs" / "input.xml";
        }},
       {"include_part_with_doctype", Outcome::documentError,
        [](const fs::path& dir) {
          writeFile(dir / "part.xml",
-                   "<!DOCTYPE MessageNamespace [<!ENTITY x \"x\">]>\n"
-                   "<MessageNamespace name=\"case\">" +
-                       message("leak", "&x;") + "</MessageNamespace>\n");
+                   "<!DOCTYPE MessageNamespace [<!ENTITY x \"x\">]>\n" + caseOf("leak", "&x;"));
          return writeInput(dir, document("<xi:include href=\"part.xml\"/>\n"));
        }},
       {"network_references", Outcome::documentError,
@@ -252,36 +233,18 @@ std::vector<Case> cases() {
        }},
       {"schema_entity_bomb", Outcome::documentError,
        [valid](const fs::path& dir) {
-         writeFile(dir / "bomb.xsd", entityBomb("xs:schema") +
+         writeFile(dir / "bomb.xsd", test_support::entityBomb("xs:schema") +
                                          "<xs:schema "
                                          "xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">"
-                                         "<xs:annotation><xs:documentation>&e9;"
+                                         "<xs:annotation><xs:documentation>&l9;"
                                          "</xs:documentation></xs:annotation></xs:schema>\n");
          std::string bytes = valid;
          bytes.replace(bytes.find("messages.xsd"), 12, "bomb.xsd");
          return writeInput(dir, bytes);
        }},
-      {"text_1mb", Outcome::loaded,
-       input(document("<MessageNamespace name=\"case\">" +
-                      message("long", std::string(1 << 20, 'y')) + "</MessageNamespace>\n"))},
+      {"text_1mb", Outcome::loaded, input(document(caseOf("long", std::string(1 << 20, 'y'))))},
   };
 }
-
-// Keeps the lines the handler writes.
-class RecordingChannel : public msg::MessageChannel {
- public:
-  void onMessage(const msg::Message& message) override {
-    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier() + ": " +
-                    (message.getMessage() != nullptr ? message.getMessage() : ""));
-  }
-  std::vector<std::string> lines;
-};
-
-struct TableAccess : msg::MessageHandler {
-  static std::uint32_t entryCount(const msg::MessageHandler& handler) {
-    return messageTableOf(handler)->getCount();
-  }
-};
 
 long peakResidentKb() {
   rusage usage{};
@@ -307,11 +270,11 @@ int run(const Case& probe) {
   writeFile(dir / "base.xml", baseDocument());
 
   msg::MessageHandlerX* handler = msg::MessageHandlerX::object();
-  RecordingChannel* channel = new RecordingChannel();
+  auto* channel = new test_support::RecordingChannel();
   handler->setMessageChannel(channel, true);
   handler->loadMessageDocument((dir / "base.xml").c_str());
   const fs::path input = probe.make(dir);
-  const std::uint32_t entriesBefore = TableAccess::entryCount(*handler);
+  const std::uint32_t entriesBefore = test_support::entryCount(*handler);
   const long peakBefore = peakResidentKb();
 
   std::string outcome;
@@ -340,7 +303,7 @@ int run(const Case& probe) {
       "case=%s outcome=%s new_entries=%ld report=\"%s\" time_ms=%.1f peak_kb_before=%ld "
       "peak_kb_after=%ld kept_entries_found=%s\n",
       probe.name, outcome.c_str(),
-      static_cast<long>(TableAccess::entryCount(*handler)) - static_cast<long>(entriesBefore),
+      static_cast<long>(test_support::entryCount(*handler)) - static_cast<long>(entriesBefore),
       channel->lines.empty() ? "" : channel->lines.back().c_str(), milliseconds, peakBefore,
       peakResidentKb(), kept ? "yes" : "no");
   fs::remove_all(dir);

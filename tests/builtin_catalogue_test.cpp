@@ -4,16 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <memory>
 #include <string>
 #include <typeinfo>
 
-#include "message_core/MessageTable.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandler.h"
+#include "tests/catalogue_support.h"
 
 namespace msg {
 namespace {
@@ -50,12 +48,6 @@ const struct Row {
      "sind 1: [&3], 2: [&4], 3: [&5], usw."},
 };
 
-struct TableAccess : MessageHandler {
-  static std::uint32_t count(const MessageHandler& handler) {
-    return messageTableOf(handler)->getCount();
-  }
-};
-
 // Every test leaves the process-wide handler with its list of load time.
 class BuiltinCatalogueTest : public ::testing::Test {
  protected:
@@ -63,8 +55,7 @@ class BuiltinCatalogueTest : public ::testing::Test {
 
   void useList(const LanguageList& list) { singleton->setLanguageList(list); }
   std::string lookUp(const char* nameSpace, const char* identifier) {
-    std::unique_ptr<Message> found(singleton->getMessage(nameSpace, identifier));
-    return found == nullptr ? "<none>" : found->getText();
+    return test_support::textOf(*singleton, nameSpace, identifier);
   }
 
   MessageHandler* singleton = MessageHandler::object();
@@ -75,15 +66,12 @@ class BuiltinCatalogueTest : public ::testing::Test {
 TEST_F(BuiltinCatalogueTest, AfterLoadAPlainSingletonHoldsExactlyTheTwentyTwoRows) {
   const MessageHandler& object = *singleton;
   EXPECT_EQ(typeid(object), typeid(MessageHandler));
-  EXPECT_EQ(TableAccess::count(*singleton), 22u);
+  EXPECT_EQ(test_support::entryCount(*singleton), 22u);
   for (const Row& row : kRows) {
     SCOPED_TRACE(std::string(row.nameSpace) + ":" + row.identifier + " " + row.language);
     useList(LanguageList(Language(row.language)));
-    std::unique_ptr<Message> found(singleton->getMessage(row.nameSpace, row.identifier));
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(found->getLanguage(), Language(row.language));
-    EXPECT_EQ(found->getSeverityLevel(), row.severity);
-    EXPECT_EQ(std::string(found->getText()), row.text);
+    EXPECT_EQ(test_support::recordOf(*singleton, row.nameSpace, row.identifier),
+              std::string(row.text) + "|" + std::to_string(row.severity) + "|" + row.language);
   }
 }
 
@@ -111,7 +99,7 @@ TEST_F(BuiltinCatalogueTest, ClientEntriesMeetBuiltInRows) {
   useList(LanguageList(Language("fr"), Language("de")));
   EXPECT_EQ(lookUp("msg", "yes"), "oui");
   EXPECT_EQ(lookUp("msg", "no"), "Nein!");
-  EXPECT_EQ(TableAccess::count(*singleton), 23u);
+  EXPECT_EQ(test_support::entryCount(*singleton), 23u);
 }
 
 }  // namespace

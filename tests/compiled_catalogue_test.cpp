@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -19,15 +18,15 @@
 #include "CatalogueData.h"
 #include "compiled_catalogues/CompiledCatalogueFormat.h"
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
-#include "message_core/MessageTable.h"
 #include "message_documents/DocumentCompilation.h"
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
-#include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/Typed.h"
+#include "tests/catalogue_support.h"
+#include "tests/plural_catalogue.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/XMLSystem.h"
 
@@ -38,33 +37,25 @@ using Bytes = std::vector<unsigned char>;
 class Handler : public msg::MessageHandlerX {
  public:
   explicit Handler(msg::LanguageList languages) { setLanguageList(languages); }
-  std::uint32_t entryCount() const { return messageTableOf(*this)->getCount(); }
 };
 
-// "text|severity|language" of a key, or "<none>".
-std::string recordOf(const msg::MessageHandler& handler, const char* nameSpace, const char* id) {
-  std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
-  if (record == nullptr) {
-    return "<none>";
-  }
-  return std::string(record->getText()) + "|" + std::to_string(record->getSeverityLevel()) + "|" +
-         record->getLanguage().toString();
+using test_support::entryCount;
+using test_support::recordOf;
+
+// Writes `bytes` to the file `name` of `scratch`; returns its path.
+std::string writeBytes(const test_support::ScratchFolder& scratch, const std::string& name,
+                       const Bytes& bytes) {
+  return scratch.write(name, std::string(bytes.begin(), bytes.end()));
 }
 
 class CompiledCatalogueTest : public ::testing::Test {
  protected:
-  CompiledCatalogueTest() {
-    std::filesystem::copy_file(MSG_SOURCE_DIR "/schema/messages.xsd", scratch / "messages.xsd");
-  }
+  CompiledCatalogueTest() { test_support::copySchemaInto(scratch.path()); }
 
   // A document of namespace "app" with `body` (Message elements) inside.
   std::string document(const std::string& name, const std::string& body) {
-    std::ofstream(dir + "/" + name)
-        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-           "xsi:noNamespaceSchemaLocation=\"messages.xsd\"><MessageNamespace name=\"app\">"
-        << body << "</MessageNamespace></MessageCollection>\n";
-    return dir + "/" + name;
+    return scratch.write(name, test_support::messageDocument("<MessageNamespace name=\"app\">" +
+                                                             body + "</MessageNamespace>"));
   }
 
   // For each language list: every key gives the same record from the
@@ -79,8 +70,7 @@ class CompiledCatalogueTest : public ::testing::Test {
     const std::string compiled = dir + "/app.msgc";
     writer.writeFile(compiled);
     const Bytes unindexed = writer.bytes(false);
-    const std::string registered =
-        scratch.write("registered.msgc", std::string(unindexed.begin(), unindexed.end()));
+    const std::string registered = writeBytes(scratch, "registered.msgc", unindexed);
     const msg::Language austrianFirst[] = {msg::Language("de-AT"), msg::Language("de"),
                                            msg::Language("en")};
     const msg::LanguageList lists[] = {msg::LanguageList(msg::Language("en")),
@@ -95,8 +85,8 @@ class CompiledCatalogueTest : public ::testing::Test {
       }
       inPlace.loadCompiledCatalogue(compiled.c_str());
       fromTable.loadCompiledCatalogue(registered.c_str());
-      EXPECT_EQ(inPlace.entryCount(), 0u);  // nothing registered
-      EXPECT_EQ(fromTable.entryCount(), fromDocuments.entryCount());
+      EXPECT_EQ(entryCount(inPlace), 0u);  // nothing registered
+      EXPECT_EQ(entryCount(fromTable), entryCount(fromDocuments));
       for (const std::string& id : identifiers) {
         const std::string expected = recordOf(fromDocuments, "app", id.c_str());
         ASSERT_EQ(recordOf(inPlace, "app", id.c_str()), expected)
@@ -161,9 +151,8 @@ TEST_F(CompiledCatalogueTest, EntriesStayValidAfterReplacementAndRename) {
   writer.writeFile(path);
   handler.loadCompiledCatalogue(path.c_str());
   EXPECT_EQ(recordOf(handler, "app", "k"), "new|1|en");
-  EXPECT_STREQ(old->getText(), "old");
-  EXPECT_STREQ(old->getNamespace(), "app");
-  EXPECT_STREQ(old->getIdentifier(), "k");
+  EXPECT_EQ(std::string(old->getNamespace()) + ":" + old->getIdentifier() + " " + old->getText(),
+            "app:k old");
 }
 
 TEST_F(CompiledCatalogueTest, ALanguageTwiceInOneKeyIsReplacedAsInAnyLoad) {
@@ -191,11 +180,11 @@ TEST_F(CompiledCatalogueTest, ALanguageTwiceInOneKeyIsReplacedAsInAnyLoad) {
       }
     }
     writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
-    const std::string path = scratch.write("twice.msgc", std::string(bytes.begin(), bytes.end()));
+    const std::string path = writeBytes(scratch, "twice.msgc", bytes);
 
     Handler handler(msg::LanguageList{"en", "de-AT"});
     handler.loadCompiledCatalogue(path.c_str());
-    EXPECT_EQ(handler.entryCount(), indexed ? 0u : 2u);
+    EXPECT_EQ(entryCount(handler), indexed ? 0u : 2u);
     EXPECT_EQ(recordOf(handler, "app", "k"), patchedIsLater ? "last|1|en" : "first|0|en");
   }
 }
@@ -235,8 +224,8 @@ TEST_F(CompiledCatalogueTest, MixedWithCodeAndDocumentsGivesTheRecordsOfDocument
     msg::CompiledCatalogueWriter writer;
     msg::addMessageDocument(writer, source.c_str());
     const Bytes bytes = writer.bytes(indexed);
-    return scratch.write(source.substr(dir.size() + 1) + (indexed ? ".msgc" : ".old.msgc"),
-                         std::string(bytes.begin(), bytes.end()));
+    return writeBytes(scratch, source.substr(dir.size() + 1) + (indexed ? ".msgc" : ".old.msgc"),
+                      bytes);
   };
   const auto fromCode = [](msg::MessageHandler& handler) {
     new msg::MTE(msg::info, "en", "app", "k1", "code en", &handler, false, true);
@@ -343,7 +332,7 @@ TEST_F(CompiledCatalogueTest, ReadsInPlaceAndPassesOverDamagedTexts) {
     SCOPED_TRACE(&damaged - cases);
     Bytes bytes = good;
     damaged.damage(bytes.data());
-    const std::string path = scratch.write("damaged.msgc", std::string(bytes.begin(), bytes.end()));
+    const std::string path = writeBytes(scratch, "damaged.msgc", bytes);
     Handler handler(msg::LanguageList::parse("de,en"));
     handler.loadCompiledCatalogue(path.c_str());
     for (const auto& [id, record] : intact) {
@@ -355,26 +344,14 @@ TEST_F(CompiledCatalogueTest, ReadsInPlaceAndPassesOverDamagedTexts) {
   }
 }
 
-// Keeps each message written through it as "namespace:identifier".
-class RecordingChannel : public msg::MessageChannel {
- public:
-  std::vector<std::string> lines;
-
- protected:
-  void onMessage(const msg::Message& message) override {
-    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier());
-  }
-};
-
 // A valid file with one key, made damaged by `damage`, is refused with the
 // report, the exception and its problem, and the table as it was.
 void expectRefused(const std::string& path, const std::string& why) {
   Handler handler(msg::LanguageList(msg::Language("en")));
-  RecordingChannel channel;
+  test_support::RecordingChannel channel;
   handler.setMessageChannel(&channel, false);
   new msg::MTE(msg::info, "en", "base", "kept", "loaded before", &handler, false, true);
-  new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler, false,
-               true);
+  test_support::addRefusalReport(handler);
   try {
     handler.loadCompiledCatalogue(path.c_str());
     ADD_FAILURE() << "accepted: " << why;
@@ -384,8 +361,9 @@ void expectRefused(const std::string& path, const std::string& why) {
     EXPECT_NE(failure.getProblems()[0].message.find(why), std::string::npos)
         << failure.getProblems()[0].message;
   }
-  EXPECT_EQ(channel.lines, std::vector<std::string>{"msgx:MessageDocumentError"});
-  EXPECT_EQ(handler.entryCount(), 2u);
+  EXPECT_EQ(channel.lines,
+            std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
+  EXPECT_EQ(entryCount(handler), 2u);
   EXPECT_EQ(recordOf(handler, "base", "kept"), "loaded before|0|en");
 }
 
@@ -408,7 +386,7 @@ void expectDamageRefused(const test_support::ScratchFolder& scratch, const Bytes
       msg::compiled::writeU64(bytes.data() + msg::compiled::kChecksumOffset,
                               msg::compiled::checksumOf(bytes.data(), bytes.size()));
     }
-    expectRefused(scratch.write("bad.msgc", std::string(bytes.begin(), bytes.end())), damage.why);
+    expectRefused(writeBytes(scratch, "bad.msgc", bytes), damage.why);
   }
 }
 
@@ -483,55 +461,25 @@ TEST_F(CompiledCatalogueTest, RefusesDamagedHeadersOfAnIndexedFileAndLeavesTheTa
   const std::string asText(good.begin(), good.end());
   changed[asText.find(std::string("text\0", 5), readU32(good.data() + kStringBlockOffset))] = 'T';
   Handler handler(msg::LanguageList(msg::Language("en")));
-  handler.loadCompiledCatalogue(
-      scratch.write("changed.msgc", std::string(changed.begin(), changed.end())).c_str());
+  handler.loadCompiledCatalogue(writeBytes(scratch, "changed.msgc", changed).c_str());
   EXPECT_EQ(recordOf(handler, "app", "k"), "Text|0|en");
   expectEveryCutRefused(scratch, good);
 }
 
-const char kPluralMessages[] =
-    "<Message id=\"deleted\" severity=\"warning\">"
-    "<Text xml:lang=\"en\" plural=\"=0\">No files deleted.</Text>"
-    "<Text xml:lang=\"en\" plural=\"one\">&amp;0 file deleted.</Text>"
-    "<Text xml:lang=\"en\">&amp;0 files deleted.</Text>"
-    "<Text xml:lang=\"pl\" plural=\"one\">Usunięto &amp;0 plik.</Text>"
-    "<Text xml:lang=\"pl\" plural=\"few\">Usunięto &amp;0 pliki.</Text>"
-    "<Text xml:lang=\"pl\" plural=\"many\">Usunięto &amp;0 plików.</Text>"
-    "<Text xml:lang=\"pl\">Usunięto &amp;0 pliku.</Text>"
-    "<Text xml:lang=\"ar\" plural=\"zero\">لا ملفات (&amp;0)</Text>"
-    "<Text xml:lang=\"ar\" plural=\"one\">ملف واحد (&amp;0)</Text>"
-    "<Text xml:lang=\"ar\" plural=\"two\">ملفان (&amp;0)</Text>"
-    "<Text xml:lang=\"ar\" plural=\"few\">&amp;0 ملفات</Text>"
-    "<Text xml:lang=\"ar\" plural=\"many\">&amp;0 ملفًا</Text>"
-    "<Text xml:lang=\"ar\">&amp;0 ملف</Text>"
-    "</Message>"
-    "<Message id=\"moved\" count=\"&amp;1\">"
-    "<Text xml:lang=\"en\" plural=\"one\">&amp;0: &amp;1 file moved</Text>"
-    "<Text xml:lang=\"en\">&amp;0: &amp;1 files moved</Text>"
-    "<Text xml:lang=\"pl\">&amp;0: przeniesiono &amp;1</Text>"
-    "</Message>"
-    "<Message id=\"place\">"
-    "<Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>"
-    "<Text xml:lang=\"en\" ordinal=\"two\">&amp;0nd</Text>"
-    "<Text xml:lang=\"en\" ordinal=\"few\">&amp;0rd</Text>"
-    "<Text xml:lang=\"en\">&amp;0th</Text>"
-    "</Message>"
-    "<Message id=\"plain\"><Text xml:lang=\"en\">plain &amp;0</Text></Message>";
-
 TEST_F(CompiledCatalogueTest, PluralAndOrdinalMessagesRenderAsFromTheDocument) {
-  const std::string source = document("plural.xml", kPluralMessages);
+  const std::string source = document("plural.xml", test_support::kPluralMessages);
   msg::CompiledCatalogueWriter writer;
   msg::addMessageDocument(writer, source.c_str());
   const std::string compiled = dir + "/plural.msgc";
   writer.writeFile(compiled);
 
-  const msg::LanguageList everything = msg::LanguageList::parse("en,pl,ar");
+  const msg::LanguageList everything = msg::LanguageList::parse("en,pl,ar,ja,fr,pt,pt-PT");
   Handler fromDocument(everything);
   Handler fromCompiled(everything);
   fromDocument.loadMessageDocument(source.c_str());
   fromCompiled.loadCompiledCatalogue(compiled.c_str());
   const char* const counts[] = {"0", "1", "2", "3", "5", "11", "22", "101", "1.0", "1.5"};
-  for (const char* languages : {"en", "pl,en", "ar,en"}) {
+  for (const char* languages : {"en", "pl,en", "ar,en", "fr,en", "pt-PT,pt,en", "pt-BR,pt,en"}) {
     fromDocument.setLanguageList(msg::LanguageList::parse(languages));
     fromCompiled.setLanguageList(msg::LanguageList::parse(languages));
     for (const char* count : counts) {
@@ -550,7 +498,7 @@ TEST_F(CompiledCatalogueTest, PluralAndOrdinalMessagesRenderAsFromTheDocument) {
   fromCompiled.setLanguageList(msg::LanguageList::parse("pl"));
   EXPECT_EQ(msg::format(fromCompiled, "app", "deleted", "22"), "Usunięto 22 pliki.");
   fromCompiled.setLanguageList(msg::LanguageList::parse("en"));
-  EXPECT_EQ(msg::format(fromCompiled, "app", "place", "22"), "22nd");
+  EXPECT_EQ(msg::format(fromCompiled, "app", "place", "22"), "22nd place");
   EXPECT_EQ(msg::format(fromCompiled, "app", "deleted", "0"), "No files deleted.");
 }
 
@@ -578,7 +526,7 @@ TEST_F(CompiledCatalogueTest, ReadsAndStillWritesTheFirstFormat) {
   const std::string old = MSG_TEST_DATA_DIR "/compiled/format-1.0.msgc";
   Handler handler(msg::LanguageList::parse("de-AT,de,en"));
   handler.loadCompiledCatalogue(old.c_str());
-  EXPECT_EQ(handler.entryCount(), 5u);
+  EXPECT_EQ(entryCount(handler), 5u);
   EXPECT_EQ(recordOf(handler, "app", "greeting"), "Servus, &0!|0|de-AT");
   EXPECT_EQ(recordOf(handler, "app", "deleted"), "&0 files deleted.|1|en");
   EXPECT_EQ(msg::format(handler, "other", "failed", "a.txt", "gone"), "Cannot open a.txt: gone");
@@ -673,7 +621,7 @@ TEST_F(CompiledCatalogueTest, RefusesADamagedVariantBlockWithoutIndexAndLeavesTh
     Bytes bytes(good.begin(), good.end() - static_cast<long>(cut));
     writeU64(bytes.data() + kFileSizeOffset, bytes.size());
     writeU64(bytes.data() + kChecksumOffset, checksumOf(bytes.data(), bytes.size()));
-    expectRefused(scratch.write("cut.msgc", std::string(bytes.begin(), bytes.end())), "variant");
+    expectRefused(writeBytes(scratch, "cut.msgc", bytes), "variant");
   }
 }
 

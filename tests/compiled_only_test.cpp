@@ -5,31 +5,20 @@
 // files are the same code as in compiled_catalogue_test. The writer's own
 // checks live here too.
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
-#include "message_core/MessageTable.h"
 #include "msg/Message.h"
 #include "msg/MessageHandler.h"
+#include "tests/catalogue_support.h"
 #include "tests/scratch_folder.h"
 
 namespace {
 
-class PlainHandler : public msg::MessageHandler {
- public:
-  std::uint32_t entryCount() const { return messageTableOf(*this)->getCount(); }
-};
-
-std::string textOf(const msg::MessageHandler& handler, const char* nameSpace, const char* id) {
-  std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
-  return record == nullptr
-             ? "<none>"
-             : std::string(record->getText()) + "|" + record->getLanguage().toString();
-}
+using test_support::recordOf;
 
 // The same texts give the same bytes in any order of addition; the file
 // loads into a plain handler, and neither Xerces-C nor the network and TLS
@@ -52,12 +41,12 @@ TEST(CompiledOnlyTest, WritesTheSameBytesInAnyOrderAndLoadsWithoutXercesC) {
   const std::string path = (scratch / "app.msgc").string();
   writer.writeFile(path);
 
-  PlainHandler handler;
+  msg::MessageHandler handler;
   handler.setLanguageList(msg::LanguageList(msg::Language("de"), msg::Language("en")));
   handler.loadCompiledCatalogue(path.c_str());
-  EXPECT_EQ(handler.entryCount(), 0u);  // read in place: nothing registered
-  EXPECT_EQ(textOf(handler, "app", "start"), "&0 startet.|de");
-  EXPECT_EQ(textOf(handler, "app", "stop"), "Stopped.|en");
+  EXPECT_EQ(test_support::entryCount(handler), 0u);  // read in place: nothing registered
+  EXPECT_EQ(recordOf(handler, "app", "start"), "&0 startet.|1|de");
+  EXPECT_EQ(recordOf(handler, "app", "stop"), "Stopped.|2|en");
 
   const std::string maps = test_support::readFile("/proc/self/maps");
   ASSERT_NE(maps.find("libstdc++"), std::string::npos) << "cannot read the process's mappings";

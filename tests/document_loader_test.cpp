@@ -3,8 +3,6 @@
 // Nothing here stacks the process-wide handler.
 
 #include <clocale>
-#include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -13,74 +11,46 @@
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
-#include "msg/MessageChannel.h"
 #include "msg/MessageExceptions.h"
 #include "msg/MessageHandlerX.h"
+#include "tests/catalogue_support.h"
 #include "xml_access/XMLSystem.h"
 
 namespace {
 
+using test_support::recordOf;
+using test_support::textOf;
+
 std::string documentPath(const std::string& name) {
   return std::string(MSG_TEST_DATA_DIR) + "/documents/" + name;
 }
-
-// The text `handler` picks for a key; "<none>" if no entry is acceptable.
-std::string textOf(const msg::MessageHandler& handler, const char* nameSpace, const char* id) {
-  std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
-  if (record == nullptr) {
-    return "<none>";
-  }
-  return record->getText() != nullptr ? record->getText() : "";
-}
-
-// Keeps each message written through it as "namespace:identifier: text".
-class RecordingChannel : public msg::MessageChannel {
- public:
-  std::vector<std::string> lines;
-
- protected:
-  void onMessage(const msg::Message& message) override {
-    lines.push_back(std::string(message.getNamespace()) + ":" + message.getIdentifier() + ": " +
-                    message.getMessage());
-  }
-};
 
 class DocumentLoaderTest : public ::testing::Test {
  protected:
   DocumentLoaderTest() { handler.setMessageChannel(&channel, false); }
 
   msg::MessageHandlerX handler;
-  RecordingChannel channel;
+  test_support::RecordingChannel channel;
 };
 
 TEST_F(DocumentLoaderTest, AppliesTheDefaultsAndPassesOverUnknownElements) {
   handler.loadMessageDocument(documentPath("rules.xml").c_str());
   EXPECT_TRUE(channel.lines.empty());
 
-  struct Expected {
-    const char* nameSpace;
-    const char* identifier;
-    const char* text;
-    msg::SeverityLevel severity;
-    const char* language;
-  } const expected[] = {
-      {"rules", "languages", "english", msg::info, "en"},
-      {"rules", "nolang", "without xml:lang", msg::warning, "en"},
-      {"rules", "british", "colour", msg::abort, "en-GB"},
-      {"rules", "empty", "", msg::info, "en"},
-      {"rules", "no-id", "second without id", msg::info, "en"},
-      {"rules", "capital", "capital", msg::error, "en"},
-      {"rules", "placeholders", "Copied &0 of &1 files.", msg::error, "en"},
-      {"no-ns", "anonymous", "no namespace name", msg::info, "en"},
-      {"included", "part", "from the included part", msg::warning, "en"},
+  // "text|severity|language", severities by number (info 0 to abort 3).
+  const char* const expected[][3] = {
+      {"rules", "languages", "english|0|en"},
+      {"rules", "nolang", "without xml:lang|1|en"},
+      {"rules", "british", "colour|3|en-GB"},
+      {"rules", "empty", "|0|en"},
+      {"rules", "no-id", "second without id|0|en"},
+      {"rules", "capital", "capital|2|en"},
+      {"rules", "placeholders", "Copied &0 of &1 files.|2|en"},
+      {"no-ns", "anonymous", "no namespace name|0|en"},
+      {"included", "part", "from the included part|1|en"},
   };
-  for (const Expected& entry : expected) {
-    SCOPED_TRACE(std::string(entry.nameSpace) + ":" + entry.identifier);
-    std::unique_ptr<msg::Message> record(handler.getMessage(entry.nameSpace, entry.identifier));
-    ASSERT_NE(record, nullptr);
-    EXPECT_STREQ(record->getText() != nullptr ? record->getText() : "", entry.text);
-    EXPECT_EQ(record->getSeverityLevel(), entry.severity);
-    EXPECT_EQ(record->getLanguage(), msg::Language(entry.language));
+  for (const auto& entry : expected) {
+    EXPECT_EQ(recordOf(handler, entry[0], entry[1]), entry[2]) << entry[0] << ":" << entry[1];
   }
   EXPECT_EQ(textOf(handler, "rules", "hidden"), "<none>");
   EXPECT_EQ(textOf(handler, "no-ns", "misplaced"), "<none>");
@@ -106,107 +76,79 @@ TEST_F(DocumentLoaderTest, FiltersByTheListInForceAndTheLastTextWins) {
 
 // Each bad input: the report, the exception, and a table that holds what an
 // earlier load put there and nothing of the failed document.
-struct BadInput {
-  const char* file;
-  bool noCollection;  // false: the document cannot be parsed or validated
-  const char* namespaceOfTheDocument;
-};
-
-// Names the case in test output (the raw bytes would include padding).
-void PrintTo(const BadInput& input, std::ostream* out) {
-  *out << (*input.file != '\0' ? input.file : "<the folder>");
+TEST_F(DocumentLoaderTest, BadDocumentsAreReportedRejectedAndLeaveTheTableAsItWas) {
+  test_support::addRefusalReport(handler);
+  new msg::MTE(msg::error, "en", "msgx", "NoMessageCollection", "No catalogue in &0.", &handler,
+               false, true);
+  handler.loadMessageDocument(documentPath("base.xml").c_str());
+  const struct {
+    const char* file;  // "": the folder itself
+    const char* namespaceOfTheDocument;
+  } cases[] = {{"no_such_document.xml", nullptr},
+               {"", nullptr},
+               {"empty.xml", nullptr},
+               {"garbage.bin", nullptr},
+               {"not_well_formed.xml", "broken"},
+               {"schema_invalid.xml", "invalid"},
+               {"no_schema.xml", "noschema"},
+               {"missing_part.xml", "missing"},
+               {"fault_in_part.xml", "whole"},
+               {"no_collection.xml", "lonely"}};
+  for (const auto& bad : cases) {
+    const std::string path = documentPath(bad.file);
+    SCOPED_TRACE(path);
+    channel.lines.clear();
+    std::string thrown = "<nothing thrown>";
+    try {
+      handler.loadMessageDocument(path.c_str());
+    } catch (const msg::ErrorInMessageDocument& failure) {
+      thrown = failure.getText();
+    }
+    if (std::string(bad.file) == "no_collection.xml") {
+      EXPECT_EQ(thrown, "No MessageCollection element found in document");
+      EXPECT_EQ(channel.lines, std::vector<std::string>{
+                                   "msgx:NoMessageCollection: No catalogue in " + path + "."});
+    } else {
+      EXPECT_EQ(thrown, "Message document \"" + path + "\" contains syntactical error.");
+      EXPECT_EQ(channel.lines,
+                std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
+    }
+    EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
+    if (bad.namespaceOfTheDocument != nullptr) {
+      EXPECT_EQ(textOf(handler, bad.namespaceOfTheDocument, "first"), "<none>");
+    }
+  }
 }
 
-class BadDocumentTest : public DocumentLoaderTest, public ::testing::WithParamInterface<BadInput> {
- protected:
-  BadDocumentTest() {
-    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
-                 false, true);
-    new msg::MTE(msg::error, "en", "msgx", "NoMessageCollection", "No catalogue in &0.", &handler,
-                 false, true);
-    handler.loadMessageDocument(documentPath("base.xml").c_str());
-  }
-};
-
-TEST_P(BadDocumentTest, IsReportedRejectedAndLeavesTheTableAsItWas) {
-  const std::string path = documentPath(GetParam().file);
-  std::string thrown = "<nothing thrown>";
-  try {
-    handler.loadMessageDocument(path.c_str());
-  } catch (const msg::ErrorInMessageDocument& failure) {
-    thrown = failure.getText();
-  }
-  if (GetParam().noCollection) {
-    EXPECT_EQ(thrown, "No MessageCollection element found in document");
-    EXPECT_EQ(channel.lines,
-              std::vector<std::string>{"msgx:NoMessageCollection: No catalogue in " + path + "."});
-  } else {
-    EXPECT_EQ(thrown, "Message document \"" + path + "\" contains syntactical error.");
-    EXPECT_EQ(channel.lines,
-              std::vector<std::string>{"msgx:MessageDocumentError: Cannot load " + path + "."});
-  }
-  EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
-  if (GetParam().namespaceOfTheDocument != nullptr) {
-    EXPECT_EQ(textOf(handler, GetParam().namespaceOfTheDocument, "first"), "<none>");
+// A schema fault names the file where the faulty element is written, and
+// the line and column of its start there.
+TEST_F(DocumentLoaderTest, ASchemaFaultNamesTheFileAndLineOfTheFaultyElement) {
+  test_support::addRefusalReport(handler);
+  const struct {
+    const char* document;
+    const char* file;  // the document itself or the part holding the fault
+    int line;
+    int column;
+  } cases[] = {// The root start tag takes three lines; the copy has it on one.
+               {"fault_after_long_root.xml", "fault_after_long_root.xml", 5, 3},
+               // An element inside a Text is the faulty one, not the Text.
+               {"fault_in_content.xml", "fault_in_content.xml", 6, 32},
+               {"fault_in_part.xml", "fault_part.xml", 6, 5},
+               {"fault_in_nested_part.xml", "fault_inner_part.xml", 4, 28}};
+  for (const auto& fault : cases) {
+    SCOPED_TRACE(fault.document);
+    std::vector<msg::DocumentProblem> problems;
+    try {
+      handler.loadMessageDocument(documentPath(fault.document).c_str());
+    } catch (const msg::ErrorInMessageDocument& failure) {
+      problems = failure.getProblems();
+    }
+    ASSERT_FALSE(problems.empty());
+    EXPECT_EQ(problems.front().file, documentPath(fault.file));
+    EXPECT_EQ(problems.front().line, fault.line);
+    EXPECT_EQ(problems.front().column, fault.column);
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(EveryKind, BadDocumentTest,
-                         ::testing::Values(BadInput{"no_such_document.xml", false, nullptr},
-                                           BadInput{"", false, nullptr},  // the folder itself
-                                           BadInput{"empty.xml", false, nullptr},
-                                           BadInput{"garbage.bin", false, nullptr},
-                                           BadInput{"not_well_formed.xml", false, "broken"},
-                                           BadInput{"schema_invalid.xml", false, "invalid"},
-                                           BadInput{"no_schema.xml", false, "noschema"},
-                                           BadInput{"missing_part.xml", false, "missing"},
-                                           BadInput{"fault_in_part.xml", false, "whole"},
-                                           BadInput{"no_collection.xml", true, "lonely"}));
-
-// A schema fault and the place the failure names: the file where the
-// faulty element is written, and the line and column of its start there.
-struct SchemaFault {
-  const char* document;
-  const char* file;  // the document itself or the part holding the fault
-  int line;
-  int column;
-};
-
-void PrintTo(const SchemaFault& fault, std::ostream* out) {
-  *out << fault.document;
-}
-
-class SchemaFaultTest : public DocumentLoaderTest,
-                        public ::testing::WithParamInterface<SchemaFault> {
- protected:
-  SchemaFaultTest() {
-    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
-                 false, true);
-  }
-};
-
-TEST_P(SchemaFaultTest, NamesTheFileAndLineOfTheFaultyElement) {
-  std::vector<msg::DocumentProblem> problems;
-  try {
-    handler.loadMessageDocument(documentPath(GetParam().document).c_str());
-  } catch (const msg::ErrorInMessageDocument& failure) {
-    problems = failure.getProblems();
-  }
-  ASSERT_FALSE(problems.empty());
-  EXPECT_EQ(problems.front().file, documentPath(GetParam().file));
-  EXPECT_EQ(problems.front().line, GetParam().line);
-  EXPECT_EQ(problems.front().column, GetParam().column);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    EveryPlace, SchemaFaultTest,
-    ::testing::Values(
-        // The root start tag takes three lines; the copy has it on one.
-        SchemaFault{"fault_after_long_root.xml", "fault_after_long_root.xml", 5, 3},
-        // An element inside a Text is the faulty one, not the Text.
-        SchemaFault{"fault_in_content.xml", "fault_in_content.xml", 6, 32},
-        SchemaFault{"fault_in_part.xml", "fault_part.xml", 6, 5},
-        SchemaFault{"fault_in_nested_part.xml", "fault_inner_part.xml", 4, 28}));
 
 TEST(DocumentLoaderReportTest, WithoutAnyTextForTheReportMessageNotFoundLeaves) {
   // A handler of its own has no parent, so no not-found text to report with.

@@ -14,19 +14,17 @@
 
 #include <atomic>
 #include <filesystem>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "message_documents/MessageDocumentReader.h"
 #include "msg/ErrorInMessageDocument.h"
-#include "msg/MTE.h"
-#include "msg/Message.h"
-#include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
 #include "platform/InputLimits.h"
+#include "tests/catalogue_support.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/XercesXML.h"
 
@@ -35,15 +33,9 @@ namespace {
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 
-const char kSchemaAttributes[] =
-    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xsi:noNamespaceSchemaLocation=\"messages.xsd\"";
-
-// A message document whose MessageCollection holds `body`.
-std::string messageDocument(const std::string& body) {
-  return std::string("<?xml version=\"1.0\"?>\n<MessageCollection ") + kSchemaAttributes +
-         " xmlns:xi=\"http://www.w3.org/2001/XInclude\">\n" + body + "</MessageCollection>\n";
-}
+using test_support::entityBomb;
+using test_support::messageDocument;
+using test_support::textOf;
 
 // A TCP listener on 127.0.0.1 that accepts and counts connections until it
 // ends. Whatever a document names on it must never be fetched.
@@ -90,19 +82,6 @@ class CountingListener {
   std::thread acceptor;
 };
 
-// The billion laughs: ten levels of ten references each.
-std::string entityBomb(const std::string& root, const std::string& use) {
-  std::string dtd = "<!DOCTYPE " + root + " [<!ENTITY l0 \"ha\">";
-  for (int level = 1; level <= 9; ++level) {
-    dtd += "<!ENTITY l" + std::to_string(level) + " \"";
-    for (int i = 0; i < 10; ++i) {
-      dtd += "&l" + std::to_string(level - 1) + ";";
-    }
-    dtd += "\">";
-  }
-  return dtd + "]>\n" + use + "\n";
-}
-
 // One entity of 50,000 characters referenced 20,000 times in content and
 // as often in an attribute: 10^9 characters from 150 kB.
 std::string quadraticBlowup(bool inAttribute) {
@@ -114,22 +93,13 @@ std::string quadraticBlowup(bool inAttribute) {
          (inAttribute ? "<r a=\"" + references + "\"/>" : "<r>" + references + "</r>") + "\n";
 }
 
-class Counting : public msg::MessageChannel {
- public:
-  int written = 0;
-
- protected:
-  void onMessage(const msg::Message&) override { ++written; }
-};
-
 class DocumentSafetyTest : public ::testing::Test {
  protected:
   DocumentSafetyTest() {
     std::filesystem::create_directories(folder / "docs");
     test_support::copySchemaInto(folder / "docs");
     handler.setMessageChannel(&channel, false);
-    new msg::MTE(msg::error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler,
-                 false, true);
+    test_support::addRefusalReport(handler);
     write("docs/base.xml", messageDocument("<MessageNamespace name=\"base\"><Message id=\"kept\">"
                                            "<Text>loaded before</Text></Message>"
                                            "</MessageNamespace>\n"));
@@ -153,7 +123,7 @@ class DocumentSafetyTest : public ::testing::Test {
   // Loads `name` and expects a refusal that leaves the table as it was;
   // gives the problems the exception carried.
   std::vector<msg::DocumentProblem> refusalOf(const std::string& name) {
-    const int writtenBefore = channel.written;
+    const std::size_t writtenBefore = channel.lines.size();
     std::vector<msg::DocumentProblem> problems;
     try {
       handler.loadMessageDocument(path(name).c_str());
@@ -163,15 +133,10 @@ class DocumentSafetyTest : public ::testing::Test {
                 "Message document \"" + path(name) + "\" contains syntactical error.");
       problems = failure.getProblems();
     }
-    EXPECT_EQ(channel.written, writtenBefore + 1);
-    EXPECT_EQ(text("base", "kept"), "loaded before");
+    EXPECT_EQ(channel.lines.size(), writtenBefore + 1);
+    EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
     EXPECT_FALSE(problems.empty());
     return problems;
-  }
-
-  std::string text(const char* nameSpace, const char* id) const {
-    std::unique_ptr<msg::Message> record(handler.getMessage(nameSpace, id));
-    return record != nullptr && record->getText() != nullptr ? record->getText() : "<none>";
   }
 
   // All problem messages joined, for matching.
@@ -186,7 +151,7 @@ class DocumentSafetyTest : public ::testing::Test {
   test_support::ScratchFolder scratch;
   const std::filesystem::path& folder = scratch.path();
   msg::MessageHandlerX handler;
-  Counting channel;
+  test_support::RecordingChannel channel;
 };
 
 TEST_F(DocumentSafetyTest, TheLoadersParseKeepsWhereEachElementStarts) {
@@ -268,9 +233,9 @@ TEST_F(DocumentSafetyTest, NothingIsFetchedOverTheNetwork) {
 }
 
 TEST_F(DocumentSafetyTest, ADoctypeIsRefusedInTheDocumentAndInEveryPart) {
-  write("docs/bomb.xml", entityBomb("MessageCollection",
-                                    "<MessageCollection><MessageNamespace name=\"&l9;\"/>"
-                                    "</MessageCollection>"));
+  write("docs/bomb.xml", entityBomb("MessageCollection") +
+                             "<MessageCollection><MessageNamespace name=\"&l9;\"/>"
+                             "</MessageCollection>\n");
   const std::vector<msg::DocumentProblem> problems = refusalOf("docs/bomb.xml");
   EXPECT_THAT(problems.back().message, HasSubstr("document type declaration (DOCTYPE)"));
   EXPECT_EQ(problems.back().line, 1);
@@ -280,7 +245,7 @@ TEST_F(DocumentSafetyTest, ADoctypeIsRefusedInTheDocumentAndInEveryPart) {
   const std::vector<msg::DocumentProblem> inPart = refusalOf("docs/with_part.xml");
   EXPECT_THAT(inPart.back().file, HasSubstr("part.xml"));
   EXPECT_THAT(joined(inPart), HasSubstr("DOCTYPE"));
-  EXPECT_EQ(text("part", "x"), "<none>");
+  EXPECT_EQ(textOf(handler, "part", "x"), "<none>");
 }
 
 TEST_F(DocumentSafetyTest, IncludesStayInTheFolderOfTheDocument) {
@@ -299,7 +264,7 @@ TEST_F(DocumentSafetyTest, IncludesStayInTheFolderOfTheDocument) {
     write("docs/escape.xml", messageDocument("<xi:include href=\"" + href + "\"/>\n"));
     const std::string problems = joined(refusalOf("docs/escape.xml"));
     EXPECT_THAT(problems, HasSubstr("\"" + href + "\" lies outside the folder of the document"));
-    EXPECT_EQ(text("outside", "m"), "<none>");
+    EXPECT_EQ(textOf(handler, "outside", "m"), "<none>");
   }
   // Below the folder is fine, and so is a part that includes its neighbour
   // through a path that leaves and re-enters its folder.
@@ -310,14 +275,15 @@ TEST_F(DocumentSafetyTest, IncludesStayInTheFolderOfTheDocument) {
   write("docs/inside.xml", messageDocument("<xi:include href=\"sub/../sub/outer.xml\"/>"
                                            "<xi:include href=\"sub/inner.xml\"/>\n"));
   handler.loadMessageDocument(path("docs/inside.xml").c_str());
-  EXPECT_EQ(text("outer", "m"), "leaf");
-  EXPECT_EQ(text("inner", "m"), "inner");
+  EXPECT_EQ(textOf(handler, "outer", "m"), "leaf");
+  EXPECT_EQ(textOf(handler, "inner", "m"), "inner");
 }
 
-TEST_F(DocumentSafetyTest, DepthIsRefusedWhileParsing) {
-  // The collection is level 1: 999 levels below it are the deepest allowed.
-  // The schema would refuse <Deep>, so the bound shows in a parse without
-  // validation; a load is refused before the schema is asked.
+// The collection is level 1: 999 levels below it are the deepest allowed.
+// The schema would refuse <Deep> and the extra attributes, so the bounds
+// show in a parse without validation; a load is refused before the schema
+// is asked, naming the line of the element that crosses the bound.
+TEST_F(DocumentSafetyTest, DepthAndAttributeCountAreBoundedWhileParsing) {
   const auto nested = [](int levels) {
     std::string deep;
     for (int i = 0; i < levels; ++i) {
@@ -327,23 +293,20 @@ TEST_F(DocumentSafetyTest, DepthIsRefusedWhileParsing) {
   };
   EXPECT_EQ(parseError(nested(999)), "");
   EXPECT_THAT(parseError(nested(1000)), HasSubstr("deeper than the limit of 1000 levels"));
-  write("docs/deep.xml", nested(1000));
-  const std::vector<msg::DocumentProblem> problems = refusalOf("docs/deep.xml");
-  EXPECT_THAT(problems.back().message, HasSubstr("deeper than the limit of 1000 levels"));
-  EXPECT_EQ(problems.back().line, 3);
-}
-
-// The limit holds for message documents too, before the schema is asked.
-TEST_F(DocumentSafetyTest, AnElementWithTooManyAttributesIsRefusedWhileParsing) {
   std::string crowded = "<MessageNamespace name=\"n\"";
   for (std::size_t i = 1; i < msg::limits::kMaxAttributesPerElement + 1; ++i) {
     crowded += " a" + std::to_string(i) + "=\"\"";
   }
-  write("docs/crowded.xml", messageDocument(crowded + "/>\n"));
-  const std::vector<msg::DocumentProblem> problems = refusalOf("docs/crowded.xml");
-  EXPECT_THAT(problems.back().message,
-              HasSubstr("an element has 129 attributes, more than the limit of 128"));
-  EXPECT_EQ(problems.back().line, 3);
+  const std::pair<std::string, const char*> bounded[] = {
+      {nested(1000), "deeper than the limit of 1000 levels"},
+      {messageDocument(crowded + "/>\n"),
+       "an element has 129 attributes, more than the limit of 128"}};
+  for (const auto& [content, why] : bounded) {
+    write("docs/bounded.xml", content);
+    const std::vector<msg::DocumentProblem> problems = refusalOf("docs/bounded.xml");
+    EXPECT_THAT(problems.back().message, HasSubstr(why));
+    EXPECT_EQ(problems.back().line, 3);
+  }
 }
 
 TEST_F(DocumentSafetyTest, TheCollectionIsTheFirstElementOfThatName) {
@@ -360,9 +323,9 @@ TEST_F(DocumentSafetyTest, TheCollectionIsTheFirstElementOfThatName) {
 
 // The generic parser keeps internal DTDs, entities included, within bounds.
 TEST_F(DocumentSafetyTest, EntityExpansionIsBoundedInCountAndSize) {
-  EXPECT_THAT(parseError(entityBomb("r", "<r>&l9;</r>")),
+  EXPECT_THAT(parseError(entityBomb("r") + "<r>&l9;</r>\n"),
               HasSubstr("more than '10000' entity expansions"));
-  EXPECT_THAT(parseError(entityBomb("r", "<r a=\"&l9;\"/>")),
+  EXPECT_THAT(parseError(entityBomb("r") + "<r a=\"&l9;\"/>\n"),
               HasSubstr("more than '10000' entity expansions"));
   // 200 references of 50,000 characters reach the bound of 10,000,000.
   EXPECT_THAT(parseError(quadraticBlowup(false)), HasSubstr("more than '100' entity expansions"));

@@ -21,29 +21,23 @@
 #include "msg/structured_exception.h"
 #include "platform/SystemExceptions.h"
 #include "structured_exceptions/SystemExceptionTranslator.h"
+#include "tests/null_read.h"
 
 namespace {
 
-// Real faults. The sanitizers would report a null load or a division by
-// zero themselves before the hardware faults, so they stay out of these two
-// functions; `volatile` and noinline keep the compiler from folding the
-// operations away.
-__attribute__((noinline, no_sanitize("undefined"), no_sanitize("address"))) int readThrough(
-    volatile int* pointer) {
-  return *pointer;
-}
-
+// Real faults: a null read (tests/null_read.h) and a division by zero,
+// kept from the sanitizers and the optimiser in the same way.
 __attribute__((noinline, no_sanitize("undefined"), no_sanitize("address"))) int divide(
     volatile int numerator, volatile int denominator) {
   return numerator / denominator;
 }
 
-volatile int* volatile nullPointer = nullptr;
+using test_support::readThrough;
+using test_support::sink;
 volatile int zero = 0;
-volatile int sink = 0;
 
 void readNull() {
-  sink = readThrough(nullPointer);
+  sink = readThrough(test_support::nullPointer);
 }
 void divideByZero() {
   sink = divide(7, zero);

@@ -66,17 +66,6 @@ TEST(FormattingChannelTest, WrapsBetweenTheMargins) {
   }
 }
 
-TEST(FormattingChannelTest, LinesGoToStandardErrorByDefault) {
-  FormattingMessageChannel channel;
-  channel.setRightMargin(4);
-  channel.setTextHeaderFormat("&t");
-  std::ostringstream captured;
-  std::streambuf* saved = std::cerr.rdbuf(captured.rdbuf());
-  channel.onMessage(Message("N", "id", info, "en", "ab cdef"));
-  std::cerr.rdbuf(saved);
-  EXPECT_EQ(captured.str(), "ab\ncdef\n");
-}
-
 // What the format language makes of one message, before any wrapping.
 std::string expandFormat(const std::string& format, const Message& message) {
   std::string out;

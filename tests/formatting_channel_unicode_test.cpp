@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unicode/brkiter.h>
 #include <unicode/uchar.h>
+#include <unicode/unistr.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
@@ -47,13 +48,6 @@ std::vector<std::string> layOut(const std::string& text, int width, TextModel mo
   channel.onMessage(Message("ns", "id", error, "en", text.c_str()));
   EXPECT_TRUE(channel.sawLast) << text;
   return channel.lines;
-}
-
-std::string utf8Of(UChar32 c) {
-  char bytes[4];
-  int32_t length = 0;
-  U8_APPEND_UNSAFE(bytes, length, c);
-  return std::string(bytes, static_cast<std::size_t>(length));
 }
 
 bool validUtf8(const std::string& text) {
@@ -143,36 +137,28 @@ void checkLines(const std::string& text, const std::vector<std::string>& lines, 
       EXPECT_EQ(own.size(), 2u) << "wider than " << width << " and more than one cluster";
     }
 
+    // The content starts where the text was followed to; on later lines
+    // also behind the blanks a break dropped, or behind a line break.
     std::set<std::size_t> next;
-    for (std::size_t at : positions) {
-      std::size_t candidate = at;
-      while (true) {
-        if (text.compare(candidate, content.size(), content) == 0 &&
-            boundaries.count(candidate) != 0 && boundaries.count(candidate + content.size()) != 0) {
-          next.insert(candidate + content.size());
-        }
-        if (i == 0 || candidate >= text.size()) {
-          break;
-        }
-        if (text.compare(candidate, 2, "\r\n") == 0) {
-          next.insert(candidate + 2 + content.size());  // checked below by matching again
-          candidate += 2;
-          if (text.compare(candidate, content.size(), content) != 0) {
-            next.erase(candidate + content.size());
-          }
-          break;
-        }
-        if (text[candidate] == '\n' || text[candidate] == '\r') {
-          ++candidate;
-          if (text.compare(candidate, content.size(), content) == 0) {
-            next.insert(candidate + content.size());
-          }
-          break;
-        }
-        if (text[candidate] != ' ') {
-          break;
-        }
-        ++candidate;
+    const auto match = [&](std::size_t from) {
+      const std::size_t to = from + content.size();
+      if (text.compare(from, content.size(), content) == 0 && boundaries.count(from) != 0 &&
+          boundaries.count(to) != 0) {
+        next.insert(to);
+      }
+    };
+    for (std::size_t from : positions) {
+      match(from);
+      if (i == 0) {
+        continue;
+      }
+      while (from < text.size() && text[from] == ' ') {
+        match(++from);
+      }
+      if (text.compare(from, 2, "\r\n") == 0) {
+        match(from + 2);
+      } else if (from < text.size() && (text[from] == '\n' || text[from] == '\r')) {
+        match(from + 1);
       }
     }
     ASSERT_FALSE(next.empty()) << "line does not continue the text at a cluster boundary";
@@ -203,10 +189,11 @@ std::vector<GraphemeCase> readGraphemeBreakTest() {
     GraphemeCase current;
     std::string field;
     while (fields >> field) {
-      if (field == "\xC3\xB7") {  // ÷
+      if (field == "÷") {
         current.boundaries.insert(current.text.size());
-      } else if (field != "\xC3\x97") {  // ×
-        current.text += utf8Of(static_cast<UChar32>(std::stoul(field, nullptr, 16)));
+      } else if (field != "×") {
+        icu::UnicodeString(static_cast<UChar32>(std::stoul(field, nullptr, 16)))
+            .toUTF8String(current.text);
       }
     }
     if (!current.text.empty()) {
@@ -240,22 +227,9 @@ TEST(FormattingChannelUnicodeTest, GraphemeBreakTestCasesKeepTheirClusters) {
 TEST(FormattingChannelUnicodeTest, MixedScriptsFitTheirColumns) {
   const std::string texts[] = {
       // Japanese, Chinese, Korean, fullwidth Latin; full stops never open a line
-      "\xE3\x81\x93\xE3\x82\x8C\xE3\x81\xAF\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xAE"
-      "\xE6\x96\x87\xE7\xAB\xA0\xE3\x81\xA7\xE3\x81\x99\xE3\x80\x82\xE4\xB8\xAD\xE6\x96\x87"
-      "\xE6\xB5\x8B\xE8\xAF\x95\xE3\x80\x82 \xED\x95\x9C\xEA\xB5\xAD\xEC\x96\xB4 "
-      "\xED\x85\x8C\xEC\x8A\xA4\xED\x8A\xB8\xEC\x9E\x85\xEB\x8B\x88\xEB\x8B\xA4."
-      " \xEF\xBC\xA6\xEF\xBC\xB5\xEF\xBC\xAC\xEF\xBC\xAC"
-      "\xEF\xBC\xB7\xEF\xBC\xA9\xEF\xBC\xA4\xEF\xBC\xB4\xEF\xBC\xA8",
-      // Cyrillic with a line feed
-      "\xD0\xA4\xD0\xB0\xD0\xB9\xD0\xBB \xD0\xBD\xD0\xB5 \xD0\xBD\xD0\xB0\xD0\xB9\xD0\xB4"
-      "\xD0\xB5\xD0\xBD: /srv/archive/\xD0\xB4\xD0\xB0\xD0\xBD\xD0\xBD\xD1\x8B\xD0\xB5\n"
-      "\xD0\x9F\xD1\x80\xD0\xBE\xD0\xB2\xD0\xB5\xD1\x80\xD1\x8C\xD1\x82\xD0\xB5 \xD0\xBF"
-      "\xD1\x83\xD1\x82\xD1\x8C \xD0\xB8 \xD0\xBF\xD0\xBE\xD0\xB2\xD1\x82\xD0\xBE\xD1\x80"
-      "\xD0\xB8\xD1\x82\xD0\xB5.",
-      // Arabic
-      "\xD9\x84\xD9\x85 \xD9\x8A\xD8\xAA\xD9\x85 \xD8\xA7\xD9\x84\xD8\xB9\xD8\xAB\xD9\x88"
-      "\xD8\xB1 \xD8\xB9\xD9\x84\xD9\x89 \xD8\xA7\xD9\x84\xD9\x85\xD9\x84\xD9\x81 "
-      "\xD9\x81\xD9\x8A \xD8\xA7\xD9\x84\xD9\x85\xD8\xAC\xD9\x84\xD8\xAF.",
+      "これは日本語の文章です。中文测试。 한국어 테스트입니다. ＦＵＬＬＷＩＤＴＨ",
+      "Файл не найден: /srv/archive/данные\nПроверьте путь и повторите.",
+      "لم يتم العثور على الملف في المجلد.",
       // Emoji: a ZWJ family, a skin tone, flags, a keycap
       "Familie \xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7 "
       "\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD "
@@ -265,10 +239,7 @@ TEST(FormattingChannelUnicodeTest, MixedScriptsFitTheirColumns) {
       "Cafe\xCC\x81 na\xCC\x88\xCC\x83ve Z\xCD\xA7\xCD\x91\xCC\x93"
       "a\xCC\xAB\xCC\xA5l"
       "\xCC\x9Dgo\xCC\x9F "
-      "\xE2\x80\x94\xE2\x80\x94"
-      "abcdefghijklmnopqrstuvwxyz\xC3\xA9"
-      "abcdefghijklmnopqrstuvwxyz\xC3\xA9"
-      "abcdefghijklmnopqrstuvwxyz",
+      "——abcdefghijklmnopqrstuvwxyzéabcdefghijklmnopqrstuvwxyzéabcdefghijklmnopqrstuvwxyz",
   };
   for (const std::string& text : texts) {
     const std::set<std::size_t> boundaries = clusterBoundaries(text);
@@ -281,90 +252,50 @@ TEST(FormattingChannelUnicodeTest, MixedScriptsFitTheirColumns) {
   }
 }
 
-const char kJapanese[] =  // これは日本語の文章です。二行目。
-    "\xE3\x81\x93\xE3\x82\x8C\xE3\x81\xAF\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE3\x81\xAE"
-    "\xE6\x96\x87\xE7\xAB\xA0\xE3\x81\xA7\xE3\x81\x99\xE3\x80\x82\xE4\xBA\x8C\xE8\xA1\x8C"
-    "\xE7\x9B\xAE\xE3\x80\x82";
-const char kFullStop[] = "\xE3\x80\x82";
+using Lines = std::vector<std::string>;
 
 TEST(FormattingChannelUnicodeTest, CountsColumnsAndBreaksWhereTheRulesAllow) {
   // Fourteen ideographs, kana and full stops take 28 columns, at most five
   // on a line of ten: a full stop stays with the character before it.
-  const std::vector<std::string> japanese = layOut(kJapanese, 10, TextModel::kChosenByText);
-  ASSERT_EQ(japanese.size(), 4u);
-  EXPECT_EQ(japanese[0], "\xE3\x81\x93\xE3\x82\x8C\xE3\x81\xAF\xE6\x97\xA5\xE6\x9C\xAC");
-  EXPECT_EQ(japanese[1], "\xE8\xAA\x9E\xE3\x81\xAE\xE6\x96\x87\xE7\xAB\xA0\xE3\x81\xA7");
-  EXPECT_EQ(japanese[2], "\xE3\x81\x99\xE3\x80\x82\xE4\xBA\x8C\xE8\xA1\x8C");
-  EXPECT_EQ(japanese[3], "\xE7\x9B\xAE\xE3\x80\x82");
+  const char japanese[] = "これは日本語の文章です。二行目。";
+  EXPECT_EQ(layOut(japanese, 10, TextModel::kChosenByText),
+            (Lines{"これは日本", "語の文章で", "す。二行", "目。"}));
   // From four columns on, a character and its full stop always fit a line.
   for (int width = 4; width <= 24; ++width) {
-    for (const std::string& line : layOut(kJapanese, width, TextModel::kChosenByText)) {
-      EXPECT_NE(line.rfind(kFullStop, 0), 0u) << "a line opens with a full stop at " << width;
+    for (const std::string& line : layOut(japanese, width, TextModel::kChosenByText)) {
+      EXPECT_NE(line.rfind("。", 0), 0u) << "a line opens with a full stop at " << width;
     }
   }
-
   // Cyrillic: a letter is one column of two bytes, and no line opens with
   // the blank it broke at.
-  const std::string russian =  // "Файл не найден: проверьте путь"
-      "\xD0\xA4\xD0\xB0\xD0\xB9\xD0\xBB \xD0\xBD\xD0\xB5 \xD0\xBD\xD0\xB0\xD0\xB9\xD0\xB4\xD0"
-      "\xB5\xD0\xBD: \xD0\xBF\xD1\x80\xD0\xBE\xD0\xB2\xD0\xB5\xD1\x80\xD1\x8C\xD1\x82\xD0\xB5 "
-      "\xD0\xBF\xD1\x83\xD1\x82\xD1\x8C";
-  const std::vector<std::string> expected = {
-      "\xD0\xA4\xD0\xB0\xD0\xB9\xD0\xBB \xD0\xBD\xD0\xB5 \xD0\xBD\xD0\xB0\xD0\xB9\xD0\xB4\xD0"
-      "\xB5\xD0\xBD:",
-      "\xD0\xBF\xD1\x80\xD0\xBE\xD0\xB2\xD0\xB5\xD1\x80\xD1\x8C\xD1\x82\xD0\xB5 \xD0\xBF\xD1"
-      "\x83\xD1\x82\xD1\x8C"};
-  EXPECT_EQ(layOut(russian, 16, TextModel::kChosenByText), expected);
-
+  EXPECT_EQ(layOut("Файл не найден: проверьте путь", 16, TextModel::kChosenByText),
+            (Lines{"Файл не найден:", "проверьте путь"}));
   // Margins and indent count columns; the first line holds 3 + 2 x 2.
-  const std::vector<std::string> indented =
-      layOut("\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", 7, TextModel::kUnicode, 2, 1);
-  const std::vector<std::string> indentedExpected = {"   \xE6\x97\xA5\xE6\x9C\xAC",
-                                                     "  \xE8\xAA\x9E"};
-  EXPECT_EQ(indented, indentedExpected);
-
+  EXPECT_EQ(layOut("日本語", 7, TextModel::kUnicode, 2, 1), (Lines{"   日本", "  語"}));
   // A cluster wider than the line stands on a line of its own.
-  const std::vector<std::string> alone = layOut("\xE6\x97\xA5\xE6\x9C\xAC", 1, TextModel::kUnicode);
-  const std::vector<std::string> aloneExpected = {"\xE6\x97\xA5", "\xE6\x9C\xAC"};
-  EXPECT_EQ(alone, aloneExpected);
+  EXPECT_EQ(layOut("日本", 1, TextModel::kUnicode), (Lines{"日", "本"}));
 }
 
 TEST(FormattingChannelUnicodeTest, ALineFeedEndsTheLineInTheUnicodeModelOnly) {
-  const std::string twoLines = "\xD0\xB4\xD0\xB0\n\xD0\xBD\xD0\xB5\xD1\x82\n\nok";  // да, нет
-  const std::vector<std::string> unicode = {"\xD0\xB4\xD0\xB0", "\xD0\xBD\xD0\xB5\xD1\x82", "",
-                                            "ok"};
-  EXPECT_EQ(layOut(twoLines, 40, TextModel::kChosenByText), unicode);
+  const std::string twoLines = "да\nнет\n\nok";
+  EXPECT_EQ(layOut(twoLines, 40, TextModel::kChosenByText), (Lines{"да", "нет", "", "ok"}));
   // The byte model keeps the line feed as a letter.
-  const std::vector<std::string> bytes = {twoLines};
-  EXPECT_EQ(layOut(twoLines, 40, TextModel::kBytes), bytes);
+  EXPECT_EQ(layOut(twoLines, 40, TextModel::kBytes), Lines{twoLines});
   // ASCII chooses the byte model; forced, it takes the Unicode one.
-  const std::vector<std::string> asciiBytes = {"yes\nno"};
-  const std::vector<std::string> asciiUnicode = {"yes", "no"};
-  EXPECT_EQ(layOut("yes\nno", 40, TextModel::kChosenByText), asciiBytes);
-  EXPECT_EQ(layOut("yes\nno", 40, TextModel::kUnicode), asciiUnicode);
+  EXPECT_EQ(layOut("yes\nno", 40, TextModel::kChosenByText), Lines{"yes\nno"});
+  EXPECT_EQ(layOut("yes\nno", 40, TextModel::kUnicode), (Lines{"yes", "no"}));
 }
 
 TEST(FormattingChannelUnicodeTest, TheByteModelCountsBytesWhenForcedOrForLatin1) {
   // Forced bytes: 16 bytes of Cyrillic, eight letters, fill a line of 16.
-  const std::string cyrillic = "\xD0\xB0\xD0\xB1\xD0\xB2\xD0\xB3 \xD0\xB4\xD0\xB5\xD0\xB6";
-  const std::vector<std::string> forced = {"\xD0\xB0\xD0\xB1\xD0\xB2\xD0\xB3",
-                                           "\xD0\xB4\xD0\xB5\xD0\xB6"};
-  EXPECT_EQ(layOut(cyrillic, 10, TextModel::kBytes), forced);
-  EXPECT_EQ(layOut(cyrillic, 10, TextModel::kChosenByText), std::vector<std::string>{cyrillic});
-
+  const std::string cyrillic = "абвг деж";
+  EXPECT_EQ(layOut(cyrillic, 10, TextModel::kBytes), (Lines{"абвг", "деж"}));
+  EXPECT_EQ(layOut(cyrillic, 10, TextModel::kChosenByText), Lines{cyrillic});
   // Latin-1 is not UTF-8: byte rules, whichever model is asked for, and not
   // a byte lost.
-  const std::string latin1 =
-      "Gr\xF6\xDF"
-      "e \xFC"
-      "ber alles";
-  const std::vector<std::string> latin1Lines = {
-      "Gr\xF6\xDF"
-      "e",
-      "\xFC"
-      "ber alles"};
   for (TextModel model : {TextModel::kChosenByText, TextModel::kUnicode, TextModel::kBytes}) {
-    EXPECT_EQ(layOut(latin1, 10, model), latin1Lines);
+    EXPECT_EQ(layOut("Gr\366\337e \374ber alles", 10, model),
+              (Lines{"Gr\366\337e", "\374ber alles"}));
   }
 }
 
@@ -379,16 +310,15 @@ TEST(FormattingChannelUnicodeTest, HeaderAndCopyKeepTheModel) {
   // output: the byte model, where a line feed is a letter.
   RecordingChannel hidden;
   hidden.setTextHeaderFormat("&t");
-  hidden.onMessage(Message("\xC3\xA4pp", "x", error, "en", "yes\nno"));
-  EXPECT_EQ(hidden.lines, std::vector<std::string>{"yes\nno"});
+  hidden.onMessage(Message("äpp", "x", error, "en", "yes\nno"));
+  EXPECT_EQ(hidden.lines, Lines{"yes\nno"});
 
   // The default header wraps with the text, counted in columns; the blank
   // behind the text stays where it fits.
   RecordingChannel header;
   header.setRightMargin(11);
-  header.onMessage(Message("app", "x", error, "ja", "\xE6\x97\xA5\xE6\x9C\xAC"));
-  const std::vector<std::string> lines = {"app:x: \xE6\x97\xA5\xE6\x9C\xAC "};
-  EXPECT_EQ(header.lines, lines);
+  header.onMessage(Message("app", "x", error, "ja", "日本"));
+  EXPECT_EQ(header.lines, Lines{"app:x: 日本 "});
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <string>
 
@@ -12,9 +11,12 @@
 #include "msg/Message.h"
 #include "msg/MessageChannel.h"
 #include "msg/MessageHandler.h"
+#include "tests/catalogue_support.h"
 
 namespace msg {
 namespace {
+
+using test_support::textOf;
 
 // Keeps what it is given, each text followed by '|', and counts its own destruction.
 class RecordingChannel : public MessageChannel {
@@ -46,12 +48,6 @@ class CountingHandler : public MessageHandler {
   }
   int writes = 0;
 };
-
-// The text that `handler` finds for app:`identifier`, or "<none>".
-std::string lookUp(const MessageHandler& handler, const char* identifier) {
-  std::unique_ptr<Message> found(handler.getMessage("app", identifier));
-  return found == nullptr ? "<none>" : found->getText();
-}
 
 // Adds an entry that the table of `handler` owns.
 void add(MessageHandler& handler, const char* language, const char* identifier, const char* text) {
@@ -127,10 +123,10 @@ TEST(MessageHandlerTest, ChildCopiesSettingsOnceAndFallsBackOnItsParent) {
   EXPECT_EQ(parent.getSeverityLevel(), warning);
   add(child, "en", "both", "child's");
   add(child, "fr", "hidden", "child's, unreadable");
-  EXPECT_EQ(lookUp(child, "greeting"), "Servus");  // the parent's list decides
-  EXPECT_EQ(lookUp(child, "both"), "child's");     // the child's own entry wins
-  EXPECT_EQ(lookUp(child, "hidden"), "parent's");  // not acceptable counts as absent
-  EXPECT_EQ(lookUp(child, "nowhere"), "<none>");
+  EXPECT_EQ(textOf(child, "app", "greeting"), "Servus");  // the parent's list decides
+  EXPECT_EQ(textOf(child, "app", "both"), "child's");     // the child's own entry wins
+  EXPECT_EQ(textOf(child, "app", "hidden"), "parent's");  // not acceptable counts as absent
+  EXPECT_EQ(textOf(child, "app", "nowhere"), "<none>");
 }
 
 TEST(MessageHandlerTest, WriteFamilyFillsPlaceholdersInOrderFromTheTextEachTime) {

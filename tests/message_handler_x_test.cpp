@@ -14,16 +14,14 @@
 #include "msg/MessageChannel.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/structured_exception.h"
+#include "tests/catalogue_support.h"
 #include "xml_access/XMLSystem.h"
 
 namespace {
 
-const char kDocument[] = MSG_TEST_DATA_DIR "/documents/exception_texts.xml";
+using test_support::textOf;
 
-std::string textOf(const msg::MessageHandler* handler, const char* nameSpace, const char* id) {
-  std::unique_ptr<msg::Message> record(handler->getMessage(nameSpace, id));
-  return record != nullptr ? record->getText() : "<none>";
-}
+const char kDocument[] = MSG_TEST_DATA_DIR "/documents/exception_texts.xml";
 
 structured_exception stepFailed(const char* const* arguments, bool copyArguments) {
   return structured_exception("step failed", false, "app", "stepfailed", 3, arguments,
@@ -58,17 +56,17 @@ TEST(MessageHandlerXTest, OwnEntriesStandInFrontOfTheBuiltInOnes) {
 
   // An entry registered without a handler lands in the stacked table.
   new msg::MTE(msg::info, "en", "late", "entry", "registered late", nullptr, false, true);
-  EXPECT_EQ(textOf(stacked, "late", "entry"), "registered late");
-  EXPECT_EQ(textOf(plain, "late", "entry"), "<none>");
+  EXPECT_EQ(textOf(*stacked, "late", "entry"), "registered late");
+  EXPECT_EQ(textOf(*plain, "late", "entry"), "<none>");
 
   stacked->loadMessageDocument(kDocument);
-  EXPECT_EQ(textOf(stacked, "msg", "true"), "yes, true");
-  EXPECT_EQ(textOf(plain, "msg", "true"), "true");
+  EXPECT_EQ(textOf(*stacked, "msg", "true"), "yes, true");
+  EXPECT_EQ(textOf(*plain, "msg", "true"), "true");
 
   // A key that only the parent has comes in the language of the parent's
   // list, whatever the stacked handler's list says.
   stacked->setLanguageList(msg::LanguageList(msg::Language("de")));
-  EXPECT_EQ(textOf(stacked, "msg", "yes"), "yes");
+  EXPECT_EQ(textOf(*stacked, "msg", "yes"), "yes");
   stacked->setLanguageList(msg::LanguageList(msg::Language("en")));
 }
 

@@ -23,11 +23,9 @@ Message record(const char* text, const char* language = "en") {
 }
 
 // Substitutes "x" and tells what the record shows then; a placeholder was
-// found exactly when the text changed. A run of digits counts whole, from 1 to
-// 22 digits; the "&" that ends a longer run opens the next candidate. Values
-// beyond INT_MAX name no number.
+// found exactly when the text changed. The scanner's own test covers where
+// runs end; here the number asked for must match a run's whole value.
 TEST(MessageTest, SubstituteFindsPlaceholdersByTheirWholeDigitRun) {
-  const std::string zeros22(22, '0'), nines23(23, '9');
   const struct {
     std::string text;
     unsigned int number;
@@ -35,11 +33,6 @@ TEST(MessageTest, SubstituteFindsPlaceholdersByTheirWholeDigitRun) {
   } cases[] = {{"&10", 1, "&10"},
                {"&10", 10, "x"},
                {"a&007b", 7, "axb"},
-               {"<&" + zeros22 + ">", 0, "<x>"},
-               {"<&0" + zeros22 + ">", 0, "<&0" + zeros22 + ">"},
-               {"&" + nines23 + "&5", 5, "&" + nines23 + "x"},
-               {"100&", 100, "100&"},
-               {"& 1", 1, "& 1"},
                {"&&1", 1, "&x"},
                {"&2147483647", 2147483647u, "x"},
                {"&2147483648", 2147483648u, "&2147483648"},

@@ -8,23 +8,22 @@
 #include <unicode/locid.h>
 #include <unicode/numberformatter.h>
 
-#include <cctype>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "message_core/MessageTable.h"
-#include "message_core/PluralForms.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageHandler.h"
 #include "msg/Number.h"
+#include "msg/PluralMTE.h"
 #include "msg/Typed.h"
+#include "tests/icu_locales.h"
 
 namespace msg {
 namespace {
@@ -33,32 +32,6 @@ std::string shown(const char* tag, const NumberArgument& argument) {
   Message message("t", "t", info, Language(tag), "&0");
   EXPECT_TRUE(message.substitute(0, argument));
   return message.getMessage();
-}
-
-// The tags a msg language can hold that ICU has data for: a two-letter
-// language, optionally with a two-letter region, as the symbol table is made.
-std::vector<icu::Locale> tableLocales() {
-  std::vector<icu::Locale> locales;
-  int32_t count = 0;
-  const icu::Locale* available = icu::Locale::getAvailableLocales(count);
-  for (int32_t k = 0; k < count; ++k) {
-    const icu::Locale& locale = available[k];
-    const std::string region = locale.getCountry();
-    if (std::string(locale.getLanguage()).size() == 2 && locale.getScript()[0] == '\0' &&
-        locale.getVariant()[0] == '\0' && (region.empty() || region.size() == 2) &&
-        (region.empty() || std::isupper(static_cast<unsigned char>(region[0])))) {
-      locales.push_back(locale);
-    }
-  }
-  return locales;
-}
-
-std::string tagOf(const icu::Locale& locale) {
-  std::string tag = locale.getLanguage();
-  if (locale.getCountry()[0] != '\0') {
-    tag += std::string("-") + locale.getCountry();
-  }
-  return tag;
 }
 
 struct Style {
@@ -80,58 +53,27 @@ const Style kStyles[] = {
      [](std::int64_t v) { return percent(v, 1); }},
 };
 
-const double kDoubles[] = {0.0,
-                           1.0,
-                           -1.0,
-                           0.5,
-                           1234.5,
-                           -1234.5,
-                           1e6,
-                           12345678.9,
-                           1000.0,
-                           10000.0,
-                           123456.0,
-                           0.125,  // ties round to even
-                           0.375,
-                           2.5,
-                           1.005,  // shortest digits 1.005, though the double is below
-                           999.9995,
-                           9.99999,
-                           0.0005,
-                           0.0015,
-                           0.1 + 0.2,
-                           -0.0004,  // rounds to a negative zero
-                           -0.0,
-                           1e21,
-                           123456789012345678.0,
-                           1e300,
-                           std::numeric_limits<double>::max(),
-                           std::numeric_limits<double>::lowest(),
-                           1e-300,
-                           std::numeric_limits<double>::min(),
-                           std::numeric_limits<double>::denorm_min(),
-                           std::numeric_limits<double>::infinity(),
-                           -std::numeric_limits<double>::infinity(),
-                           std::numeric_limits<double>::quiet_NaN(),
-                           -std::numeric_limits<double>::quiet_NaN()};
+// 0.125, 0.375 and 2.5 round ties to even; 1.005 has the shortest digits
+// 1.005, though the double is below; 0.30000000000000004 is 0.1 + 0.2;
+// -0.0004 rounds to a negative zero.
+const double kDoubles[] = {0.0,     1.0,          -1.0,     0.5,
+                           1234.5,  -1234.5,      1e6,      12345678.9,
+                           1000.0,  10000.0,      123456.0, 0.125,
+                           0.375,   2.5,          1.005,    999.9995,
+                           9.99999, 0.0005,       0.0015,   0.30000000000000004,
+                           -0.0004, -0.0,         1e21,     123456789012345678.0,
+                           1e300,   DBL_MAX,      -DBL_MAX, 1e-300,
+                           DBL_MIN, DBL_TRUE_MIN, HUGE_VAL, -HUGE_VAL,
+                           NAN,     -NAN};
 
-const std::int64_t kIntegers[] = {0,
-                                  1,
-                                  -1,
-                                  7,
-                                  1234,
-                                  -12345,
-                                  1234567890,
-                                  std::numeric_limits<std::int64_t>::max(),
-                                  std::numeric_limits<std::int64_t>::min()};
+const std::int64_t kIntegers[] = {0, 1, -1, 7, 1234, -12345, 1234567890, INT64_MAX, INT64_MIN};
 
 TEST(NumberFormatTest, EqualsIcuForEveryLanguageStyleAndValue) {
-  const std::vector<icu::Locale> locales = tableLocales();
+  const std::vector<test_support::TaggedLocale> locales = test_support::holdableLocales();
   ASSERT_GT(locales.size(), 150u) << "ICU lists too few locales for a proof";
   int compared = 0;
   std::vector<std::string> differences;
-  for (const icu::Locale& locale : locales) {
-    const std::string tag = tagOf(locale);
+  for (const auto& [tag, locale] : locales) {
     for (const Style& style : kStyles) {
       UErrorCode status = U_ZERO_ERROR;
       const icu::number::LocalizedNumberFormatter icu =
@@ -180,32 +122,17 @@ TEST(NumberFormatTest, RegionsFallBackToTheirLanguageAndUnknownLanguagesToTheRoo
   EXPECT_EQ(shown("xx-YY", percent(12.5)), "12.5%");
 }
 
-// A handler with entries made in code, the way a program's built-in
-// catalogue is. The handler's table owns the entries.
-class CodeHandler : public MessageHandler {
- public:
-  void add(const char* language, const char* identifier, const char* text) {
-    last = new MTE(info, language, "app", identifier, text, this, false, true);
-  }
-  void addPlural(const char* language, const char* identifier, const char* other,
-                 std::initializer_list<std::pair<PluralCategory, const char*>> forms) {
-    add(language, identifier, other);
-    auto plural =
-        std::make_unique<PluralForms>(PluralKind::cardinal, 0, Language(language), last->getText());
-    for (const auto& form : forms) {
-      plural->setText(form.first, plural->keep(form.second));
-    }
-    messageTableOf(*this)->attachPluralForms(last, std::move(plural));
-  }
+// Entries made in code, the way a program's built-in catalogue is; the
+// handler's table owns them.
+void add(MessageHandler& handler, const char* language, const char* identifier, const char* text) {
+  new MTE(info, language, "app", identifier, text, &handler, false, true);
+}
 
- private:
-  const MTE* last = nullptr;
-};
-
-TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenText) {
-  CodeHandler handler;
-  handler.add("de-AT", "size", "Größe: &0 (&1)");
-  handler.add("en", "size", "Size: &0 (&1)");
+TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenTextAndPlainNumbersKeepTheirCForm) {
+  MessageHandler handler;
+  add(handler, "de-AT", "size", "Größe: &0 (&1)");
+  add(handler, "en", "size", "Size: &0 (&1)");
+  add(handler, "de", "n", "&0 &1 &2 &3");
   handler.setLanguageList(LanguageList::parse("fr, de-AT, en"));
   // No French text: the de-AT text is chosen, and its numbers are de-AT's,
   // not those of French, the first language asked for.
@@ -213,22 +140,19 @@ TEST(NumberFormatTest, WrittenInTheLanguageOfTheChosenText) {
             "Größe: 1\u00a0234,5 (50\u00a0%)");
   handler.setLanguageList(LanguageList::parse("en"));
   EXPECT_EQ(format(handler, "app", "size", number(1234.5), percent(50)), "Size: 1,234.5 (50%)");
-}
-
-TEST(NumberFormatTest, PlainNumbersKeepTheirCForm) {
-  CodeHandler handler;
-  handler.add("de", "n", "&0 &1 &2 &3");
   handler.setLanguageList(LanguageList::parse("de"));
   EXPECT_EQ(format(handler, "app", "n", 1234567, 1234.5, fixed(1234.5, 2), number(1234.5)),
             "1234567 1234.500000 1234.50 1.234,5");
 }
 
 TEST(NumberFormatTest, APluralCountChoosesItsFormByTheDigitsShown) {
-  CodeHandler handler;
-  handler.addPlural("fr", "files", "&0 fichiers", {{PluralCategory::one, "&0 fichier"}});
-  handler.addPlural("en", "files", "&0 files", {{PluralCategory::one, "&0 file"}});
-  handler.addPlural("ar", "files", "&0 ملف",
-                    {{PluralCategory::two, "ملفان (&0)"}, {PluralCategory::few, "&0 ملفات"}});
+  MessageHandler handler;
+  const PluralMTE french(info, "fr", "app", "files", PluralKind::cardinal, 0, "&0 fichiers",
+                         {{"one", "&0 fichier"}}, &handler);
+  const PluralMTE english(info, "en", "app", "files", PluralKind::cardinal, 0, "&0 files",
+                          {{"one", "&0 file"}}, &handler);
+  const PluralMTE arabic(info, "ar", "app", "files", PluralKind::cardinal, 0, "&0 ملف",
+                         {{"two", "ملفان (&0)"}, {"few", "&0 ملفات"}}, &handler);
   const PluralKey<1, 0> files{"app", "files"};
 
   handler.setLanguageList(LanguageList::parse("fr"));

@@ -5,67 +5,31 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "msg/ErrorInMessageDocument.h"
 #include "msg/LanguageList.h"
-#include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/Typed.h"
 #include "msg/XercesXMLException.h"
+#include "tests/catalogue_support.h"
+#include "tests/plural_catalogue.h"
 #include "tests/scratch_folder.h"
 #include "xml_access/Parser.h"
 
 namespace msg {
 namespace {
 
+// A document of namespace "app" with `messages` inside, the first on line 4.
 std::string document(const std::string& messages) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
-         "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
-         "<MessageNamespace name=\"app\">\n" +
-         messages + "</MessageNamespace>\n</MessageCollection>\n";
+  return test_support::messageDocument("<MessageNamespace name=\"app\">\n" + messages +
+                                       "</MessageNamespace>\n");
 }
 
-const char kCatalogue[] = R"(<Message id="deleted" severity="info">
-  <Text xml:lang="en" plural="=0">No files deleted.</Text>
-  <Text xml:lang="en" plural="one">&amp;0 file deleted.</Text>
-  <Text xml:lang="en">&amp;0 files deleted.</Text>
-  <Text xml:lang="pl" plural="one">Usunięto &amp;0 plik.</Text>
-  <Text xml:lang="pl" plural="few">Usunięto &amp;0 pliki.</Text>
-  <Text xml:lang="pl" plural="many">Usunięto &amp;0 plików.</Text>
-  <Text xml:lang="pl">Usunięto &amp;0 pliku.</Text>
-  <Text xml:lang="ar" plural="zero">لم يُحذف أي ملف (&amp;0).</Text>
-  <Text xml:lang="ar" plural="one">حُذف ملف واحد (&amp;0).</Text>
-  <Text xml:lang="ar" plural="two">حُذف ملفان (&amp;0).</Text>
-  <Text xml:lang="ar" plural="few">حُذفت &amp;0 ملفات.</Text>
-  <Text xml:lang="ar" plural="many">حُذف &amp;0 ملفًا.</Text>
-  <Text xml:lang="ar">حُذف &amp;0 ملف.</Text>
-  <Text xml:lang="ja">&amp;0 個のファイルを削除しました。</Text>
-  <Text xml:lang="fr" plural="one">&amp;0 fichier supprimé.</Text>
-  <Text xml:lang="fr" plural="many">&amp;0 de fichiers supprimés.</Text>
-  <Text xml:lang="fr">&amp;0 fichiers supprimés.</Text>
-  <Text xml:lang="pt" plural="one">&amp;0 arquivo excluído.</Text>
-  <Text xml:lang="pt">&amp;0 arquivos excluídos.</Text>
-  <Text xml:lang="pt-PT" plural="one">&amp;0 ficheiro eliminado.</Text>
-  <Text xml:lang="pt-PT">&amp;0 ficheiros eliminados.</Text>
-</Message>
-<Message id="moved" count="&amp;1">
-  <Text xml:lang="en" plural="one">&amp;0: moved &amp;1 file.</Text>
-  <Text xml:lang="en">&amp;0: moved &amp;1 files.</Text>
-</Message>
-<Message id="place">
-  <Text xml:lang="en" ordinal="one">&amp;0st place</Text>
-  <Text xml:lang="en" ordinal="two">&amp;0nd place</Text>
-  <Text xml:lang="en" ordinal="few">&amp;0rd place</Text>
-  <Text xml:lang="en">&amp;0th place</Text>
-</Message>
-<Message id="plain"><Text xml:lang="en">plain &amp;0</Text></Message>
-)";
+using test_support::kPluralMessages;
 
 class PluralMessagesTest : public ::testing::Test {
  protected:
@@ -83,7 +47,7 @@ class PluralMessagesTest : public ::testing::Test {
 };
 
 TEST_F(PluralMessagesTest, TheCountAsDisplayedChoosesTheVariantInEachLanguage) {
-  load(kCatalogue);
+  load(kPluralMessages);
   const auto in = [&](const char* languages) -> MessageHandler& {
     handler.setLanguageList(LanguageList::parse(languages));
     return handler;
@@ -102,7 +66,7 @@ TEST_F(PluralMessagesTest, TheCountAsDisplayedChoosesTheVariantInEachLanguage) {
   EXPECT_EQ("13th place", format(in("en"), "app", "place", 13));
   EXPECT_EQ("103rd place", format(in("en"), "app", "place", 103));
   // The loader keeps the languages of the list: load them all.
-  load(kCatalogue, "en,pl,ar,ja,fr,pt,pt-PT");
+  load(kPluralMessages, "en,pl,ar,ja,fr,pt,pt-PT");
   EXPECT_EQ("Usunięto 1 plik.", format(in("pl"), "app", "deleted", 1));
   EXPECT_EQ("Usunięto 22 pliki.", format(in("pl"), "app", "deleted", 22));
   EXPECT_EQ("Usunięto 12 plików.", format(in("pl"), "app", "deleted", 12));
@@ -126,7 +90,7 @@ TEST_F(PluralMessagesTest, TheCountAsDisplayedChoosesTheVariantInEachLanguage) {
 }
 
 TEST_F(PluralMessagesTest, RecordCallsTakeTheCountFirstWhereverItStands) {
-  load(kCatalogue);
+  load(kPluralMessages);
   handler.setMessageChannel(nullptr, false);
   std::unique_ptr<Message> record(handler.getMessage("app", "moved"));
   ASSERT_TRUE(record->isPlural());
@@ -157,7 +121,7 @@ TEST_F(PluralMessagesTest, RecordCallsTakeTheCountFirstWhereverItStands) {
 TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLineAndLoadNothing) {
   load(R"(<Message id="before"><Text>loaded before</Text></Message>)");
   // The loader reports a refusal through the handler before it throws.
-  new MTE(error, "en", "msgx", "MessageDocumentError", "Cannot load &0.", &handler, false, true);
+  test_support::addRefusalReport(handler);
   handler.setMessageChannel(nullptr, false);
   const struct {
     const char* fault;
@@ -166,7 +130,7 @@ TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLin
     int line;  // 0: the schema finds it, and names a line of its own reading
   } cases[] = {
       {"missing other", "<Message id=\"m\">\n<Text plural=\"one\">&amp;0 file</Text>\n</Message>\n",
-       "no other", 6},
+       "no other", 5},
       {"unknown category",
        "<Message id=\"m\">\n<Text plural=\"single\">&amp;0 file</Text>\n<Text>&amp;0</Text>\n"
        "</Message>\n",
@@ -174,19 +138,19 @@ TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLin
       {"same category twice",
        "<Message id=\"m\">\n<Text plural=\"one\">a &amp;0</Text>\n<Text>b &amp;0</Text>\n"
        "<Text plural=\"one\">c &amp;0</Text>\n</Message>\n",
-       "twice", 9},
+       "twice", 8},
       {"same exact value twice",
        "<Message id=\"m\">\n<Text plural=\"=2\">a</Text>\n<Text>b &amp;0</Text>\n"
        "<Text plural=\"=2\">c</Text>\n</Message>\n",
-       "twice", 9},
+       "twice", 8},
       {"count placeholder in no text",
        "<Message id=\"m\" count=\"&amp;2\">\n<Text plural=\"one\">&amp;0 &amp;1</Text>\n"
        "<Text>&amp;0 &amp;1</Text>\n</Message>\n",
-       "&2 is in no text", 6},
+       "&2 is in no text", 5},
       {"plural and ordinal mixed",
        "<Message id=\"m\">\n<Text plural=\"one\">&amp;0</Text>\n<Text ordinal=\"two\">&amp;0"
        "</Text>\n<Text>&amp;0</Text>\n</Message>\n",
-       "mixed", 8},
+       "mixed", 7},
   };
   for (const auto& c : cases) {
     const std::string messages =
@@ -217,7 +181,7 @@ TEST_F(PluralMessagesTest, DocumentsBreakingThePluralRulesAreRefusedWithTheirLin
 // constraints, as Xerces-C does by default, and so refuses a plural
 // document: it would otherwise keep one variant per language as the text.
 TEST_F(PluralMessagesTest, TheSchemaStopsLoadersThatDoNotKnowPluralMessages) {
-  const std::string plural = write("plural.xml", kCatalogue);
+  const std::string plural = write("plural.xml", kPluralMessages);
   const std::string plain = write("plain.xml", "<Message id=\"p\"><Text>p</Text></Message>\n");
   const auto olderLoaderParses = [](const std::string& path) {
     XercesXML::Parser parser(false, false);

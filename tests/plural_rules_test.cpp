@@ -7,8 +7,6 @@
 #include <unicode/numberformatter.h>
 #include <unicode/plurrule.h>
 
-#include <cctype>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,41 +15,13 @@
 #include "message_core/PluralOperands.h"
 #include "message_core/PluralRules.h"
 #include "msg/Plural.h"
+#include "tests/icu_locales.h"
 
 namespace msg {
 namespace {
 
-struct Tagged {
-  std::string tag;  // "de", "pt-PT"
-  icu::Locale locale;
-};
-
-bool letters(const char* text, bool upper) {
-  return std::strlen(text) == 2 && (upper ? std::isupper(text[0]) && std::isupper(text[1])
-                                          : std::islower(text[0]) && std::islower(text[1]));
-}
-
-// ICU's locales whose tags fit a msg Language: a two-letter language and
-// perhaps a two-letter region, no script or variant.
-std::vector<Tagged> holdableLocales() {
-  std::vector<Tagged> result;
-  int32_t count = 0;
-  const icu::Locale* locales = icu::Locale::getAvailableLocales(count);
-  for (int32_t k = 0; k < count; ++k) {
-    const icu::Locale& locale = locales[k];
-    const char* region = locale.getCountry();
-    if (!letters(locale.getLanguage(), false) || locale.getScript()[0] != '\0' ||
-        locale.getVariant()[0] != '\0' || (region[0] != '\0' && !letters(region, true))) {
-      continue;
-    }
-    std::string tag = locale.getLanguage();
-    if (region[0] != '\0') {
-      tag += std::string("-") + region;
-    }
-    result.push_back(Tagged{tag, locale});
-  }
-  return result;
-}
+using test_support::holdableLocales;
+using Tagged = test_support::TaggedLocale;
 
 std::string nameOf(const icu::UnicodeString& keyword) {
   std::string name;

@@ -17,6 +17,8 @@
 #include <vector>
 
 #include "msg/msg.h"
+#include "tests/catalogue_support.h"
+#include "tests/scratch_folder.h"
 
 namespace {
 
@@ -27,23 +29,16 @@ constexpr int kThreads = 4;
 constexpr int kWritesPerThread = 500;
 
 // A document of kKeys messages, each with a number, a boolean and a string
-// placeholder, beside a copy of the schema.
-fs::path writeDocument(const fs::path& dir) {
-  fs::create_directories(dir);
-  fs::copy_file(fs::path(MSG_SOURCE_DIR) / "schema" / "messages.xsd", dir / "messages.xsd",
-                fs::copy_options::overwrite_existing);
-  std::ofstream out(dir / "threads.xml");
-  out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
-         "    xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n"
-         "  <MessageNamespace name=\"threads\">\n";
+// placeholder.
+std::string document() {
+  std::string body = "<MessageNamespace name=\"threads\">\n";
   for (int key = 0; key < kKeys; ++key) {
-    out << "    <Message id=\"k" << key << "\" severity=\"warning\">"
-        << "<Text xml:lang=\"en\">key " << key << ": &amp;0 done &amp;1 by &amp;2</Text>"
-        << "<Text xml:lang=\"de\">Schluessel " << key << "</Text></Message>\n";
+    const std::string number = std::to_string(key);
+    body += "<Message id=\"k" + number + "\" severity=\"warning\"><Text xml:lang=\"en\">key " +
+            number + ": &amp;0 done &amp;1 by &amp;2</Text><Text xml:lang=\"de\">Schluessel " +
+            number + "</Text></Message>\n";
   }
-  out << "  </MessageNamespace>\n</MessageCollection>\n";
-  return dir / "threads.xml";
+  return test_support::messageDocument(body + "</MessageNamespace>\n");
 }
 
 // Standard error goes to a file while the object lives.
@@ -66,10 +61,11 @@ class StderrToFile {
 };
 
 TEST(Threads, OneLoadedHandlerServesFourWritingThreadsWithWholeLines) {
-  const fs::path dir = fs::temp_directory_path() / ("msg-threads-" + std::to_string(getpid()));
+  const test_support::ScratchFolder dir;
+  test_support::copySchemaInto(dir.path());
   msg::MessageHandlerX* handler = msg::MessageHandlerX::object();
   handler->setLanguageList(msg::LanguageList(msg::Language("en")));
-  handler->loadMessageDocument(writeDocument(dir).c_str());
+  handler->loadMessageDocument(dir.write("threads.xml", document()).c_str());
   msg::FormattingMessageChannel formatting;  // default channel first, this one second
   formatting.setRightMargin(200);            // every message on one line
   handler->setMessageChannel2(&formatting, false);
@@ -121,7 +117,6 @@ TEST(Threads, OneLoadedHandlerServesFourWritingThreadsWithWholeLines) {
   EXPECT_EQ(wanted.size(), std::size_t{2 * kThreads * kWritesPerThread});
   EXPECT_TRUE(written == wanted) << written.size() << " lines written, " << wanted.size()
                                  << " expected";
-  fs::remove_all(dir);
 }
 
 }  // namespace

@@ -7,19 +7,11 @@
 #include <vector>
 
 #include "msg/MTE.h"
-#include "msg/MessageChannel.h"
 #include "msg/MessageExceptions.h"
+#include "tests/catalogue_support.h"
 
 namespace msg {
 namespace {
-
-class KeptChannel : public MessageChannel {
- public:
-  void onMessage(const Message& message) override {
-    lines.push_back(std::string(message.getIdentifier()) + "=" + message.getMessage());
-  }
-  std::vector<std::string> lines;
-};
 
 // A handler on the process-wide one (for the built-in not-found texts) with
 // a few entries of its own and a channel that keeps what it gets.
@@ -32,7 +24,7 @@ class TypedCallTest : public ::testing::Test {
     new MTE(info, "en", "app", "all", "&0|&1|&2|&3|&4|&5|&6|&7|&8|&9|&10|&11", &handler, true,
             true);
   }
-  KeptChannel channel;
+  test_support::RecordingChannel channel;
   MessageHandler handler;
 };
 
@@ -55,8 +47,8 @@ TEST_F(TypedCallTest, WriteGoesThroughThresholdAndChannels) {
   write(&handler, "app", "diskfull", 1, std::string("/tmp"));
   handler.setSeverityLevel(error);
   write(handler, diskfull, 2, "/home");  // a warning, below the threshold
-  EXPECT_EQ(channel.lines, (std::vector<std::string>{"diskfull=Only 512 MB left on /var.",
-                                                     "diskfull=Only 1 MB left on /tmp."}));
+  EXPECT_EQ(channel.lines, (std::vector<std::string>{"app:diskfull: Only 512 MB left on /var.",
+                                                     "app:diskfull: Only 1 MB left on /tmp."}));
   EXPECT_EQ(format(handler, diskfull, 3, "/"), "Only 3 MB left on /.");
 }
 
@@ -66,7 +58,7 @@ TEST_F(TypedCallTest, MissingKeyShowsTheNotFoundTextWithoutArguments) {
             "System error: Message with key app&0:gone not found.");
   write(handler, "app", "gone", 1);
   EXPECT_EQ(channel.lines, std::vector<std::string>{
-                               "notfound=System error: Message with key app:gone not found."});
+                               "msg:notfound: System error: Message with key app:gone not found."});
   EXPECT_EQ(getMessage(handler, "app", "gone"), nullptr);
   EXPECT_STREQ(getMessage(handler, Key<2>{"app", "diskfull"})->getText(), "Only &0 MB left on &1.");
 
