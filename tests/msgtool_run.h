@@ -13,6 +13,7 @@
 
 #include "Tool.h"
 #include "ToolError.h"
+#include "catalogue_support.h"
 
 namespace test_support {
 
@@ -39,15 +40,6 @@ inline ToolRun runMsgtool(std::vector<const char*> arguments,
   std::string err = testing::internal::GetCapturedStderr();
   std::filesystem::current_path(previous);
   return ToolRun{code, std::move(out), std::move(err)};
-}
-
-// A message document that names the schema "messages.xsd" beside it (see
-// copySchemaInto) and holds `body` from its third line on.
-inline std::string messageDocument(const std::string& body) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-         "xsi:noNamespaceSchemaLocation=\"messages.xsd\">\n" +
-         body + "</MessageCollection>\n";
 }
 
 // "file:line: error: message" of the refusal that `read(path)` raises, ""
