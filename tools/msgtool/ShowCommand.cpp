@@ -116,7 +116,15 @@ std::string chosenForm(const Catalogue& catalogue, const MessageKey& key, msg::M
   return "";
 }
 
-int runShow(ShowOptions options) {
+// What show is asked for: the documents, the key and its arguments, read
+// from the words on the command line; raises ToolError if they are not that.
+struct ShowRequest {
+  std::vector<std::string> files;
+  MessageKey key;
+  std::vector<const char*> arguments;  // into the options' words
+};
+
+ShowRequest requestOf(ShowOptions& options) {
   const std::size_t documents = takeDocuments(options.words);
   if (documents == 0) {
     throw ToolError("show: name at least one message document first");
@@ -124,31 +132,56 @@ int runShow(ShowOptions options) {
   if (options.words.size() < documents + 2) {
     throw ToolError("show: name the message by NAMESPACE and IDENTIFIER after the documents");
   }
-  const std::vector<std::string> files(options.words.begin(), options.words.begin() + documents);
-  const MessageKey key(options.words[documents], options.words[documents + 1]);
-  std::vector<const char*> arguments;
+  ShowRequest request;
+  request.files.assign(options.words.begin(), options.words.begin() + documents);
+  request.key = MessageKey(options.words[documents], options.words[documents + 1]);
   for (std::size_t i = documents + 2; i < options.words.size(); ++i) {
-    arguments.push_back(options.words[i].c_str());
+    request.arguments.push_back(options.words[i].c_str());
   }
+  return request;
+}
+
+// --languages if given, else the environment's preference.
+msg::LanguageList preferredLanguages(const std::string& option) {
+  if (option.empty()) {
+    return msg::LanguageList::fromEnvironment();
+  }
+  try {
+    return msg::LanguageList::parse(option);
+  } catch (const std::invalid_argument& error) {
+    throw ToolError(std::string("show: --languages: ") + error.what());
+  }
+}
+
+// Wrapped at `width` columns as a terminal shows them, whatever the
+// catalogue's script; as it stands with width 0.
+void setChannel(msg::MessageHandler& handler, int width) {
+  if (width > 0) {
+    auto* channel = new WrappingChannel;
+    channel->setRightMargin(width - 1);
+    channel->setTextHeaderFormat("&t");
+    channel->setTextModel(msg::FormattingMessageChannel::TextModel::kUnicode);
+    handler.setMessageChannel(channel, true);
+  } else {
+    handler.setMessageChannel(new PlainChannel, true);
+  }
+}
+
+int runShow(ShowOptions options) {
+  ShowRequest request = requestOf(options);
+  const MessageKey& key = request.key;
+  std::vector<const char*>& arguments = request.arguments;
   if (options.width < 0 || options.width == 1) {
     throw ToolError("show: --width must be at least 2");
   }
 
-  const Catalogue catalogue = readWholeCatalogue(files);
-  msg::LanguageList languages = msg::LanguageList::fromEnvironment();
-  if (!options.languages.empty()) {
-    try {
-      languages = msg::LanguageList::parse(options.languages);
-    } catch (const std::invalid_argument& error) {
-      throw ToolError(std::string("show: --languages: ") + error.what());
-    }
-  }
-
+  const Catalogue catalogue = readWholeCatalogue(request.files);
+  const msg::LanguageList languages = preferredLanguages(options.languages);
   // The session comes first, so that the handler joins it with UTF-8 output.
   XmlSession session;
   msg::MessageHandlerX handler;
   handler.setLanguageList(languages);
-  for (const std::string& file : files) {
+  for (const std::string& file : request.files) {
     try {
       handler.loadMessageDocument(file.c_str());
     } catch (const msg::ErrorInMessageDocument& error) {
@@ -177,16 +210,7 @@ int runShow(ShowOptions options) {
               << "; " << arguments.size() << " argument(s) given\n";
   }
 
-  if (options.width > 0) {
-    auto* channel = new WrappingChannel;
-    channel->setRightMargin(options.width - 1);
-    channel->setTextHeaderFormat("&t");
-    // Columns as a terminal shows them, whatever the catalogue's script.
-    channel->setTextModel(msg::FormattingMessageChannel::TextModel::kUnicode);
-    handler.setMessageChannel(channel, true);
-  } else {
-    handler.setMessageChannel(new PlainChannel, true);
-  }
+  setChannel(handler, options.width);
   handler.setSeverityLevel(msg::info);
   msg::Message message(&handler, key.first.c_str(), key.second.c_str());
   handler.writeMessageN(message, static_cast<unsigned>(arguments.size()), arguments.data());

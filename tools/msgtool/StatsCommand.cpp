@@ -36,20 +36,10 @@ struct LanguageCount {
   double share = 0.0;     // translated / messages, 0 with no messages
 };
 
-int runStats(const StatsOptions& options) {
-  const Catalogue catalogue = readWholeCatalogue(options.files);
-  const auto keys = catalogue.byKey();
+using KeyTexts = std::map<MessageKey, std::vector<const CatalogueEntry*>>;
 
-  std::vector<std::string> languages;
-  for (const std::string& tag : splitList(options.languages)) {
-    languages.push_back(msg::Language(tag.c_str()).toString());
-  }
-  if (languages.empty()) {
-    languages = catalogue.languages();
-  }
-
-  // A plural message is translated into a language only with every form
-  // the language needs.
+// The plural messages of `keys`, each with its texts by language.
+std::map<MessageKey, PluralKey> pluralKeysOf(const KeyTexts& keys) {
   std::map<MessageKey, PluralKey> plurals;
   for (const auto& key : keys) {
     PluralKey plural;
@@ -57,43 +47,51 @@ int runStats(const StatsOptions& options) {
       plurals.emplace(key.first, std::move(plural));
     }
   }
-  auto complete = [&plurals](const MessageKey& key, const std::string& language) {
-    const auto plural = plurals.find(key);
-    if (plural == plurals.end()) {
-      return true;
-    }
-    for (const PluralTexts& texts : plural->second.languages) {
-      if (texts.language == language) {
-        return missingForms(texts, plural->second.kind) == 0;
-      }
-    }
-    return false;
-  };
+  return plurals;
+}
 
-  std::vector<LanguageCount> counts;
-  for (const std::string& language : languages) {
-    LanguageCount count{language};
-    for (const auto& key : keys) {
-      // A key is stale in a language if any of its texts there is: each
-      // form of a plural message is judged on its own, as check judges it.
-      bool found = false;
-      bool stale = false;
-      for (const CatalogueEntry* entry : key.second) {
-        if (entry->packedLanguage == language) {
-          found = true;
-          stale = stale || isStaleTranslation(*entry, key.second);
-        }
-      }
-      ++(found && complete(key.first, language) ? count.translated : count.missing);
-      count.stale += stale ? 1 : 0;
-    }
-    count.share = keys.empty() ? 0.0 : static_cast<double>(count.translated) / keys.size();
-    counts.push_back(count);
+// Whether `key` is complete in `language`: a plural message is translated
+// into a language only with every form the language needs.
+bool hasEveryForm(const std::map<MessageKey, PluralKey>& plurals, const MessageKey& key,
+                  const std::string& language) {
+  const auto plural = plurals.find(key);
+  if (plural == plurals.end()) {
+    return true;
   }
+  for (const PluralTexts& texts : plural->second.languages) {
+    if (texts.language == language) {
+      return missingForms(texts, plural->second.kind) == 0;
+    }
+  }
+  return false;
+}
 
-  if (options.format == OutputFormat::json) {
+LanguageCount countLanguage(const std::string& language, const KeyTexts& keys,
+                            const std::map<MessageKey, PluralKey>& plurals) {
+  LanguageCount count{language};
+  for (const auto& key : keys) {
+    // A key is stale in a language if any of its texts there is: each
+    // form of a plural message is judged on its own, as check judges it.
+    bool found = false;
+    bool stale = false;
+    for (const CatalogueEntry* entry : key.second) {
+      if (entry->packedLanguage == language) {
+        found = true;
+        stale = stale || isStaleTranslation(*entry, key.second);
+      }
+    }
+    ++(found && hasEveryForm(plurals, key.first, language) ? count.translated : count.missing);
+    count.stale += stale ? 1 : 0;
+  }
+  count.share = keys.empty() ? 0.0 : static_cast<double>(count.translated) / keys.size();
+  return count;
+}
+
+void printCounts(const std::vector<LanguageCount>& counts, std::size_t messages,
+                 OutputFormat format) {
+  if (format == OutputFormat::json) {
     nlohmann::ordered_json out;
-    out["messages"] = keys.size();
+    out["messages"] = messages;
     out["languages"] = nlohmann::ordered_json::array();
     for (const LanguageCount& count : counts) {
       out["languages"].push_back({{"language", count.language},
@@ -103,18 +101,38 @@ int runStats(const StatsOptions& options) {
                                   {"share", count.share}});
     }
     std::cout << out.dump(2) << '\n';
-    return kExitClean;
+    return;
   }
   for (const LanguageCount& count : counts) {
     char share[16];
     std::snprintf(share, sizeof share, "%.1f%%", 100.0 * count.share);
     std::cout << count.language << ": " << count.translated << " translated, " << count.missing
-              << " missing, " << share << " of " << keys.size() << " messages";
+              << " missing, " << share << " of " << messages << " messages";
     if (count.stale > 0) {
       std::cout << ", " << count.stale << " stale";
     }
     std::cout << '\n';
   }
+}
+
+int runStats(const StatsOptions& options) {
+  const Catalogue catalogue = readWholeCatalogue(options.files);
+  const KeyTexts keys = catalogue.byKey();
+
+  std::vector<std::string> languages;
+  for (const std::string& tag : splitList(options.languages)) {
+    languages.push_back(msg::Language(tag.c_str()).toString());
+  }
+  if (languages.empty()) {
+    languages = catalogue.languages();
+  }
+
+  const std::map<MessageKey, PluralKey> plurals = pluralKeysOf(keys);
+  std::vector<LanguageCount> counts;
+  for (const std::string& language : languages) {
+    counts.push_back(countLanguage(language, keys, plurals));
+  }
+  printCounts(counts, keys.size(), options.format);
   return kExitClean;
 }
 
