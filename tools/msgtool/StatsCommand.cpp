@@ -129,6 +129,7 @@ int runStats(const StatsOptions& options) {
 
   const std::map<MessageKey, PluralKey> plurals = pluralKeysOf(keys);
   std::vector<LanguageCount> counts;
+  counts.reserve(languages.size());
   for (const std::string& language : languages) {
     counts.push_back(countLanguage(language, keys, plurals));
   }
