@@ -1,12 +1,12 @@
 #include "msg/FormattingMessageChannel.h"
 
 #include <cstring>
-#include <iostream>
 #include <memory>
 #include <string>
 
 #include "message_core/TextLayout.h"
 #include "msg/Message.h"
+#include "platform/StandardError.h"
 
 namespace msg {
 
@@ -168,7 +168,7 @@ void FormattingMessageChannel::onMessageLine(bool /*firstLine*/, bool /*lastLine
   // One write per line, so that lines of several threads do not tear.
   std::string text(line);
   text += '\n';
-  std::cerr.write(text.data(), static_cast<std::streamsize>(text.size()));
+  platform::standardError().write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 void FormattingMessageChannel::appendText(const char* value, LineState& state) {

@@ -1,9 +1,9 @@
 #include "msg/MessageChannel.h"
 
-#include <iostream>
 #include <string>
 
 #include "msg/Message.h"
+#include "platform/StandardError.h"
 
 namespace msg {
 
@@ -30,7 +30,7 @@ void MessageChannel::onMessage(const Message& message) {
   line += ": ";
   appendPiece(line, message.getMessage());
   line += '\n';
-  std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+  platform::standardError().write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
 }  // namespace msg
