@@ -12,10 +12,10 @@
 
 int main() {
   msg::MessageHandler handler;
-  new msg::MTE(msg::error, "en", "probe", "plain", "through MessageChannel", &handler, false,
-               false);
+  // With copied strings the handler owns its entries.
+  new msg::MTE(msg::error, "en", "probe", "plain", "through MessageChannel", &handler, false, true);
   new msg::MTE(msg::error, "en", "probe", "formatted", "through FormattingMessageChannel", &handler,
-               false, false);
+               false, true);
   msg::Message plain(&handler, "probe", "plain");
   handler.writeMessage(plain);
   handler.setMessageChannel(new msg::FormattingMessageChannel, true);
