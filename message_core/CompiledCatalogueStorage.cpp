@@ -30,11 +30,13 @@ std::uint64_t when(std::uint32_t time, std::uint32_t order) {
   return std::uint64_t{time} << 32 | order;
 }
 
+}  // namespace
+
 // Room for the texts of a key, on the stack unless a key has very many.
 // The room is not initialised: a lookup uses two or three places of it.
-class Candidates {
+class LookupCandidates {
  public:
-  Candidates() {}  // NOLINT(modernize-use-equals-default): leaves the room as it is
+  LookupCandidates() {}  // NOLINT(modernize-use-equals-default): leaves the room as it is
 
   void add(const Candidate& candidate) {
     if (count < kRoom) {
@@ -61,9 +63,11 @@ class Candidates {
   std::uint32_t count = 0;
 };
 
+namespace {
+
 // For each language the latest text; of those the best rank, and at equal
 // rank the language that arrived last. Null if no candidate.
-const Candidate* bestOf(const Candidates& candidates) {
+const Candidate* bestOf(const LookupCandidates& candidates) {
   std::uint32_t best = 0;
   int bestRank = -1;
   std::uint64_t bestArrival = 0;
@@ -110,38 +114,24 @@ void CompiledCatalogueStorage::stamp(const MTE* entry, const MTE* replaced) {
   stamps[entry] = stamp;
 }
 
-MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& table,
-                                                        const char* nameSpace,
-                                                        const char* identifier,
-                                                        const LanguageList& list) const {
-  Key key{nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier), 0};
-  // First, so that the catalogues' memory is on its way while the table
-  // is asked.
-  key.hash = prepare(key);
-  // The table's index key hashes the key its own way; an empty table
-  // needs none.
-  const KeyGroup* group =
-      table.getCount() > 0 ? table.groupOf(IndexKey(nameSpace, identifier)) : nullptr;
-  Candidates candidates;
-  if (group != nullptr) {
-    for (std::uint32_t i = 0; i < group->size(); ++i) {
-      const int rank = list.distance(group->language(i));
-      if (rank < 0) {
-        continue;
-      }
-      const Stamp stamp = stamps.empty() ? Stamp() : stampOf(group->entry(i));
-      const std::uint32_t order = group->size() - i;  // the chain's head is the latest
-      Candidate candidate{
-          group->language(i),
-          rank,
-          when(2 * stamp.content, order),
-          when(2 * stamp.arrival, order),
-          group->entry(i),
-          Text{nullptr, nullptr, group->text(i), group->language(i), group->severity(i), 0},
-          0};
-      candidates.add(candidate);
+void CompiledCatalogueStorage::addTableTexts(const KeyGroup& group, const LanguageList& list,
+                                             LookupCandidates& candidates) const {
+  for (std::uint32_t i = 0; i < group.size(); ++i) {
+    const int rank = list.distance(group.language(i));
+    if (rank < 0) {
+      continue;
     }
+    const Stamp stamp = stamps.empty() ? Stamp() : stampOf(group.entry(i));
+    const std::uint32_t order = group.size() - i;  // the chain's head is the latest
+    candidates.add(Candidate{
+        group.language(i), rank, when(2 * stamp.content, order), when(2 * stamp.arrival, order),
+        group.entry(i),
+        Text{nullptr, nullptr, group.text(i), group.language(i), group.severity(i), 0}, 0});
   }
+}
+
+void CompiledCatalogueStorage::addCatalogueTexts(const Key& key, const LanguageList& list,
+                                                 LookupCandidates& candidates) const {
   constexpr std::uint32_t kRoom = sizeof(TextRoom::texts) / sizeof(Text);
   TextRoom room;
   Text* const texts = room.texts;
@@ -162,23 +152,42 @@ MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& tabl
       }
     }
   }
+}
+
+MessageTable::Choice CompiledCatalogueStorage::findBest(const MessageTable& table,
+                                                        const char* nameSpace,
+                                                        const char* identifier,
+                                                        const LanguageList& list) const {
+  Key key{nameSpace, std::strlen(nameSpace), identifier, std::strlen(identifier), 0};
+  // First, so that the catalogues' memory is on its way while the table
+  // is asked.
+  key.hash = prepare(key);
+  LookupCandidates candidates;
+  // The table's index key hashes the key its own way; an empty table
+  // needs none.
+  if (table.getCount() > 0) {
+    const KeyGroup* group = table.groupOf(IndexKey(nameSpace, identifier));
+    if (group != nullptr) {
+      addTableTexts(*group, list, candidates);
+    }
+  }
+  addCatalogueTexts(key, list, candidates);
 
   const Candidate* const best = bestOf(candidates);
   if (best == nullptr) {
     return MessageTable::Choice();
   }
-  const Candidate& chosen = *best;
   MessageTable::Choice choice;
-  choice.entry = chosen.entry;
-  choice.text = chosen.text.text;
-  choice.language = chosen.language;
-  choice.severity = chosen.text.severity;
-  if (chosen.entry != nullptr) {
-    choice.forms = table.pluralFormsOf(chosen.entry);
+  choice.entry = best->entry;
+  choice.text = best->text.text;
+  choice.language = best->language;
+  choice.severity = best->text.severity;
+  if (best->entry != nullptr) {
+    choice.forms = table.pluralFormsOf(best->entry);
   } else {
-    choice.nameSpace = chosen.text.nameSpace;
-    choice.identifier = chosen.text.identifier;
-    choice.forms = formsOf(chosen.catalogue, chosen.text);
+    choice.nameSpace = best->text.nameSpace;
+    choice.identifier = best->text.identifier;
+    choice.forms = formsOf(best->catalogue, best->text);
   }
   return choice;
 }

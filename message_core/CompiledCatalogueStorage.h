@@ -16,6 +16,8 @@
 
 namespace msg {
 
+class KeyGroup;
+class LookupCandidates;
 class MTE;
 class PluralForms;
 
@@ -115,6 +117,14 @@ class CompiledCatalogueStorage {
     std::uint32_t content = 0;  // loads before this entry
   };
   Stamp stampOf(const MTE* entry) const;
+
+  // The steps of findBest: the texts of the key's group in the table, then
+  // those of every catalogue read in place, each with its rank for `list`
+  // and its time (see the .cpp), into `candidates`.
+  void addTableTexts(const KeyGroup& group, const LanguageList& list,
+                     LookupCandidates& candidates) const;
+  void addCatalogueTexts(const Key& key, const LanguageList& list,
+                         LookupCandidates& candidates) const;
 
   std::uint32_t catalogues = 0;
   std::unordered_map<const MTE*, Stamp> stamps;
