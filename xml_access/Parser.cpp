@@ -171,24 +171,8 @@ void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
     }
     guard->start(fileName, messageDocumentRules, messageDocumentRules);
     parser->parseBounded(fileName.c_str());
-  } catch (const xercesc::XMLException& exception) {
-    appendAbort(errorText, problems, fileName,
-                kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
-  } catch (const xercesc::DOMException& exception) {
-    appendDomAbort(errorText, exception);
-    problems.push_back(ParseProblem{fileName, 0, 0, "error in DOM while parsing"});
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
-  } catch (const ParseRefused& refused) {
-    appendRefusal(errorText, problems, refused);
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
   } catch (...) {
-    appendAbort(errorText, problems, fileName, kUnknownError);
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
+    failParse(errorText, fileName, false);
   }
   if (appendGuardRefusal(errorText)) {
     throw ParsingError(errorText.str());
@@ -198,6 +182,32 @@ void Parser::parseFirst(const std::string& fileName, bool keepPositions) {
     noteLoweredReferenceLimit(fileName);
     throw ParsingError(errorText.str());
   }
+}
+
+void Parser::failParse(std::ostringstream& errorText, const std::string& systemId,
+                       bool describeOwnExceptions) {
+  try {
+    throw;
+  } catch (const Exception& exception) {
+    if (describeOwnExceptions) {
+      errorText << kAbortWhileParsing << exception.getText() << std::endl;
+      problems.push_back(ParseProblem{systemId, 0, 0, firstLine(exception.getText())});
+    } else {
+      appendAbort(errorText, problems, systemId, kUnknownError);
+    }
+  } catch (const xercesc::XMLException& exception) {
+    appendAbort(errorText, problems, systemId,
+                kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
+  } catch (const xercesc::DOMException& exception) {
+    appendDomAbort(errorText, exception);
+    problems.push_back(ParseProblem{systemId, 0, 0, "error in DOM while parsing"});
+  } catch (const ParseRefused& refused) {
+    appendRefusal(errorText, problems, refused);
+  } catch (...) {
+    appendAbort(errorText, problems, systemId, kUnknownError);
+  }
+  appendGuardRefusal(errorText);
+  throw ParsingError(errorText.str());
 }
 
 void Parser::noteLoweredReferenceLimit(const std::string& fileName) {
@@ -239,34 +249,9 @@ xercesc::DOMNode* Parser::validateAfterXInclude(const std::string& systemId, boo
     if (reparse) {
       places = parseCopy(systemId, *memory.target, firstDocument, positions, reporter);
     }
-  } catch (const Exception& exception) {
-    recover();
-    errorText << kAbortWhileParsing << exception.getText() << std::endl;
-    problems.push_back(ParseProblem{systemId, 0, 0, firstLine(exception.getText())});
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
-  } catch (const xercesc::XMLException& exception) {
-    recover();
-    appendAbort(errorText, problems, systemId,
-                kAbortWhileParsing + transcodeFromXMLCh(exception.getMessage()));
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
-  } catch (const xercesc::DOMException& exception) {
-    recover();
-    appendDomAbort(errorText, exception);
-    problems.push_back(ParseProblem{systemId, 0, 0, "error in DOM while parsing"});
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
-  } catch (const ParseRefused& refused) {
-    recover();
-    appendRefusal(errorText, problems, refused);
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
   } catch (...) {
     recover();
-    appendAbort(errorText, problems, systemId, kUnknownError);
-    appendGuardRefusal(errorText);
-    throw ParsingError(errorText.str());
+    failParse(errorText, systemId, true);
   }
 
   if (appendGuardRefusal(errorText, &places)) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -139,6 +140,14 @@ class Parser {
   // The first parse of `fileName`: raises ParsingError with the call's error
   // text, or returns with the document in the parser object.
   void parseFirst(const std::string& fileName, bool keepPositions);
+
+  // Called in a catch block of a parse of `systemId`: describes the
+  // exception being handled in the error text and the problems, then the
+  // guard's refusal if one stands, and throws the ParsingError that carries
+  // them. An Exception of this layer counts as unknown unless
+  // `describeOwnExceptions` (then its text is the problem).
+  [[noreturn]] void failParse(std::ostringstream& errorText, const std::string& systemId,
+                              bool describeOwnExceptions);
 
   // Adds the parser's note on a lowered entity reference limit, if any, to
   // the problems (not to the error text).
