@@ -103,6 +103,16 @@ std::string checkIcu() {
   }
   return {};
 }
+
+std::string formatIcu(const icu::MessageFormat& format, const icu::Formattable (&arguments)[2]) {
+  icu::UnicodeString result;
+  icu::FieldPosition ignored;
+  UErrorCode error = U_ZERO_ERROR;
+  format.format(arguments, 2, result, ignored, error);
+  std::string text;
+  result.toUTF8String(text);
+  return text;
+}
 #endif
 
 }  // namespace msg_bench

@@ -14,6 +14,8 @@
 #include <vector>
 
 #ifdef MSG_BENCH_WITH_ICU
+#include <unicode/fmtable.h>
+#include <unicode/msgfmt.h>
 #include <unicode/ures.h>
 #endif
 
@@ -43,6 +45,9 @@ UResourceBundle* icuBundle();
 // Empty if every key resolves to the expected text through ICU's fallback,
 // else what differs.
 std::string checkIcu();
+
+// `format` applied to the two arguments, as UTF-8.
+std::string formatIcu(const icu::MessageFormat& format, const icu::Formattable (&arguments)[2]);
 #endif
 
 }  // namespace msg_bench

@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "Peers.h"
 #include "message_core/NumberFormat.h"
 #include "msg/LanguageList.h"
 #include "msg/MTE.h"
@@ -95,13 +96,7 @@ void NumberRenderIcuCached(benchmark::State& state) {
   const auto renderIcu = [&](double value) {
     const icu::Formattable arguments[2] = {icu::Formattable(value),
                                            icu::Formattable(icu::UnicodeString(kFile))};
-    icu::UnicodeString result;
-    icu::FieldPosition ignored;
-    UErrorCode error = U_ZERO_ERROR;
-    format.format(arguments, 2, result, ignored, error);
-    std::string text;
-    result.toUTF8String(text);
-    return text;
+    return formatIcu(format, arguments);
   };
   for (std::size_t k = 0; k < 8; ++k) {
     if (renderIcu(kValues[k]) != expected(k)) {

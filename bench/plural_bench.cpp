@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "Peers.h"
 #include "message_core/MessageTable.h"
 #include "message_core/PluralForms.h"
 #include "msg/MTE.h"
@@ -95,13 +96,7 @@ void PluralRenderIcuCached(benchmark::State& state) {
   const auto renderIcu = [&](int count) {
     const icu::Formattable arguments[2] = {icu::Formattable(count),
                                            icu::Formattable(icu::UnicodeString(kFolder))};
-    icu::UnicodeString result;
-    icu::FieldPosition ignored;
-    UErrorCode error = U_ZERO_ERROR;
-    format.format(arguments, 2, result, ignored, error);
-    std::string text;
-    result.toUTF8String(text);
-    return text;
+    return formatIcu(format, arguments);
   };
   if (renderIcu(1) != "1 file was copied to /srv/archive.") {
     state.SkipWithError(("ICU gave " + renderIcu(1)).c_str());

@@ -148,15 +148,19 @@ std::string toUtf8(const icu::UnicodeString& text) {
   return out;
 }
 
-void W2IcuPerCall(benchmark::State& state) {
-  static const std::string problem = [] {
-    const std::string bundleProblem = checkIcu();
-    return !bundleProblem.empty() ? bundleProblem : checkRender("ICU", [](const char* key) {
-      icu::UnicodeString result;
-      renderIcuPerCall(key, result);
-      return toUtf8(result);
-    });
-  }();
+using IcuRender = void (*)(const char* key, icu::UnicodeString& result);
+
+// Why ICU cannot take part, or empty once `render` gives the expected texts.
+std::string icuRenderProblem(IcuRender render) {
+  const std::string bundleProblem = checkIcu();
+  return !bundleProblem.empty() ? bundleProblem : checkRender("ICU", [render](const char* key) {
+    icu::UnicodeString result;
+    render(key, result);
+    return toUtf8(result);
+  });
+}
+
+void timeIcuRender(benchmark::State& state, const std::string& problem, IcuRender render) {
   if (!problem.empty()) {
     state.SkipWithError(problem.c_str());
     return;
@@ -165,9 +169,14 @@ void W2IcuPerCall(benchmark::State& state) {
   std::size_t next = 0;
   icu::UnicodeString result;
   for (auto _ : state) {
-    renderIcuPerCall(keys[next++ & kMask], result);
+    render(keys[next++ & kMask], result);
     benchmark::DoNotOptimize(result.getBuffer());
   }
+}
+
+void W2IcuPerCall(benchmark::State& state) {
+  static const std::string problem = icuRenderProblem(renderIcuPerCall);
+  timeIcuRender(state, problem, renderIcuPerCall);
 }
 BENCHMARK(W2IcuPerCall)->Name("W2_render/icu_pattern_per_call");
 
@@ -197,25 +206,8 @@ void renderIcuCached(const char* key, icu::UnicodeString& result) {
 }
 
 void W2IcuCached(benchmark::State& state) {
-  static const std::string problem = [] {
-    const std::string bundleProblem = checkIcu();
-    return !bundleProblem.empty() ? bundleProblem : checkRender("ICU", [](const char* key) {
-      icu::UnicodeString result;
-      renderIcuCached(key, result);
-      return toUtf8(result);
-    });
-  }();
-  if (!problem.empty()) {
-    state.SkipWithError(problem.c_str());
-    return;
-  }
-  const std::vector<const char*>& keys = standardSequenceKeys();
-  std::size_t next = 0;
-  icu::UnicodeString result;
-  for (auto _ : state) {
-    renderIcuCached(keys[next++ & kMask], result);
-    benchmark::DoNotOptimize(result.getBuffer());
-  }
+  static const std::string problem = icuRenderProblem(renderIcuCached);
+  timeIcuRender(state, problem, renderIcuCached);
 }
 BENCHMARK(W2IcuCached)->Name("W2_render/icu_cached_pattern");
 #endif

@@ -85,12 +85,38 @@ int pickSetting(FuzzedDataProvider& data, int low, int high) {
   }
 }
 
-void checkLayout(const RecordingChannel& channel, const std::string& expected, int leftMargin,
-                 int rightMargin, int indent) {
+// The right margin, the left one within it, and where the first line
+// starts, as the channel applies them.
+struct Margins {
+  int left;
+  int right;
+  long long start;
+};
+
+Margins marginsOf(int leftMargin, int rightMargin, int indent) {
   const int right = std::max(rightMargin, 0);
   const int left = std::min(std::max(leftMargin, 0), right);
-  const long long start =
-      std::min<long long>(std::max<long long>(static_cast<long long>(indent) + left, 0), right);
+  return Margins{
+      left, right,
+      std::min<long long>(std::max<long long>(static_cast<long long>(indent) + left, 0), right)};
+}
+
+// Line `i` behind its margin fill; fails if its flags or its fill are wrong.
+std::string contentOf(const std::vector<Line>& lines, std::size_t i, const Margins& margins) {
+  const Line& line = lines[i];
+  if (line.first != (i == 0) || line.last != (i + 1 == lines.size())) {
+    fail("flags out of order", "line " + std::to_string(i) + ": " + line.text);
+  }
+  const std::size_t fill = static_cast<std::size_t>(i == 0 ? margins.start : margins.left);
+  if (line.text.size() < fill || line.text.find_first_not_of(' ') < fill) {
+    fail("margin fill missing", line.text);
+  }
+  return line.text.substr(fill);
+}
+
+void checkLayout(const RecordingChannel& channel, const std::string& expected, int leftMargin,
+                 int rightMargin, int indent) {
+  const Margins margins = marginsOf(leftMargin, rightMargin, indent);
   const std::vector<Line>& lines = channel.lines;
   if (lines.empty()) {
     fail("no line", expected);
@@ -100,17 +126,10 @@ void checkLayout(const RecordingChannel& channel, const std::string& expected, i
   std::set<std::size_t> positions = {0};
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const Line& line = lines[i];
-    if (line.first != (i == 0) || line.last != (i + 1 == lines.size())) {
-      fail("flags out of order", "line " + std::to_string(i) + ": " + line.text);
-    }
-    if (line.text.size() > static_cast<std::size_t>(right) + 1) {
+    if (line.text.size() > static_cast<std::size_t>(margins.right) + 1) {
       fail("line too long", line.text);
     }
-    const std::size_t fill = static_cast<std::size_t>(i == 0 ? start : left);
-    if (line.text.size() < fill || line.text.find_first_not_of(' ') < fill) {
-      fail("margin fill missing", line.text);
-    }
-    const std::string content = line.text.substr(fill);
+    const std::string content = contentOf(lines, i, margins);
     std::set<std::size_t> next;
     for (std::size_t at : positions) {
       // A break may have dropped the blank in front of this line.
@@ -149,10 +168,7 @@ std::size_t lineBreakLength(const std::string& text, std::size_t at) {
 
 void checkUnicodeLayout(const RecordingChannel& channel, const std::string& expected,
                         int leftMargin, int rightMargin, int indent) {
-  const int right = std::max(rightMargin, 0);
-  const int left = std::min(std::max(leftMargin, 0), right);
-  const long long start =
-      std::min<long long>(std::max<long long>(static_cast<long long>(indent) + left, 0), right);
+  const Margins margins = marginsOf(leftMargin, rightMargin, indent);
   const std::vector<Line>& lines = channel.lines;
   if (lines.empty()) {
     fail("no line", expected);
@@ -160,17 +176,10 @@ void checkUnicodeLayout(const RecordingChannel& channel, const std::string& expe
   std::set<std::size_t> positions = {0};
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const Line& line = lines[i];
-    if (line.first != (i == 0) || line.last != (i + 1 == lines.size())) {
-      fail("flags out of order", "line " + std::to_string(i) + ": " + line.text);
-    }
     if (!msg::isValidUtf8(line.text.data(), line.text.size())) {
       fail("line is not valid UTF-8", line.text);
     }
-    const std::size_t fill = static_cast<std::size_t>(i == 0 ? start : left);
-    if (line.text.size() < fill || line.text.find_first_not_of(' ') < fill) {
-      fail("margin fill missing", line.text);
-    }
-    const std::string content = line.text.substr(fill);
+    const std::string content = contentOf(lines, i, margins);
     std::set<std::size_t> next;
     for (std::size_t at : positions) {
       // Between two lines: blanks, then at most one mandatory break.
