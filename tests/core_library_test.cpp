@@ -71,11 +71,9 @@ TEST(CoreLibraryTest, LoadsIcuOnlyForTheFirstTextBeyondAscii) {
   EXPECT_FALSE(isMapped("libicuuc")) << "an ASCII text loaded ICU";
   EXPECT_FALSE(isMapped("msg-unicode.so"));
 
-  // Sixteen columns hold "Файл не найден:" (15 letters, 28 bytes); the
-  // byte model would cut after 16 bytes.
-  const std::vector<std::string> russian = layOut(kRussian, TextModel::kChosenByText);
-  EXPECT_EQ(russian, (std::vector<std::string>{"Файл не найден:", "проверьте путь"}));
-  EXPECT_NE(russian, layOut(kRussian, TextModel::kBytes));
+  // How the Unicode model lays the text out is FormattingChannelUnicodeTest's;
+  // here it shows that the module was loaded and used.
+  EXPECT_NE(layOut(kRussian, TextModel::kChosenByText), layOut(kRussian, TextModel::kBytes));
   EXPECT_TRUE(isMapped("/msg/msg-unicode.so"));
   EXPECT_TRUE(isMapped("libicuuc"));
 }

@@ -16,10 +16,6 @@ sys.dont_write_bytecode = True  # nothing written into the source tree
 import doxygen_filter  # noqa: E402
 
 
-def run(text):
-    return doxygen_filter.filter_header(text).split("\n")
-
-
 def undo(line):
     """What a filtered line was before the filter, if the filter changed
     only comments: the reverse of each rewrite it makes."""
@@ -38,42 +34,14 @@ def undo(line):
 
 
 class WhatBecomesDocumentation(unittest.TestCase):
-    HEADER = """\
-// Widget: a header that says what it is for.
-
-#ifndef WIDGET_H_
-#define WIDGET_H_
-
-namespace msg {
-
-// A widget.
-class Widget {
- public:
-  // Makes one.
-  Widget();
-
-  // Not attached to anything: a blank line follows.
-
-  int size() const {
-    // Inside a body: stays a comment.
-    return 1;
-  }
-};
-
-}  // namespace msg
-
-#endif  // WIDGET_H_"""
-
-    def test_blocks_before_declarations_become_documentation_and_nothing_else(self):
-        expected = self.HEADER.split("\n")
-        expected[0] = "/// Widget: a header that says what it is for."
-        expected[1] = "/// @file"
-        expected[7] = "/// A widget."
-        expected[10] = "  /// Makes one."
-        self.assertEqual(run(self.HEADER), expected)
-
     # What the filter makes of a header's text, as (what, text, filtered).
     CASES = [
+        ("the leading block documents the file; a block before a blank line or in a body "
+         "stays a comment",
+         "// Widget: what it is for.\n\n// A widget.\nclass Widget {\n public:\n"
+         "  // Not attached.\n\n  int size() const {\n    // In a body.\n    return 1;\n  }\n};",
+         "/// Widget: what it is for.\n/// @file\n/// A widget.\nclass Widget {\n public:\n"
+         "  // Not attached.\n\n  int size() const {\n    // In a body.\n    return 1;\n  }\n};"),
         ("a header without a leading block gets no file documentation",
          "#ifndef A_H_\n#define A_H_\n\n// A.\nstruct A;\n#endif",
          "#ifndef A_H_\n#define A_H_\n\n/// A.\nstruct A;\n#endif"),

@@ -121,19 +121,16 @@ class DocumentSafetyTest : public ::testing::Test {
   }
 
   // Loads `name` and expects a refusal that leaves the table as it was;
-  // gives the problems the exception carried.
+  // gives the problems the exception carried. How a refusal is reported is
+  // DocumentLoaderTest's.
   std::vector<msg::DocumentProblem> refusalOf(const std::string& name) {
-    const std::size_t writtenBefore = channel.lines.size();
     std::vector<msg::DocumentProblem> problems;
     try {
       handler.loadMessageDocument(path(name).c_str());
       ADD_FAILURE() << name << " was loaded";
     } catch (const msg::ErrorInMessageDocument& failure) {
-      EXPECT_EQ(std::string(failure.getText()),
-                "Message document \"" + path(name) + "\" contains syntactical error.");
       problems = failure.getProblems();
     }
-    EXPECT_EQ(channel.lines.size(), writtenBefore + 1);
     EXPECT_EQ(textOf(handler, "base", "kept"), "loaded before");
     EXPECT_FALSE(problems.empty());
     return problems;

@@ -28,16 +28,13 @@ std::string replaceCount(std::string text, unsigned long n) {
 
 // The forms in the order Weblate and Poedit give them (CLDR 42).
 TEST(GettextPluralsTest, FormsFollowTheOrderTranslatorsToolsUse) {
+  // Which categories each language needs is PluralNeedsTest's; here the
+  // order, and the form that stands for `other`.
   const std::vector<std::pair<const char*, const char*>> rows{{"en", "one other"},
-                                                              {"de", "one other"},
-                                                              {"fr", "one many other"},
                                                               {"pl", "one few many"},
-                                                              {"ru", "one few many"},
                                                               {"cs", "one few other"},
                                                               {"ar", "zero one two few many other"},
                                                               {"ga", "one two few many other"},
-                                                              {"cy", "zero one two few many other"},
-                                                              {"he", "one two other"},
                                                               {"ja", "other"}};
   for (const auto& [language, expected] : rows) {
     const msgtool::GettextPlurals plurals = msgtool::GettextPlurals::of(msg::Language(language));

@@ -13,6 +13,7 @@
 #include "Findings.h"
 #include "PluralNeeds.h"
 #include "SourceStamp.h"
+#include "tests/catalogue_support.h"
 #include "tests/scratch_folder.h"
 
 namespace {
@@ -85,19 +86,17 @@ struct CheckCase {
   std::set<std::pair<int, std::string>> findings;  // line, code
 };
 
+// A document of namespace "app" with `messages` inside, the first on line 4.
 std::string documentOf(const std::string& messages) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<MessageCollection xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"\n"
-         "    xmlns:msgtool=\"urn:x-msg:msgtool:1\""
-         "    xsi:noNamespaceSchemaLocation=\"" +
-         std::string(MSG_SOURCE_DIR) +
-         "/schema/messages.xsd\">\n"
-         "<MessageNamespace name=\"app\">\n" +
-         messages + "</MessageNamespace>\n</MessageCollection>\n";
+  return test_support::messageDocument(
+      "<MessageNamespace name=\"app\" xmlns:msgtool=\"urn:x-msg:msgtool:1\">\n" + messages +
+      "</MessageNamespace>\n");
 }
 
 class PluralCheckTest : public ::testing::Test {
  protected:
+  PluralCheckTest() { test_support::copySchemaInto(scratch.path()); }
+
   std::set<std::pair<int, std::string>> findingsOf(const std::string& messages) {
     const std::string file = scratch.write("plurals.xml", documentOf(messages));
     const msgtool::Catalogue catalogue = msgtool::Catalogue::read({file});
@@ -123,7 +122,6 @@ std::string message(const std::string& texts, const std::string& attributes = ""
   return "<Message id=\"m\"" + attributes + ">\n" + texts + "</Message>\n";
 }
 
-// Lines: the document's messages start on line 5.
 TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
   const CheckCase cases[] = {
       {"complete en, pl and ar: no variant is a duplicate",
@@ -142,10 +140,10 @@ TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
        message(kEnglish + "<Text xml:lang=\"pl\" plural=\"few\">&amp;0 pliki</Text>\n"
                           "<Text xml:lang=\"pl\" plural=\"many\">&amp;0 plików</Text>\n"
                           "<Text xml:lang=\"pl\">&amp;0 pliku</Text>\n"),
-       {{10, "plural-form-missing"}}},
+       {{9, "plural-form-missing"}}},
       {"a plain text in a language of a plural key lacks its forms",
        message(kEnglish) + message("<Text xml:lang=\"de\">&amp;0 Dateien</Text>\n"),
-       {{10, "plural-form-missing"}}},
+       {{9, "plural-form-missing"}}},
       {"an exact value stands in for a category of that number alone",
        message("<Text xml:lang=\"en\" plural=\"=1\">one file</Text>\n"
                "<Text xml:lang=\"en\">&amp;0 files</Text>\n"),
@@ -154,18 +152,18 @@ TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
        message("<Text xml:lang=\"fr\" plural=\"=1\">un fichier</Text>\n"
                "<Text xml:lang=\"fr\" plural=\"many\">&amp;0 de fichiers</Text>\n"
                "<Text xml:lang=\"fr\">&amp;0 fichiers</Text>\n"),
-       {{8, "plural-form-missing"}}},
+       {{7, "plural-form-missing"}}},
       {"a form the rules never choose",
        message("<Text xml:lang=\"en\" plural=\"one\">&amp;0 file</Text>\n"
                "<Text xml:lang=\"en\" plural=\"few\">&amp;0 files</Text>\n"
                "<Text xml:lang=\"en\">&amp;0 files</Text>\n"
                "<Text xml:lang=\"ja\" plural=\"one\">&amp;0 ファイル</Text>\n"
                "<Text xml:lang=\"ja\">&amp;0 ファイル</Text>\n"),
-       {{7, "plural-form-unused"}, {9, "plural-form-unused"}}},
+       {{6, "plural-form-unused"}, {8, "plural-form-unused"}}},
       {"ordinal rules: English needs one, two and few",
        message("<Text xml:lang=\"en\" ordinal=\"one\">&amp;0st</Text>\n"
                "<Text xml:lang=\"en\">&amp;0th</Text>\n"),
-       {{7, "plural-form-missing"}}},
+       {{6, "plural-form-missing"}}},
       // Russian `one` is also 21, 31, ...
       {"a form for one number may leave out the count, a form for many may not",
        message("<Text xml:lang=\"en\" plural=\"=0\">No files</Text>\n"
@@ -175,7 +173,7 @@ TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
                "<Text xml:lang=\"ru\" plural=\"few\">&amp;0 файла</Text>\n"
                "<Text xml:lang=\"ru\" plural=\"many\">&amp;0 файлов</Text>\n"
                "<Text xml:lang=\"ru\">&amp;0 файла</Text>\n"),
-       {{9, "placeholder-mismatch"}}},
+       {{8, "placeholder-mismatch"}}},
       {"a variant with other placeholders than the reference other",
        message("<Text xml:lang=\"en\" plural=\"one\">&amp;0: &amp;1 file</Text>\n"
                "<Text xml:lang=\"en\">&amp;0: &amp;1 files</Text>\n"
@@ -184,7 +182,7 @@ TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
                "<Text xml:lang=\"pl\" plural=\"many\">&amp;1 plików</Text>\n"
                "<Text xml:lang=\"pl\">&amp;0: &amp;1 pliku</Text>\n",
                " count=\"&amp;1\""),
-       {{8, "placeholder-mismatch"}, {10, "placeholder-mismatch"}}},
+       {{7, "placeholder-mismatch"}, {9, "placeholder-mismatch"}}},
       // The exact value has the count the others lack.
       {"the count is in no text that serves many numbers",
        message("<Text xml:lang=\"en\" plural=\"=1\">&amp;0: &amp;1 file</Text>\n"
@@ -192,7 +190,7 @@ TEST_F(PluralCheckTest, FindsEachPluralFaultAndNothingInCompleteMessages) {
                "<Text xml:lang=\"de\" plural=\"one\">&amp;0: eine Datei</Text>\n"
                "<Text xml:lang=\"de\">&amp;0: Dateien</Text>\n",
                " count=\"&amp;1\""),
-       {{6, "placeholder-mismatch"}, {7, "plural-count-missing"}, {9, "plural-count-missing"}}},
+       {{5, "placeholder-mismatch"}, {6, "plural-count-missing"}, {8, "plural-count-missing"}}},
   };
   for (const CheckCase& row : cases) {
     SCOPED_TRACE(row.name);
@@ -237,8 +235,8 @@ TEST_F(PluralCheckTest, FormsAreStaleOnlyWhenTheirSourceTextChanged) {
   };
   using Found = std::set<std::pair<int, std::string>>;
   EXPECT_EQ(findingsOf(stamped(other, none)), Found{});
-  EXPECT_EQ(findingsOf(stamped(old, none)), (Found{{10, "stale-translation"}}));
-  EXPECT_EQ(findingsOf(stamped(other, old)), (Found{{12, "stale-translation"}}));
+  EXPECT_EQ(findingsOf(stamped(old, none)), (Found{{9, "stale-translation"}}));
+  EXPECT_EQ(findingsOf(stamped(other, old)), (Found{{11, "stale-translation"}}));
 }
 
 }  // namespace

@@ -63,6 +63,7 @@ round_trip)
   done
   ;;
 stale)
+  # That stats and check count a stale text is msgtool_test's.
   "$tool" export --format po --source en --target de -o de.po app.xml
   sed -i 's/^msgstr "&0 wird gestartet, Version &1."/msgstr "\&0 startet jetzt, Version \&1."/' de.po
   "$tool" import --format po de.po --into app.xml >/dev/null
@@ -71,8 +72,6 @@ stale)
   "$tool" export --format xliff --source en --target de -o stale.xlf app.xml
   "$tool" export --format xliff2 --source en --target de -o stale2.xlf app.xml
   [ "$(grep -c '^#, fuzzy' stale.po)" = 1 ] || fail "stale text not fuzzy"
-  grep -q '^de: .*, 1 stale$' <<<"$("$tool" stats app.xml)" || fail "stats does not count it"
-  grep -q 'app.xml:10:[0-9]*: warning: .*\[stale-translation\]' <<<"$("$tool" check app.xml)" || fail "check does not warn"
   [ "$(grep -c 'state="needs-review-translation"' stale.xlf)" = 1 ] || fail "stale text not for review"
   [ "$(grep -c 'state="initial" subState="msgtool:needs-review"' stale2.xlf)" = 1 ] || fail "not for review in 2.0"
   grep -q '1 fuzzy' <<<"$("$tool" import --format xliff2 stale2.xlf --into app.xml)" || fail "2.0 review imported"

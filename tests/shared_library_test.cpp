@@ -17,6 +17,7 @@
 #include "msg/MessageHandler.h"
 #include "msg/MessageHandlerX.h"
 #include "msg/structured_exception.h"
+#include "msg/version.h"
 #include "tests/null_read.h"
 #include "tests/scratch_folder.h"
 
@@ -29,6 +30,13 @@ TEST(SharedLibraryTest, BothLibrariesAndXercesCAreMapped) {
   EXPECT_NE(maps.find("/libmsg-core.so"), std::string::npos) << maps;
   EXPECT_NE(maps.find("/libmsg.so"), std::string::npos) << maps;
   EXPECT_NE(maps.find("libxerces-c"), std::string::npos) << maps;
+}
+
+// The version string spells the three version numbers, in order.
+TEST(SharedLibraryTest, TheVersionStringSpellsTheVersionNumbers) {
+  EXPECT_EQ(std::string(MSG_VERSION_STRING), std::to_string(MSG_VERSION_MAJOR) + "." +
+                                                 std::to_string(MSG_VERSION_MINOR) + "." +
+                                                 std::to_string(MSG_VERSION_PATCH));
 }
 
 // The first exception text stacks the document handler in front of the

@@ -55,13 +55,11 @@ TEST_F(XIncludeRoundTripTest, IncludesAreExpandedAndTheResultValidatedStrictly) 
 
   // The fault lies in the included part: the block names the part and the
   // place where the faulty element starts there, not the serialised copy.
+  // The problems a loader reads carry the same place (DocumentLoaderTest).
   const std::string breaks = dataFile("include_breaks_schema.xml");
   const std::string part = dataFile("include_part_without_id.xml");
   EXPECT_EQ(parsingErrorOf(parser, breaks),
             errorBlock("Error", part, 2, 1, "missing required attribute 'id'") + kFinished);
-  ASSERT_FALSE(parser.getProblems().empty());
-  EXPECT_EQ(parser.getProblems().front().file, part);
-  EXPECT_EQ(parser.getProblems().front().line, 2u);
 
   // Relaxed settings are back: an unexpanded include would fail a strict first parse.
   EXPECT_TRUE(parser.parseFile(dataFile("include_main.xml")).isValid());

@@ -137,39 +137,11 @@ int useTypedLayer(msg::MessageHandler& handler, int argc) {
          msg::SyslogMessageChannel::levelOf(msg::warning) + (entry.getOwnsStrings() ? 1 : 0);
 }
 
-// The version macros are integer constants usable in #if, and the string
-// spells the same three numbers in order.
+// The version macros are integer constants usable in #if (that the string
+// spells them is SharedLibraryTest's).
 #if MSG_VERSION_MAJOR < 0 || MSG_VERSION_MINOR < 0 || MSG_VERSION_PATCH < 0
 #error "msg/version.h: a version number is not a non-negative integer"
 #endif
-
-// Reads the decimal number at `text[at]`; `at` ends behind its last digit.
-constexpr int readNumber(const char* text, int& at) {
-  int value = 0;
-  while (text[at] >= '0' && text[at] <= '9') {
-    value = 10 * value + (text[at] - '0');
-    ++at;
-  }
-  return value;
-}
-
-constexpr bool versionStringMatches(const char* text) {
-  int at = 0;
-  const int major = readNumber(text, at);
-  if (text[at++] != '.') {
-    return false;
-  }
-  const int minor = readNumber(text, at);
-  if (text[at++] != '.') {
-    return false;
-  }
-  const int patch = readNumber(text, at);
-  return text[at] == '\0' && major == MSG_VERSION_MAJOR && minor == MSG_VERSION_MINOR &&
-         patch == MSG_VERSION_PATCH;
-}
-
-static_assert(versionStringMatches(MSG_VERSION_STRING),
-              "MSG_VERSION_STRING differs from MSG_VERSION_MAJOR.MINOR.PATCH");
 
 }  // namespace
 
