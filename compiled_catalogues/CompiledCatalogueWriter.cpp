@@ -186,83 +186,96 @@ void CompiledCatalogueWriter::addAll(CompiledCatalogueWriter&& later) {
   later.texts.clear();
 }
 
-std::vector<unsigned char> CompiledCatalogueWriter::bytes(bool withIndex) const {
-  if (texts.size() > std::numeric_limits<std::uint32_t>::max()) {
-    throw std::length_error("a compiled catalogue holds at most 2^32 - 1 texts");
-  }
+// The parts of a file behind its header, in the order they are written.
+struct CompiledCatalogueWriter::Sections {
   bool withVariants = false;
-  for (const auto& text : texts) {
-    withVariants = withVariants || !text.second.forms.empty();
-  }
-  const std::uint16_t major = withVariants ? kMajorVersion : kPlainMajorVersion;
-  const std::size_t indexFields = indexFieldsOffset(major);
-  const std::size_t headerSize = withIndex ? indexFields + kIndexFieldsSize : indexFields;
-  const std::size_t entrySize = withVariants ? kVariantEntrySize : kEntrySize;
-  std::vector<unsigned char> table(texts.size() * entrySize, 0);
-  std::vector<unsigned char> variants;
+  std::size_t entrySize = 0;
+  std::vector<unsigned char> table;
   StringBlock strings;
+  std::vector<unsigned char> variants;
+  std::vector<unsigned char> index;  // empty without a key index
+};
+
+CompiledCatalogueWriter::Sections CompiledCatalogueWriter::sections(bool withIndex) const {
+  Sections made;
+  for (const auto& text : texts) {
+    made.withVariants = made.withVariants || !text.second.forms.empty();
+  }
+  made.entrySize = made.withVariants ? kVariantEntrySize : kEntrySize;
+  made.table.assign(texts.size() * made.entrySize, 0);
   if (withIndex) {
     // The keys first, close together: a lookup in place reads a key's
     // strings, and rarely its text, so they share fewer pages.
     for (const auto& text : texts) {
-      strings.offsetOf(std::get<0>(text.first));
-      strings.offsetOf(std::get<1>(text.first));
+      made.strings.offsetOf(std::get<0>(text.first));
+      made.strings.offsetOf(std::get<1>(text.first));
     }
   }
-  unsigned char* entry = table.data();
+  unsigned char* entry = made.table.data();
   for (const auto& [key, value] : texts) {
     const auto& [nameSpace, identifier, language] = key;
-    writeU32(entry + kEntryNamespace, strings.offsetOf(nameSpace));
-    writeU32(entry + kEntryIdentifier, strings.offsetOf(identifier));
-    writeU32(entry + kEntryText, strings.offsetOf(value.text));
+    writeU32(entry + kEntryNamespace, made.strings.offsetOf(nameSpace));
+    writeU32(entry + kEntryIdentifier, made.strings.offsetOf(identifier));
+    writeU32(entry + kEntryText, made.strings.offsetOf(value.text));
     writeU16(entry + kEntrySeverity, static_cast<std::uint16_t>(value.severity));
     std::memcpy(entry + kEntryLanguage, language.data(), language.size());  // <= 5, zero behind
-    if (withVariants) {
-      writeU32(entry + kEntryVariants,
-               value.forms.empty()
-                   ? kNoVariants
-                   : appendRecord(value.kind, value.count, value.forms, variants, strings));
+    if (made.withVariants) {
+      writeU32(entry + kEntryVariants, value.forms.empty()
+                                           ? kNoVariants
+                                           : appendRecord(value.kind, value.count, value.forms,
+                                                          made.variants, made.strings));
     }
-    entry += entrySize;
+    entry += made.entrySize;
   }
+  if (withIndex) {
+    made.index = keyIndex(made.table, made.entrySize, texts.size(), made.strings.bytes());
+  }
+  return made;
+}
 
+std::vector<unsigned char> CompiledCatalogueWriter::bytes(bool withIndex) const {
+  if (texts.size() > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::length_error("a compiled catalogue holds at most 2^32 - 1 texts");
+  }
+  const Sections parts = sections(withIndex);
+  const std::vector<unsigned char>& strings = parts.strings.bytes();
+  const std::uint16_t major = parts.withVariants ? kMajorVersion : kPlainMajorVersion;
+  const std::size_t indexFields = indexFieldsOffset(major);
+  const std::size_t headerSize = withIndex ? indexFields + kIndexFieldsSize : indexFields;
   const std::uint64_t tableOffset = headerSize;
-  const std::uint64_t stringsOffset = tableOffset + table.size();
-  const std::uint64_t variantsOffset = stringsOffset + strings.bytes().size();
-  const std::uint64_t indexOffset = variantsOffset + variants.size();
-  const std::vector<unsigned char> index =
-      withIndex ? keyIndex(table, entrySize, texts.size(), strings.bytes())
-                : std::vector<unsigned char>();
-  const std::uint64_t fileSize = indexOffset + index.size();
+  const std::uint64_t stringsOffset = tableOffset + parts.table.size();
+  const std::uint64_t variantsOffset = stringsOffset + strings.size();
+  const std::uint64_t indexOffset = variantsOffset + parts.variants.size();
+  const std::uint64_t fileSize = indexOffset + parts.index.size();
   if (indexOffset > std::numeric_limits<std::uint32_t>::max()) {
     throw std::length_error("the entry table exceeds the 4 GiB a compiled catalogue holds");
   }
   std::vector<unsigned char> file(headerSize, 0);
   file.reserve(fileSize);
-  std::memcpy(file.data() + kMagicOffset, kMagic, sizeof kMagic);
-  writeU16(file.data() + kMajorOffset, major);
-  writeU16(file.data() + kMinorOffset, withIndex ? kMinorVersion : 0);
-  writeU32(file.data() + kByteOrderOffset, kByteOrderMark);
-  writeU64(file.data() + kFileSizeOffset, fileSize);
-  writeU32(file.data() + kHeaderSizeOffset, static_cast<std::uint32_t>(headerSize));
-  writeU32(file.data() + kEntryCountOffset, static_cast<std::uint32_t>(texts.size()));
-  writeU32(file.data() + kEntrySizeOffset, static_cast<std::uint32_t>(entrySize));
-  writeU32(file.data() + kEntryTableOffset, static_cast<std::uint32_t>(tableOffset));
-  writeU32(file.data() + kStringBlockOffset, static_cast<std::uint32_t>(stringsOffset));
-  writeU32(file.data() + kStringBlockSizeOffset,
-           static_cast<std::uint32_t>(strings.bytes().size()));
-  if (withVariants) {
-    writeU32(file.data() + kVariantBlockOffset, static_cast<std::uint32_t>(variantsOffset));
-    writeU32(file.data() + kVariantBlockSizeOffset, static_cast<std::uint32_t>(variants.size()));
+  unsigned char* const header = file.data();
+  std::memcpy(header + kMagicOffset, kMagic, sizeof kMagic);
+  writeU16(header + kMajorOffset, major);
+  writeU16(header + kMinorOffset, withIndex ? kMinorVersion : 0);
+  writeU32(header + kByteOrderOffset, kByteOrderMark);
+  writeU64(header + kFileSizeOffset, fileSize);
+  writeU32(header + kHeaderSizeOffset, static_cast<std::uint32_t>(headerSize));
+  writeU32(header + kEntryCountOffset, static_cast<std::uint32_t>(texts.size()));
+  writeU32(header + kEntrySizeOffset, static_cast<std::uint32_t>(parts.entrySize));
+  writeU32(header + kEntryTableOffset, static_cast<std::uint32_t>(tableOffset));
+  writeU32(header + kStringBlockOffset, static_cast<std::uint32_t>(stringsOffset));
+  writeU32(header + kStringBlockSizeOffset, static_cast<std::uint32_t>(strings.size()));
+  if (parts.withVariants) {
+    writeU32(header + kVariantBlockOffset, static_cast<std::uint32_t>(variantsOffset));
+    writeU32(header + kVariantBlockSizeOffset, static_cast<std::uint32_t>(parts.variants.size()));
   }
-  file.insert(file.end(), table.begin(), table.end());
-  file.insert(file.end(), strings.bytes().begin(), strings.bytes().end());
-  file.insert(file.end(), variants.begin(), variants.end());
   if (withIndex) {
-    writeU32(file.data() + indexFields, static_cast<std::uint32_t>(indexOffset));
-    writeU32(file.data() + indexFields + 4, static_cast<std::uint32_t>(index.size()));
-    file.insert(file.end(), index.begin(), index.end());
+    writeU32(header + indexFields, static_cast<std::uint32_t>(indexOffset));
+    writeU32(header + indexFields + 4, static_cast<std::uint32_t>(parts.index.size()));
   }
+  file.insert(file.end(), parts.table.begin(), parts.table.end());
+  file.insert(file.end(), strings.begin(), strings.end());
+  file.insert(file.end(), parts.variants.begin(), parts.variants.end());
+  file.insert(file.end(), parts.index.begin(), parts.index.end());
   writeU64(file.data() + kChecksumOffset, checksumOf(file.data(), file.size()));
   return file;
 }

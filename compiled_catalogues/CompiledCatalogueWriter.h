@@ -92,6 +92,11 @@ class CompiledCatalogueWriter {
     unsigned count = 0;
     std::vector<Form> forms;  // empty for a plain text
   };
+  // The parts of a file behind its header (entry table, strings, variants,
+  // key index), made from `texts`; bytes() puts the header before them.
+  struct Sections;
+  Sections sections(bool withIndex) const;
+
   // The key of a text after its checks; raises as add() does.
   static Key keyOf(SeverityLevel severity, const std::string& language,
                    const std::string& nameSpace, const std::string& identifier,
