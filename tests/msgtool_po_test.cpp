@@ -175,6 +175,8 @@ TEST_F(PoFileTest, FaultyFilesAreRefusedWithFileAndLine) {
        ":5: error: unknown keyword 'msgtxt'"},
       {"context_after_id", header + "msgid \"a\"\nmsgctxt \"k\"\nmsgstr \"\"\n",
        ":5: error: msgctxt must come before msgid"},
+      {"id_after_id", header + "msgid \"a\"\nmsgid \"b\"\nmsgstr \"\"\n",
+       ":5: error: msgid follows msgid without a msgstr in between"},
       // Plural entries: forms in order, and msgstr[N] only after msgid_plural.
       {"form_out_of_order",
        header + "msgid \"a\"\nmsgid_plural \"b\"\nmsgstr[0] \"\"\nmsgstr[2] \"\"\n",

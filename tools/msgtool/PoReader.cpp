@@ -105,6 +105,11 @@ void PoReader::readLine(const std::string& raw) {
   if (space == std::string::npos) {
     fail("'" + keyword + "' has no string after it");
   }
+  readKeyword(keyword);
+  *target() = parseString(text, space);
+}
+
+void PoReader::readKeyword(const std::string& keyword) {
   if (keyword == "msgctxt") {
     if (part == Part::str || part == Part::form) {
       finishEntry();
@@ -143,7 +148,6 @@ void PoReader::readLine(const std::string& raw) {
   } else {
     fail("unknown keyword '" + keyword + "'");
   }
-  *target() = parseString(text, space);
 }
 
 void PoReader::readFormKeyword(const std::string& keyword) {

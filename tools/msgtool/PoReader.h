@@ -26,6 +26,11 @@ class PoReader {
 
   void readLine(const std::string& raw);
 
+  // A keyword line's keyword (msgctxt, msgid, msgid_plural, msgstr,
+  // msgstr[N]): moves to the part it starts, finishing the entry before it
+  // where it starts a new one; fails where the keyword may not stand.
+  void readKeyword(const std::string& keyword);
+
   // msgstr[N]: the next form of a plural entry, numbered in order.
   void readFormKeyword(const std::string& keyword);
 
