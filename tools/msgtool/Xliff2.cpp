@@ -158,6 +158,70 @@ void addInline(const XliffBuilder& builder, const DOMNode& element, const std::s
   }
 }
 
+// The unit's notes, at `depth`: its severity, count and place.
+void addNotes(XliffBuilder& writer, const DOMNode& element, const XliffUnit& unit, int depth) {
+  DOMNode notes = writer.add(element, "notes", depth);
+  DOMNode severity = writer.add(notes, "note", depth + 1);
+  XliffBuilder::set(severity, "category", "severity");
+  writer.addText(severity, unit.severity);
+  if (!unit.count.empty()) {
+    DOMNode count = writer.add(notes, "note", depth + 1);
+    XliffBuilder::set(count, "category", "count");
+    writer.addText(count, unit.count);
+  }
+  if (!unit.sourceFile.empty()) {
+    DOMNode note = writer.add(notes, "note", depth + 1);
+    XliffBuilder::set(note, "category", "location");
+    writer.addText(
+        note, unit.sourceFile + (unit.sourceLine > 0 ? ":" + std::to_string(unit.sourceLine) : ""));
+  }
+  writer.close(notes, depth);
+}
+
+// The unit's placeholders as original data, at `depth`, if it has any;
+// returns the data id of each placeholder.
+std::map<std::string, std::string> addOriginalData(XliffBuilder& writer, const DOMNode& element,
+                                                   const XliffUnit& unit, int depth) {
+  std::map<std::string, std::string> ids;  // placeholder -> data id
+  for (const std::string* text : {&unit.source, unit.target ? &*unit.target : &unit.source}) {
+    for (const TextPiece& piece : splitPlaceholders(*text)) {
+      if (piece.placeholder && ids.count(piece.text) == 0) {
+        ids.emplace(piece.text, "d" + std::to_string(ids.size() + 1));
+      }
+    }
+  }
+  if (!ids.empty()) {
+    DOMNode originalData = writer.add(element, "originalData", depth);
+    for (const auto& [placeholder, id] : ids) {
+      DOMNode item = writer.add(originalData, "data", depth + 1);
+      XliffBuilder::set(item, "id", id);
+      writer.addText(item, placeholder);
+    }
+    writer.close(originalData, depth);
+  }
+  return ids;
+}
+
+// The unit's segment, at `depth`: its state, source and target.
+void addSegment(XliffBuilder& writer, const DOMNode& element, const XliffUnit& unit,
+                const std::map<std::string, std::string>& ids, int depth) {
+  DOMNode segment = writer.add(element, "segment", depth);
+  const bool review = unit.state.rfind("needs-review", 0) == 0;
+  XliffBuilder::set(segment, "state", unit.target && !review ? "translated" : "initial");
+  if (unit.target && review) {
+    XliffBuilder::set(segment, "subState", kReviewSubState);
+  }
+  DOMNode source = writer.add(segment, "source", depth + 1);
+  XliffBuilder::preserveSpace(source);
+  addInline(writer, source, unit.source, ids);
+  if (unit.target) {
+    DOMNode target = writer.add(segment, "target", depth + 1);
+    XliffBuilder::preserveSpace(target);
+    addInline(writer, target, *unit.target, ids);
+  }
+  writer.close(segment, depth);
+}
+
 }  // namespace
 
 const XliffDialect kXliff2Dialect{"unit",   "name",   nullptr,  standsForPlaceholder,
@@ -177,54 +241,10 @@ std::string writeXliff2(const XliffFile& file) {
   for (const XliffUnit& unit : file.units) {
     int depth = 0;
     DOMNode element = placer.place(unit, depth);
-    DOMNode notes = writer.add(element, "notes", depth + 1);
-    DOMNode severity = writer.add(notes, "note", depth + 2);
-    XliffBuilder::set(severity, "category", "severity");
-    writer.addText(severity, unit.severity);
-    if (!unit.count.empty()) {
-      DOMNode count = writer.add(notes, "note", depth + 2);
-      XliffBuilder::set(count, "category", "count");
-      writer.addText(count, unit.count);
-    }
-    if (!unit.sourceFile.empty()) {
-      DOMNode note = writer.add(notes, "note", depth + 2);
-      XliffBuilder::set(note, "category", "location");
-      writer.addText(note, unit.sourceFile +
-                               (unit.sourceLine > 0 ? ":" + std::to_string(unit.sourceLine) : ""));
-    }
-    writer.close(notes, depth + 1);
-    std::map<std::string, std::string> ids;  // placeholder -> data id
-    for (const std::string* text : {&unit.source, unit.target ? &*unit.target : &unit.source}) {
-      for (const TextPiece& piece : splitPlaceholders(*text)) {
-        if (piece.placeholder && ids.count(piece.text) == 0) {
-          ids.emplace(piece.text, "d" + std::to_string(ids.size() + 1));
-        }
-      }
-    }
-    if (!ids.empty()) {
-      DOMNode originalData = writer.add(element, "originalData", depth + 1);
-      for (const auto& [placeholder, id] : ids) {
-        DOMNode item = writer.add(originalData, "data", depth + 2);
-        XliffBuilder::set(item, "id", id);
-        writer.addText(item, placeholder);
-      }
-      writer.close(originalData, depth + 1);
-    }
-    DOMNode segment = writer.add(element, "segment", depth + 1);
-    bool review = unit.state.rfind("needs-review", 0) == 0;
-    XliffBuilder::set(segment, "state", unit.target && !review ? "translated" : "initial");
-    if (unit.target && review) {
-      XliffBuilder::set(segment, "subState", kReviewSubState);
-    }
-    DOMNode source = writer.add(segment, "source", depth + 2);
-    XliffBuilder::preserveSpace(source);
-    addInline(writer, source, unit.source, ids);
-    if (unit.target) {
-      DOMNode target = writer.add(segment, "target", depth + 2);
-      XliffBuilder::preserveSpace(target);
-      addInline(writer, target, *unit.target, ids);
-    }
-    writer.close(segment, depth + 1);
+    addNotes(writer, element, unit, depth + 1);
+    const std::map<std::string, std::string> ids =
+        addOriginalData(writer, element, unit, depth + 1);
+    addSegment(writer, element, unit, ids, depth + 1);
     writer.close(element, depth);
   }
   placer.finish();
