@@ -6,6 +6,7 @@
 
 #include <cctype>
 #include <limits>
+#include <utility>
 
 namespace msg {
 
@@ -137,36 +138,9 @@ class PluralRuleReader {
 
   bool readRelation() {
     std::string name;
-    if (!readWord(name) || name.size() != 1) {
-      return false;
-    }
     PluralRules::Relation relation{};
-    switch (name[0]) {
-      case 'n':
-        relation.operand = PluralRules::Operand::n;
-        break;
-      case 'i':
-        relation.operand = PluralRules::Operand::i;
-        break;
-      case 'v':
-        relation.operand = PluralRules::Operand::v;
-        break;
-      case 'w':
-        relation.operand = PluralRules::Operand::w;
-        break;
-      case 'f':
-        relation.operand = PluralRules::Operand::f;
-        break;
-      case 't':
-        relation.operand = PluralRules::Operand::t;
-        break;
-      // The compact exponent: msg never shows numbers in that form.
-      case 'c':
-      case 'e':
-        relation.operand = PluralRules::Operand::zero;
-        break;
-      default:
-        return false;
+    if (!readWord(name) || name.size() != 1 || !operandOf(name[0], relation.operand)) {
+      return false;
     }
     if (takeWord("mod") || take("%")) {
       std::uint64_t modulus = 0;
@@ -175,6 +149,31 @@ class PluralRuleReader {
       }
       relation.modulus = static_cast<std::uint32_t>(modulus);
     }
+    if (!readOperator(relation) || !readRanges(relation)) {
+      return false;
+    }
+    rules.relations.push_back(relation);
+    return true;
+  }
+
+  // The operand a letter names; false for none. The compact exponent (c, e)
+  // reads as zero: msg never shows numbers in that form.
+  static bool operandOf(char letter, PluralRules::Operand& operand) {
+    using Operand = PluralRules::Operand;
+    static const std::pair<char, Operand> kOperands[] = {
+        {'n', Operand::n}, {'i', Operand::i}, {'v', Operand::v},    {'w', Operand::w},
+        {'f', Operand::f}, {'t', Operand::t}, {'c', Operand::zero}, {'e', Operand::zero}};
+    for (const auto& [name, value] : kOperands) {
+      if (name == letter) {
+        operand = value;
+        return true;
+      }
+    }
+    return false;
+  }
+
+  // "=", "!=", "is", "is not", "in", "not in", "within", "not within".
+  bool readOperator(PluralRules::Relation& relation) {
     if (take("!=")) {
       relation.negated = true;
     } else if (take("=")) {
@@ -188,6 +187,11 @@ class PluralRuleReader {
         return false;
       }
     }
+    return true;
+  }
+
+  // The values and ranges behind the operator: "1", "2..4", joined by ",".
+  bool readRanges(PluralRules::Relation& relation) {
     relation.firstRange = static_cast<std::uint32_t>(rules.ranges.size());
     do {
       PluralRules::Range range{};
@@ -201,7 +205,6 @@ class PluralRuleReader {
       rules.ranges.push_back(range);
       ++relation.rangeCount;
     } while (take(","));
-    rules.relations.push_back(relation);
     return true;
   }
 
