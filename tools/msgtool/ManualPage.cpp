@@ -145,9 +145,54 @@ std::string roffText(const std::string& text) {
   return out;
 }
 
+namespace {
+
+// Each subcommand's information beside its parser, in the order of the
+// information.
+using Commands = std::vector<std::pair<const SubcommandInfo*, const CLI::App*>>;
+
+void writeSynopsis(std::ostream& out, const CLI::App& tool, const Commands& commands) {
+  const std::string& name = tool.get_name();
+  out << ".SH SYNOPSIS\n" << bold(name);
+  for (const CLI::Option* option : optionsOf(tool)) {
+    out << " [" << optionUsage(*option, true) << ']';
+  }
+  out << '\n';
+  for (const auto& command : commands) {
+    out << ".br\n" << synopsisOf(name, *command.second) << '\n';
+  }
+}
+
+void writeExitStatus(std::ostream& out, const std::string& name, const Commands& commands) {
+  out << ".SH EXIT STATUS\n";
+  for (const auto& command : commands) {
+    out << ".SS " << bold(name + ' ' + command.first->name) << '\n';
+    for (const std::string& line : linesOf(command.first->exitCodes)) {
+      const std::size_t space = line.find(' ');
+      const std::size_t meaning = line.find_first_not_of(' ', space);
+      out << ".TP\n"
+          << bold(line.substr(0, space)) << '\n'
+          << roffText(meaning == std::string::npos ? "" : line.substr(meaning)) << '\n';
+    }
+  }
+}
+
+void writeFindings(std::ostream& out, const std::string& name) {
+  out << ".SH FINDINGS\n"
+      << "Each finding of " << bold(name + " check") << " names one of these codes, with its "
+      << "severity; a code never changes meaning.\n";
+  for (const FindingCode& finding : findingCodes()) {
+    out << ".TP\n"
+        << bold(finding.code) << " (" << roffText(finding.severity) << ")\n"
+        << roffText(sentence(finding.meaning)) << '\n';
+  }
+}
+
+}  // namespace
+
 std::string manualPage(const CLI::App& tool, const std::vector<SubcommandInfo>& subcommands) {
   const std::string& name = tool.get_name();
-  std::vector<std::pair<const SubcommandInfo*, const CLI::App*>> commands;
+  Commands commands;
   for (const SubcommandInfo& info : subcommands) {
     for (const CLI::App* command : subcommandsOf(tool)) {
       if (command->get_name() == info.name) {
@@ -158,15 +203,7 @@ std::string manualPage(const CLI::App& tool, const std::vector<SubcommandInfo>& 
 
   std::ostringstream out;
   writeHeading(out, tool);
-
-  out << ".SH SYNOPSIS\n" << bold(name);
-  for (const CLI::Option* option : optionsOf(tool)) {
-    out << " [" << optionUsage(*option, true) << ']';
-  }
-  out << '\n';
-  for (const auto& command : commands) {
-    out << ".br\n" << synopsisOf(name, *command.second) << '\n';
-  }
+  writeSynopsis(out, tool, commands);
 
   out << ".SH DESCRIPTION\n";
   const std::string description = tool.get_description();
@@ -184,26 +221,8 @@ std::string manualPage(const CLI::App& tool, const std::vector<SubcommandInfo>& 
     writeOptions(out, *command.second);
   }
 
-  out << ".SH EXIT STATUS\n";
-  for (const auto& command : commands) {
-    out << ".SS " << bold(name + ' ' + command.first->name) << '\n';
-    for (const std::string& line : linesOf(command.first->exitCodes)) {
-      const std::size_t space = line.find(' ');
-      const std::size_t meaning = line.find_first_not_of(' ', space);
-      out << ".TP\n"
-          << bold(line.substr(0, space)) << '\n'
-          << roffText(meaning == std::string::npos ? "" : line.substr(meaning)) << '\n';
-    }
-  }
-
-  out << ".SH FINDINGS\n"
-      << "Each finding of " << bold(name + " check") << " names one of these codes, with its "
-      << "severity; a code never changes meaning.\n";
-  for (const FindingCode& finding : findingCodes()) {
-    out << ".TP\n"
-        << bold(finding.code) << " (" << roffText(finding.severity) << ")\n"
-        << roffText(sentence(finding.meaning)) << '\n';
-  }
+  writeExitStatus(out, name, commands);
+  writeFindings(out, name);
 
   out << ".SH EXAMPLES\n";
   for (const auto& command : commands) {
