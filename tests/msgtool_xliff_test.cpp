@@ -101,7 +101,12 @@ TEST_F(XliffTest, WrittenFilesReadBackAsTheyWere) {
     const msgtool::XliffFile read = msgtool::XliffFile::read(scratch.write("round.xlf", written));
 
     EXPECT_EQ(describe(read, false), describe(file, false));
+    // Where a text comes from is for the translator's eyes; it is not read back.
+    EXPECT_THAT(written, HasSubstr(version2 ? "<note category=\"location\">app.xml:7</note>"
+                                            : "<context context-type=\"sourcefile\">app.xml"
+                                              "</context>"));
     if (!version2) {
+      EXPECT_THAT(written, HasSubstr("<context context-type=\"linenumber\">7</context>"));
       EXPECT_THAT(written, HasSubstr("datatype=\"po\""));
       file.units = plain;
       EXPECT_THAT(file.write(), HasSubstr("datatype=\"plaintext\""));

@@ -113,6 +113,48 @@ void readUnit(const XliffReader& reader, const DOMNode& element, XliffUnit& unit
   }
 }
 
+// Where the unit's text comes from, as a context group at `depth`.
+void addLocation(XliffBuilder& writer, const DOMNode& element, const XliffUnit& unit, int depth) {
+  DOMNode contextGroup = writer.add(element, "context-group", depth);
+  XliffBuilder::set(contextGroup, "purpose", "location");
+  DOMNode context = writer.add(contextGroup, "context", depth + 1);
+  XliffBuilder::set(context, "context-type", "sourcefile");
+  writer.addText(context, unit.sourceFile);
+  if (unit.sourceLine > 0) {
+    context = writer.add(contextGroup, "context", depth + 1);
+    XliffBuilder::set(context, "context-type", "linenumber");
+    writer.addText(context, std::to_string(unit.sourceLine));
+  }
+  writer.close(contextGroup, depth);
+}
+
+// What a trans-unit holds, its children at `depth`: whether it is approved,
+// its source and target, its notes and where it comes from.
+void addUnit(XliffBuilder& writer, const DOMNode& element, const XliffUnit& unit, int depth) {
+  if (unit.approved) {
+    XliffBuilder::set(element, "approved", "yes");
+  }
+  XliffBuilder::preserveSpace(element);
+  std::map<std::string, std::string> ids;
+  addInline(writer, writer.add(element, "source", depth), unit.source, ids);
+  if (unit.target) {
+    DOMNode target = writer.add(element, "target", depth);
+    if (!unit.state.empty()) {
+      XliffBuilder::set(target, "state", unit.state);
+    }
+    addInline(writer, target, *unit.target, ids);
+  }
+  if (!unit.severity.empty()) {
+    writer.addText(writer.add(element, "note", depth), kSeverityNote + unit.severity);
+  }
+  if (!unit.count.empty()) {
+    writer.addText(writer.add(element, "note", depth), kCountNote + unit.count);
+  }
+  if (!unit.sourceFile.empty()) {
+    addLocation(writer, element, unit, depth);
+  }
+}
+
 }  // namespace
 
 const XliffDialect kXliff12Dialect{"trans-unit", "resname", "body",   standsForPlaceholder,
@@ -146,38 +188,7 @@ std::string XliffFile::write() const {
   for (const XliffUnit& unit : units) {
     int depth = 0;
     DOMNode element = placer.place(unit, depth);
-    if (unit.approved) {
-      XliffBuilder::set(element, "approved", "yes");
-    }
-    XliffBuilder::preserveSpace(element);
-    std::map<std::string, std::string> ids;
-    addInline(writer, writer.add(element, "source", depth + 1), unit.source, ids);
-    if (unit.target) {
-      DOMNode target = writer.add(element, "target", depth + 1);
-      if (!unit.state.empty()) {
-        XliffBuilder::set(target, "state", unit.state);
-      }
-      addInline(writer, target, *unit.target, ids);
-    }
-    if (!unit.severity.empty()) {
-      writer.addText(writer.add(element, "note", depth + 1), kSeverityNote + unit.severity);
-    }
-    if (!unit.count.empty()) {
-      writer.addText(writer.add(element, "note", depth + 1), kCountNote + unit.count);
-    }
-    if (!unit.sourceFile.empty()) {
-      DOMNode contextGroup = writer.add(element, "context-group", depth + 1);
-      XliffBuilder::set(contextGroup, "purpose", "location");
-      DOMNode context = writer.add(contextGroup, "context", depth + 2);
-      XliffBuilder::set(context, "context-type", "sourcefile");
-      writer.addText(context, unit.sourceFile);
-      if (unit.sourceLine > 0) {
-        context = writer.add(contextGroup, "context", depth + 2);
-        XliffBuilder::set(context, "context-type", "linenumber");
-        writer.addText(context, std::to_string(unit.sourceLine));
-      }
-      writer.close(contextGroup, depth + 1);
-    }
+    addUnit(writer, element, unit, depth + 1);
     writer.close(element, depth);
   }
   placer.finish();
