@@ -6,11 +6,7 @@
 // heap the load leaves per text.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <libintl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -26,6 +22,7 @@
 #include "compiled_catalogues/CompiledCatalogueReader.h"
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
 #include "msg/Message.h"
+#include "platform/MappedFile.h"
 
 namespace msg_bench {
 namespace {
@@ -222,35 +219,21 @@ BENCHMARK(W4Compiled)->Name("W4c_scale/msg")->Arg(10000)->Arg(1000000);
 // kept here to show what it would gain: a 64-byte slot that holds the key's
 // hash, its identifier and its text's offset, so that the slot is the last
 // read (two in all). Neither checks what a damaged file could hold.
-class MappedBytes {
- public:
-  explicit MappedBytes(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    struct stat status {};
-    if (fd < 0 || ::fstat(fd, &status) != 0) {
-      throw std::runtime_error("cannot open " + path);
-    }
-    size = static_cast<std::size_t>(status.st_size);
-    void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
-    ::close(fd);
-    if (mapped == MAP_FAILED) {
-      throw std::runtime_error("cannot map " + path);
-    }
-    ::madvise(mapped, size, MADV_RANDOM);  // as the loader marks it
-    bytes = static_cast<const unsigned char*>(mapped);
-  }
-  MappedBytes(const MappedBytes&) = delete;
-  MappedBytes& operator=(const MappedBytes&) = delete;
-  ~MappedBytes() { ::munmap(const_cast<unsigned char*>(bytes), size); }
 
-  const unsigned char* bytes = nullptr;
-  std::size_t size = 0;
-};
+// The file mapped as the loader maps it, read at random.
+std::unique_ptr<msg::platform::MappedFile> mapped(const std::string& path) {
+  auto file = std::make_unique<msg::platform::MappedFile>(path.c_str());
+  if (!file->problem().empty()) {
+    throw std::runtime_error(path + ": " + file->problem());
+  }
+  file->readAtRandom();
+  return file;
+}
 
 void W4ReadsFind(benchmark::State& state) {
   InPlaceCatalogue& catalogue = inPlaceCatalogue(static_cast<std::size_t>(state.range(0)));
-  const MappedBytes file(catalogue.path);
-  const msg::CompiledCatalogueReader reader(file.bytes, file.size);
+  const auto file = mapped(catalogue.path);
+  const msg::CompiledCatalogueReader reader(file->bytes(), file->length());
   const std::size_t namespaceLength = std::strlen(kNamespace);
   std::size_t next = 0;
   for (auto _ : state) {
@@ -318,7 +301,7 @@ void W4ReadsWideSlot(benchmark::State& state) {
   if (path.empty()) {
     path = writeWideSlots(catalogue.identifiers, keyCount, slotCount);
   }
-  const MappedBytes file(path);
+  const auto file = mapped(path);
   const std::size_t namespaceLength = std::strlen(kNamespace);
   std::size_t next = 0;
   for (auto _ : state) {
@@ -328,7 +311,7 @@ void W4ReadsWideSlot(benchmark::State& state) {
         msg::CompiledCatalogueReader::hashOf(kNamespace, namespaceLength, identifier, length);
     const unsigned char* text = nullptr;
     for (std::size_t slot = hash & (slotCount - 1);; slot = (slot + 1) & (slotCount - 1)) {
-      const unsigned char* at = file.bytes + slot * kWideSlot;
+      const unsigned char* at = file->bytes() + slot * kWideSlot;
       if (at[8] == 0) {
         break;
       }
@@ -336,7 +319,7 @@ void W4ReadsWideSlot(benchmark::State& state) {
           std::strncmp(reinterpret_cast<const char*>(at + 8), identifier, kWideIdentifier) == 0) {
         std::uint32_t offset = 0;
         std::memcpy(&offset, at + 4, 4);
-        text = file.bytes + offset;
+        text = file->bytes() + offset;
         break;
       }
     }

@@ -1,11 +1,7 @@
 #include "compiled_catalogues/CompiledCatalogueLoader.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -22,88 +18,11 @@
 #include "msg/MTE.h"
 #include "msg/Message.h"
 #include "msg/MessageHandler.h"
+#include "platform/MappedFile.h"
 
 namespace msg {
 
 namespace {
-
-// The file, open and mapped read-only while it is checked. The descriptor is
-// closed at the end of the load; the mapping stays until released.
-class MappedFile {
- public:
-  explicit MappedFile(const char* path) {
-    // O_NONBLOCK: opening a FIFO must not wait for a writer.
-    descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) {
-      fault = std::string("the file cannot be opened: ") + std::strerror(errno);
-      return;
-    }
-    if (fstat(descriptor, &opened) != 0) {
-      fault = std::string("the file cannot be examined: ") + std::strerror(errno);
-      return;
-    }
-    if (!S_ISREG(opened.st_mode)) {
-      fault = S_ISDIR(opened.st_mode) ? "the path names a folder, not a file"
-                                      : "the path names no regular file (a FIFO, socket or device)";
-      return;
-    }
-    size = static_cast<std::size_t>(opened.st_size);
-    if (size == 0) {
-      return;  // the reader names the fault; there is nothing to map
-    }
-    // Not populated: a file read in place is paged in where lookups read it.
-    void* address = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
-    if (address == MAP_FAILED) {
-      fault = std::string("the file cannot be mapped: ") + std::strerror(errno);
-      return;
-    }
-    mapping = address;
-  }
-
-  MappedFile(const MappedFile&) = delete;
-  MappedFile& operator=(const MappedFile&) = delete;
-
-  ~MappedFile() {
-    if (mapping != nullptr) {
-      munmap(mapping, size);
-    }
-    if (descriptor >= 0) {
-      close(descriptor);
-    }
-  }
-
-  // True if the file still has the size, time and identity it had when it
-  // was mapped: then the bytes checked are the bytes of the file.
-  bool unchanged() const {
-    struct stat now {};
-    return fstat(descriptor, &now) == 0 && now.st_size == opened.st_size &&
-           now.st_ino == opened.st_ino && now.st_mtim.tv_sec == opened.st_mtim.tv_sec &&
-           now.st_mtim.tv_nsec == opened.st_mtim.tv_nsec;
-  }
-
-  // Tells the kernel that the mapping will be read here and there, as
-  // lookups read it: a page fault then reads one page of a file not yet
-  // cached, not a window of readahead, and so maps only that page.
-  void readAtRandom() const { (void)madvise(mapping, size, MADV_RANDOM); }
-
-  // Hands the mapping over; the descriptor is closed.
-  void* release() {
-    close(descriptor);
-    descriptor = -1;
-    return std::exchange(mapping, nullptr);
-  }
-
-  const std::string& problem() const { return fault; }
-  const unsigned char* bytes() const { return static_cast<const unsigned char*>(mapping); }
-  std::size_t length() const { return size; }
-
- private:
-  int descriptor = -1;
-  struct stat opened {};
-  void* mapping = nullptr;
-  std::size_t size = 0;
-  std::string fault;
-};
 
 [[noreturn]] void refuse(MessageHandler& handler, const char* path, const std::string& why) {
   {
@@ -235,7 +154,7 @@ const PluralForms* MappedCatalogueStorage::formsOf(std::uint32_t catalogue,
 }
 
 void CompiledCatalogueLoader::load(MessageHandler& handler, const char* path) {
-  MappedFile file(path);
+  platform::MappedFile file(path);
   if (!file.problem().empty()) {
     refuse(handler, path, file.problem());
   }

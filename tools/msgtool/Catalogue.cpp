@@ -145,8 +145,8 @@ std::vector<std::string> Catalogue::languages() const {
   return std::vector<std::string>(present.begin(), present.end());
 }
 
-std::map<MessageKey, std::vector<const CatalogueEntry*>> Catalogue::byKey() const {
-  std::map<MessageKey, std::vector<const CatalogueEntry*>> keys;
+Catalogue::EntriesByKey Catalogue::byKey() const {
+  EntriesByKey keys;
   for (const CatalogueEntry& entry : entries_) {
     keys[MessageKey(entry.effectiveNamespace, entry.effectiveIdentifier)].push_back(&entry);
   }

@@ -85,7 +85,8 @@ class Catalogue {
   std::vector<std::string> languages() const;
 
   // The entries of every key, keys sorted, entries in reading order.
-  std::map<MessageKey, std::vector<const CatalogueEntry*>> byKey() const;
+  using EntriesByKey = std::map<MessageKey, std::vector<const CatalogueEntry*>>;
+  EntriesByKey byKey() const;
 
  private:
   // Adds the entries of `file` as the loader reads them, with their

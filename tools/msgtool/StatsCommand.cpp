@@ -36,10 +36,8 @@ struct LanguageCount {
   double share = 0.0;     // translated / messages, 0 with no messages
 };
 
-using KeyTexts = std::map<MessageKey, std::vector<const CatalogueEntry*>>;
-
 // The plural messages of `keys`, each with its texts by language.
-std::map<MessageKey, PluralKey> pluralKeysOf(const KeyTexts& keys) {
+std::map<MessageKey, PluralKey> pluralKeysOf(const Catalogue::EntriesByKey& keys) {
   std::map<MessageKey, PluralKey> plurals;
   for (const auto& key : keys) {
     PluralKey plural;
@@ -66,7 +64,7 @@ bool hasEveryForm(const std::map<MessageKey, PluralKey>& plurals, const MessageK
   return false;
 }
 
-LanguageCount countLanguage(const std::string& language, const KeyTexts& keys,
+LanguageCount countLanguage(const std::string& language, const Catalogue::EntriesByKey& keys,
                             const std::map<MessageKey, PluralKey>& plurals) {
   LanguageCount count{language};
   for (const auto& key : keys) {
@@ -117,7 +115,7 @@ void printCounts(const std::vector<LanguageCount>& counts, std::size_t messages,
 
 int runStats(const StatsOptions& options) {
   const Catalogue catalogue = readWholeCatalogue(options.files);
-  const KeyTexts keys = catalogue.byKey();
+  const Catalogue::EntriesByKey keys = catalogue.byKey();
 
   std::vector<std::string> languages;
   for (const std::string& tag : splitList(options.languages)) {
