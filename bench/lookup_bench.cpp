@@ -9,7 +9,6 @@
 #include <libintl.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -22,6 +21,7 @@
 #include "compiled_catalogues/CompiledCatalogueReader.h"
 #include "compiled_catalogues/CompiledCatalogueWriter.h"
 #include "msg/Message.h"
+#include "platform/AtomicFile.h"
 #include "platform/MappedFile.h"
 
 namespace msg_bench {
@@ -256,9 +256,8 @@ BENCHMARK(W4ReadsFind)->Name("W4c_reads/find")->Arg(10000)->Arg(1000000);
 constexpr std::size_t kWideSlot = 64;
 constexpr std::size_t kWideIdentifier = kWideSlot - 8;  // behind the hash and the text offset
 
-// The layout of W4c_reads/one_slot_per_key for the keys of W4, written in
-// 64 KiB pieces as the library writes its files. Identifiers are shorter
-// than kWideIdentifier.
+// The layout of W4c_reads/one_slot_per_key for the keys of W4, written as
+// the library writes its files. Identifiers are shorter than kWideIdentifier.
 std::string writeWideSlots(const IdentifierPool& identifiers, std::size_t keyCount,
                            std::size_t slotCount) {
   std::vector<unsigned char> slots(slotCount * kWideSlot, 0);
@@ -279,13 +278,7 @@ std::string writeWideSlots(const IdentifierPool& identifiers, std::size_t keyCou
     std::memcpy(at + 8, identifier, std::min(length, kWideIdentifier - 1));
   }
   std::string path = catalogueDir() + "/wide-slots-" + std::to_string(keyCount) + ".bin";
-  std::FILE* out = std::fopen(path.c_str(), "wb");
-  for (std::size_t at = 0; out != nullptr && at < slots.size(); at += 65536) {
-    std::fwrite(slots.data() + at, 1, std::min<std::size_t>(65536, slots.size() - at), out);
-  }
-  if (out == nullptr || std::fclose(out) != 0) {
-    throw std::runtime_error("cannot write " + path);
-  }
+  msg::platform::replaceFileAtomically(path, slots.data(), slots.size());
   return path;
 }
 
